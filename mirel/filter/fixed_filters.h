@@ -1,0 +1,7 @@
+// Placeholder: filled in by the work that builds this family.
+#ifndef MIREL_FILTER_FIXED_FILTERS_H_
+#define MIREL_FILTER_FIXED_FILTERS_H_
+
+#include "mirel/foundation/image.h"
+
+#endif  // MIREL_FILTER_FIXED_FILTERS_H_

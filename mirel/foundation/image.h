@@ -1,0 +1,328 @@
+// Images and regions of interest.
+//
+// EImage<T> owns its pixels; EROI<T> is a rectangle placed inside a parent
+// (an image or another ROI) and owns none. Both derive from EGenericROI,
+// which every operation can check without knowing the pixel type. T is one
+// of the eleven pixel structures of pixel.h.
+//
+// The row walk. Workers read a row pointer with GetImagePtr(0, y), the row's
+// end with GetImagePtr(GetWidth(), y) and the start of the next row by adding
+// GetSkip() to the end. GetImagePtr(GetWidth(), y) and GetImagePtr(x,
+// GetHeight()) give the address one past, with no check and no side effect;
+// on a void ROI GetImagePtr returns null for every (x, y), so a walk from
+// GetImagePtr(0, 0) to GetImagePtr(0, GetHeight()) does nothing.
+//
+// Rows of an EImage start on 64-byte boundaries, and the buffer has 64 bytes
+// of slack behind its last row. A bit image's pitch always leaves room for
+// one more byte behind a row whose width is a multiple of 8.
+//
+// Placement. SetPlacement and the placing constructor accept a rectangle only
+// when it lies wholly inside the parent (origin >= 0, size >= 0, origin +
+// size <= parent size). Otherwise they set E_ERROR_BAD_ARGUMENT (1007) and
+// keep the previous placement (the placing constructor then places the ROI at
+// (0, 0) with size 0x0). A ROI whose rectangle no longer fits its parent,
+// because the parent was resized or moved later, reports itself void, so
+// every operation refuses it with 1400 instead of reading outside the image.
+//
+// Run masks. An EROI<EBW8> may carry runs: horizontal stretches of pixels
+// that the histogram, area, average, extremes and gravity-centre operations
+// restrict themselves to. See ERun.
+#ifndef MIREL_FOUNDATION_IMAGE_H_
+#define MIREL_FOUNDATION_IMAGE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <type_traits>
+#include <vector>
+
+#include "mirel/foundation/error.h"
+#include "mirel/foundation/export.h"
+#include "mirel/foundation/pixel.h"
+
+template <class T>
+class EROI;
+template <class T>
+class EImage;
+
+namespace mirel {
+namespace detail {
+// Row-aligned pixel storage for EImage: 64-byte aligned, null on failure.
+MIREL_API unsigned char* AllocatePixels(std::size_t bytes);
+MIREL_API void FreePixels(unsigned char* block);
+}  // namespace detail
+}  // namespace mirel
+
+class MIREL_API EGenericROI {
+ public:
+  EGenericROI() = default;
+  EGenericROI(const EGenericROI&) = default;
+  EGenericROI& operator=(const EGenericROI&) = default;
+
+  // Virtual operations, in the order of their slots.
+  virtual ~EGenericROI();
+  // The image at the top of the chain of parents (this object if it has no
+  // parent). Two ROIs that answer alike lie on the same pixels.
+  virtual const EGenericROI* GetTopParent() const;
+  virtual int GetPixelBytes() const = 0;
+  // Sets 1403 when `other` differs in width or height (1400 when it is null);
+  // otherwise leaves the error state alone.
+  virtual void CheckSameSize(const EGenericROI* other) const;
+  // Non-zero exactly when the ROI has no pixel memory to address.
+  virtual int Void() const = 0;
+  // On an image these reallocate; on a ROI they resize the rectangle in place
+  // under the placement rule.
+  virtual void SetSize(const EGenericROI* like);
+  virtual void SetSize(EGenericROI* like);
+  virtual void SetSize(int width, int height);
+  virtual const void* GetGenericImagePtr(int x, int y) const = 0;
+  virtual void* GetGenericImagePtr(int x, int y) = 0;
+  virtual int GetRowPitch() const = 0;
+  // Position 0..7, from the most significant bit, of pixel (x, y) inside its
+  // byte; always 0 except for bit images.
+  virtual int GetBitOffset(int x, int y) const;
+  // Sets 1400 when the ROI is void; otherwise leaves the error state alone.
+  virtual void CheckNotVoid() const;
+  // Bytes from just behind a row's last pixel to the next row's first pixel.
+  virtual int GetSkip() const = 0;
+  // Hook for objects that take a newly made image of the same size; plain
+  // ROIs ignore it.
+  virtual void AttachImage(EImage<EBW8>* image);
+
+  int GetWidth() const { return width_; }
+  int GetHeight() const { return height_; }
+  int GetOrgX() const { return org_x_; }
+  int GetOrgY() const { return org_y_; }
+  int GetTotalOrgX() const;
+  int GetTotalOrgY() const;
+  int GetTotalHeight() const { return Top()->height_; }
+  int GetVoid() const { return Void(); }
+  EGenericROI* GetParent() const { return parent_; }
+  const void* GetImagePtr(int x, int y) const { return GetGenericImagePtr(x, y); }
+  void* GetImagePtr(int x, int y) { return GetGenericImagePtr(x, y); }
+
+ protected:
+  const EGenericROI* Top() const;
+  // True when the rectangle lies inside its parent, and the parent inside
+  // its own, up to the image.
+  bool PlacementFits() const;
+  // Pixel memory of the image at the top (null when it has none) and its pitch.
+  unsigned char* TopData() const { return Top()->data_; }
+  int TopPitch() const { return Top()->pitch_; }
+
+  EGenericROI* parent_ = nullptr;
+  int org_x_ = 0;
+  int org_y_ = 0;
+  int width_ = 0;
+  int height_ = 0;
+  // Set on images only.
+  unsigned char* data_ = nullptr;
+  int pitch_ = 0;
+};
+
+// A run of a run mask: the pixels from `start` up to, not including, `end`
+// on one row, and the position (x, y) of its first pixel in the ROI. With
+// GetMaskOffsets() == 0, start and end are pixel addresses; otherwise they
+// are byte offsets from the ROI's first pixel, GetImagePtr(0, 0).
+struct ERun {
+  std::intptr_t start;
+  std::intptr_t end;
+  int x;
+  int y;
+};
+
+namespace mirel {
+namespace detail {
+
+template <class T>
+class RunMask {};
+
+template <>
+class RunMask<EBW8> {
+ public:
+  // Copies `count` runs; `offsets` non-zero means start and end are offsets.
+  // Sets 1303 and leaves the old mask when memory runs out.
+  void SetRuns(const ERun* runs, int count, int offsets) {
+    if (count <= 0 || runs == nullptr) {
+      ClearRuns();
+      return;
+    }
+    try {
+      std::vector<ERun> copy(runs, runs + count);
+      runs_.swap(copy);
+      offsets_ = offsets;
+    } catch (const std::bad_alloc&) {
+      ESetError(E_ERROR_OUT_OF_MEMORY);
+    }
+  }
+  void ClearRuns() {
+    std::vector<ERun>().swap(runs_);
+    offsets_ = 0;
+  }
+  int GetNumRuns() const { return static_cast<int>(runs_.size()); }
+  const ERun* GetRuns() const { return runs_.empty() ? nullptr : runs_.data(); }
+  int GetMaskOffsets() const { return offsets_; }
+
+ private:
+  std::vector<ERun> runs_;
+  int offsets_ = 0;
+};
+
+}  // namespace detail
+}  // namespace mirel
+
+template <class T>
+class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
+ public:
+  static constexpr bool kBits = std::is_same<T, EBW1>::value;
+
+  EROI() = default;
+  EROI(EROI* parent, int orgX, int orgY, int width, int height) {
+    parent_ = parent;
+    if (!Accepts(parent, orgX, orgY, width, height)) {
+      ESetError(E_ERROR_BAD_ARGUMENT);
+      return;
+    }
+    org_x_ = orgX;
+    org_y_ = orgY;
+    width_ = width;
+    height_ = height;
+  }
+  ~EROI() override = default;
+
+  int GetPixelBytes() const override { return kBits ? 0 : static_cast<int>(sizeof(T)); }
+  int Void() const override { return TopData() == nullptr || !PlacementFits(); }
+  using EGenericROI::SetSize;
+  void SetSize(int width, int height) override { SetPlacement(org_x_, org_y_, width, height); }
+  const void* GetGenericImagePtr(int x, int y) const override { return Address(x, y); }
+  void* GetGenericImagePtr(int x, int y) override { return Address(x, y); }
+  int GetRowPitch() const override { return TopPitch(); }
+  int GetBitOffset(int x, int) const override {
+    return kBits ? ((GetTotalOrgX() + x) & 7) : 0;
+  }
+  int GetSkip() const override { return GetRowPitch() - RowBytes(); }
+
+  T* GetImagePtr(int x, int y) { return static_cast<T*>(Address(x, y)); }
+  const T* GetImagePtr(int x, int y) const { return static_cast<const T*>(Address(x, y)); }
+  T GetPixel(int x, int y) const { return *GetImagePtr(x, y); }
+  void SetPixel(T value, int x, int y) { *GetImagePtr(x, y) = value; }
+
+  // Moves and resizes the ROI inside its parent; see the placement rule.
+  void SetPlacement(int orgX, int orgY, int width, int height) {
+    if (!Accepts(parent_, orgX, orgY, width, height)) {
+      ESetError(E_ERROR_BAD_ARGUMENT);
+      return;
+    }
+    org_x_ = orgX;
+    org_y_ = orgY;
+    width_ = width;
+    height_ = height;
+  }
+  // Attaches the ROI to another parent at (0, 0) with size 0x0.
+  void Attach(EROI* parent) {
+    parent_ = parent;
+    org_x_ = org_y_ = width_ = height_ = 0;
+  }
+  void SetColorSystem(E_COLOR_SYSTEM system) { color_system_ = system; }
+  E_COLOR_SYSTEM GetColorSystem() const { return color_system_; }
+
+ protected:
+  // Bytes between the first pixel of a row and the address one past its last.
+  int RowBytes() const {
+    if (kBits) {
+      const int x0 = GetTotalOrgX();
+      return ((x0 + width_) >> 3) - (x0 >> 3);
+    }
+    return width_ * static_cast<int>(sizeof(T));
+  }
+
+ private:
+  static bool Accepts(const EGenericROI* parent, int orgX, int orgY, int width, int height) {
+    if (orgX < 0 || orgY < 0 || width < 0 || height < 0) return false;
+    if (parent == nullptr) return true;
+    return static_cast<long long>(orgX) + width <= parent->GetWidth() &&
+           static_cast<long long>(orgY) + height <= parent->GetHeight();
+  }
+  // Computed in integers so that no pointer arithmetic happens on null.
+  void* Address(int x, int y) const {
+    unsigned char* base = TopData();
+    if (base == nullptr) return nullptr;
+    const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(GetTotalOrgY() + y) * TopPitch();
+    const std::ptrdiff_t col = kBits ? ((GetTotalOrgX() + x) >> 3)
+                                     : static_cast<std::ptrdiff_t>(GetTotalOrgX() + x) *
+                                           static_cast<std::ptrdiff_t>(sizeof(T));
+    return reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(base) + row + col);
+  }
+
+  E_COLOR_SYSTEM color_system_ = E_COLOR_SYSTEM_NONE;
+};
+
+template <class T>
+class MIREL_API EImage : public EROI<T> {
+ public:
+  EImage() = default;
+  EImage(int width, int height) { SetSize(width, height); }
+  EImage(const EImage& other) : EROI<T>() { CopyFrom(other); }
+  EImage& operator=(const EImage& other) {
+    if (this != &other) CopyFrom(other);
+    return *this;
+  }
+  ~EImage() override { Release(); }
+
+  using EROI<T>::SetSize;
+  void SetSize(const EGenericROI* like) override { SetSize(like->GetWidth(), like->GetHeight()); }
+  void SetSize(EGenericROI* like) override { SetSize(like->GetWidth(), like->GetHeight()); }
+  // Reallocates to width x height; the pixels are then undefined. The same
+  // size keeps the buffer and its pixels. A zero size releases the pixels and
+  // leaves the image void. A negative size sets 1007; exhausted memory sets
+  // 1303. On failure the image keeps its old pixels.
+  void SetSize(int width, int height) override {
+    if (width < 0 || height < 0) {
+      ESetError(E_ERROR_BAD_ARGUMENT);
+      return;
+    }
+    if (width == this->width_ && height == this->height_ && (this->data_ != nullptr || width == 0 || height == 0))
+      return;
+    if (width == 0 || height == 0) {
+      Release();
+      this->width_ = width;
+      this->height_ = height;
+      return;
+    }
+    const std::size_t row = EROI<T>::kBits ? (static_cast<std::size_t>(width) + 7) / 8 + 1
+                                           : static_cast<std::size_t>(width) * sizeof(T);
+    const std::size_t pitch = (row + 63) & ~static_cast<std::size_t>(63);
+    if (pitch > 0x7fffffc0u || static_cast<std::size_t>(height) > (SIZE_MAX - 64) / pitch) {
+      ESetError(E_ERROR_OUT_OF_MEMORY);
+      return;
+    }
+    unsigned char* block = mirel::detail::AllocatePixels(pitch * static_cast<std::size_t>(height) + 64);
+    if (block == nullptr) {
+      ESetError(E_ERROR_OUT_OF_MEMORY);
+      return;
+    }
+    Release();
+    this->data_ = block;
+    this->pitch_ = static_cast<int>(pitch);
+    this->width_ = width;
+    this->height_ = height;
+  }
+
+ private:
+  void Release() {
+    mirel::detail::FreePixels(this->data_);
+    this->data_ = nullptr;
+    this->pitch_ = 0;
+  }
+  void CopyFrom(const EImage& other) {
+    SetSize(other.GetWidth(), other.GetHeight());
+    if (this->data_ == nullptr || other.data_ == nullptr || this->width_ != other.width_ ||
+        this->height_ != other.height_)
+      return;
+    const std::size_t bytes = static_cast<std::size_t>(this->pitch_) * this->height_;
+    std::memcpy(this->data_, other.data_, bytes);
+  }
+};
+
+#endif  // MIREL_FOUNDATION_IMAGE_H_

@@ -1,0 +1,7 @@
+// Placeholder: filled in by the work that builds this family.
+#ifndef MIREL_HISTOGRAM_HISTOGRAM_VECTOR_H_
+#define MIREL_HISTOGRAM_HISTOGRAM_VECTOR_H_
+
+#include "mirel/foundation/image.h"
+
+#endif  // MIREL_HISTOGRAM_HISTOGRAM_VECTOR_H_

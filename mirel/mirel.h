@@ -1,0 +1,38 @@
+// MirelImage: machine-vision image processing.
+//
+// The umbrella header: includes every public header of the library.
+#ifndef MIREL_MIREL_H_
+#define MIREL_MIREL_H_
+
+// Foundation: pixels, images and ROIs, errors, vectors.
+#include "mirel/foundation/color.h"
+#include "mirel/foundation/error.h"
+#include "mirel/foundation/export.h"
+#include "mirel/foundation/image.h"
+#include "mirel/foundation/pixel.h"
+#include "mirel/foundation/runtime.h"
+#include "mirel/foundation/untyped_vector.h"
+#include "mirel/foundation/vector.h"
+
+// Point operations and conversion.
+#include "mirel/point/arith.h"
+#include "mirel/point/convert.h"
+#include "mirel/point/lut.h"
+#include "mirel/point/overlay.h"
+#include "mirel/point/threshold.h"
+
+// Linear filtering.
+#include "mirel/filter/convolution.h"
+#include "mirel/filter/fixed_filters.h"
+#include "mirel/filter/kernel.h"
+
+// Histograms and automatic thresholds.
+#include "mirel/histogram/histogram.h"
+#include "mirel/histogram/histogram_vector.h"
+#include "mirel/histogram/projection.h"
+#include "mirel/histogram/threshold_selection.h"
+
+// Vectors, contours and drawing.
+#include "mirel/vector/records.h"
+
+#endif  // MIREL_MIREL_H_

@@ -1,0 +1,40 @@
+#!/usr/bin/env python3
+"""Runs the benchmark suite (or reads its JSON) and prints one table:
+operation, MirelImage time, OpenCV time, and the ratio OpenCV / MirelImage
+(above 1 means MirelImage is faster)."""
+import json
+import subprocess
+import sys
+
+
+def main():
+    if len(sys.argv) > 1 and sys.argv[1].endswith(".json"):
+        with open(sys.argv[1]) as f:
+            data = json.load(f)
+    else:
+        binary = sys.argv[1] if len(sys.argv) > 1 else "build/bench/mirel_bench"
+        out = subprocess.run([binary, "--benchmark_format=json", "--benchmark_min_time=0.3"] + sys.argv[2:],
+                             check=True, capture_output=True, text=True).stdout
+        data = json.loads(out)
+    rows = {}
+    order = []
+    for b in data["benchmarks"]:
+        name = b["name"]
+        row, _, side = name.rpartition("/")
+        side = side.split("/")[0]
+        if row not in rows:
+            rows[row] = {}
+            order.append(row)
+        rows[row][side] = b["real_time"]
+    print(f"{'operation':44} {'mirel (us)':>12} {'opencv (us)':>12} {'ratio':>7}")
+    for row in order:
+        m = rows[row].get("mirel")
+        o = rows[row].get("opencv")
+        ms = f"{m:12.1f}" if m is not None else f"{'-':>12}"
+        os_ = f"{o:12.1f}" if o is not None else f"{'-':>12}"
+        ratio = f"{o / m:7.2f}" if m and o else f"{'-':>7}"
+        print(f"{row:44} {ms} {os_} {ratio}")
+
+
+if __name__ == "__main__":
+    main()
