@@ -149,7 +149,8 @@ TEST(TypedVector, AssignmentAndCopyToReplaceContent) {
   EXPECT_EQ(b.GetMaxElements(), 9u);
   EXPECT_NE(b.GetDataPtr(), a.GetDataPtr());
   EXPECT_EQ(b[8], 108u);
-  b = b;  // self-assignment keeps everything
+  EVectorTemplate<unsigned int>& alias = b;
+  b = alias;  // self-assignment keeps everything
   EXPECT_EQ(b[8], 108u);
   EVectorTemplate<unsigned int> c;
   EXPECT_EQ(a.CopyTo(&c), &c);
