@@ -138,6 +138,9 @@ TEST(TypedVector, FailedAllocationLeavesTheVectorAsItWas) {
   EXPECT_EQ(failed.GetNumElements(), 0x80000001u);
   EXPECT_EQ(failed.GetDataPtr(), nullptr);
   EOk();
+  failed.RemoveElement(0);  // reported, never moved through the null pointer
+  EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
+  EOk();
 }
 
 TEST(TypedVector, AssignmentAndCopyToReplaceContent) {
