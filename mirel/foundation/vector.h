@@ -50,7 +50,8 @@ namespace mirel {
 namespace detail {
 
 // Slot of a record type in the vector file format table; -1 for types that
-// have no file format. Specialised next to the records.
+// have no file format. Each record type with a format names its slot next
+// to its definition.
 template <class T>
 struct VectorFileSlot {
   static constexpr int value = -1;
