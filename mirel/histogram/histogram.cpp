@@ -20,27 +20,22 @@ void ByteCounter::Add(const unsigned char* p, std::size_t n) {
   std::uint32_t* h1 = sub_[1];
   std::uint32_t* h2 = sub_[2];
   std::uint32_t* h3 = sub_[3];
+  // Byte loads straight into the index (three micro-operations a pixel,
+  // against five for bytes shifted out of a wide load), all eight loads of a
+  // group issued before its increments, which may alias them as far as the
+  // compiler knows.
   std::size_t i = 0;
-  for (; i + 16 <= n; i += 16) {
-    std::uint64_t a, b;
-    std::memcpy(&a, p + i, 8);
-    std::memcpy(&b, p + i + 8, 8);
-    ++h0[a & 0xFF];
-    ++h1[(a >> 8) & 0xFF];
-    ++h2[(a >> 16) & 0xFF];
-    ++h3[(a >> 24) & 0xFF];
-    ++h0[(a >> 32) & 0xFF];
-    ++h1[(a >> 40) & 0xFF];
-    ++h2[(a >> 48) & 0xFF];
-    ++h3[a >> 56];
-    ++h0[b & 0xFF];
-    ++h1[(b >> 8) & 0xFF];
-    ++h2[(b >> 16) & 0xFF];
-    ++h3[(b >> 24) & 0xFF];
-    ++h0[(b >> 32) & 0xFF];
-    ++h1[(b >> 40) & 0xFF];
-    ++h2[(b >> 48) & 0xFF];
-    ++h3[b >> 56];
+  for (; i + 8 <= n; i += 8) {
+    const unsigned int a0 = p[i], a1 = p[i + 1], a2 = p[i + 2], a3 = p[i + 3];
+    const unsigned int a4 = p[i + 4], a5 = p[i + 5], a6 = p[i + 6], a7 = p[i + 7];
+    ++h0[a0];
+    ++h1[a1];
+    ++h2[a2];
+    ++h3[a3];
+    ++h0[a4];
+    ++h1[a5];
+    ++h2[a6];
+    ++h3[a7];
   }
   for (; i < n; ++i) ++h0[p[i]];
 }
