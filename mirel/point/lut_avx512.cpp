@@ -1,7 +1,7 @@
 // AVX-512 forms of the 8-bit table walk and of the 16-bit block formula of
-// the 8-bit gain. The table walk uses two-table byte permutes where the
-// processor has them (VBMI) and masked nibble shuffles otherwise; row tails
-// are done with masked loads and stores.
+// the 8-bit gain. The table walk needs the two-table byte permutes of VBMI
+// (the caller falls back to AVX2 without them); row tails are done with
+// masked loads and stores.
 #include <immintrin.h>
 
 #include "mirel/point/lut_internal.h"
@@ -55,38 +55,11 @@ MIREL_TARGET_VBMI void LutRowsVbmi(const Rows<const EBW8>& src, const Rows<EBW8>
   }
 }
 
-void LutRowsNibble(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const unsigned char* table) {
-  __m512i t[16];
-  for (int h = 0; h < 16; ++h) {
-    alignas(64) unsigned char row[64];
-    for (int j = 0; j < 64; ++j) row[j] = table[16 * h + (j & 15)];
-    t[h] = _mm512_load_si512(row);
-  }
-  const __m512i nibble = _mm512_set1_epi8(0x0F);
-  const std::size_t n = static_cast<std::size_t>(src.width);
-  for (int y = 0; y < src.height; ++y) {
-    const unsigned char* s = reinterpret_cast<const unsigned char*>(src.Row(y));
-    unsigned char* d = reinterpret_cast<unsigned char*>(dst.Row(y));
-    for (std::size_t i = 0; i < n; i += 64) {
-      const __mmask64 k = TailMask(n - i);
-      const __m512i x = _mm512_maskz_loadu_epi8(k, s + i);
-      const __m512i lo = _mm512_and_si512(x, nibble);
-      const __m512i hi = _mm512_and_si512(_mm512_srli_epi16(x, 4), nibble);
-      __m512i acc = _mm512_setzero_si512();
-      for (int h = 0; h < 16; ++h) {
-        const __mmask64 m = _mm512_cmpeq_epi8_mask(hi, _mm512_set1_epi8(static_cast<char>(h)));
-        acc = _mm512_mask_shuffle_epi8(acc, m, t[h], lo);
-      }
-      _mm512_mask_storeu_epi8(d + i, k, acc);
-    }
-  }
-}
-
 }  // namespace
 
 bool Lut8RowsAVX512(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const unsigned char* table) {
-  if (HasVbmi()) LutRowsVbmi(src, dst, table);
-  else LutRowsNibble(src, dst, table);
+  if (!HasVbmi()) return false;
+  LutRowsVbmi(src, dst, table);
   return true;
 }
 
