@@ -55,11 +55,88 @@ namespace {
 using mirel::hist::ByteCounter;
 using mirel::hist::CountBytesPlain;
 
+// Counter of pixel pairs for images whose neighbouring pixels are close, as
+// camera images are: one increment for two pixels, into a table indexed by
+// the pair (256 KiB, of which such an image touches a few lines near the
+// diagonal). The two marginals of the pair table are the histogram of the
+// first and of the second pixel of each pair; their sum is the histogram.
+class PairCounter {
+ public:
+  explicit PairCounter(std::uint32_t* table) : table_(table) { std::memset(single_, 0, sizeof(single_)); }
+  void Add(const unsigned char* p, std::size_t n) {
+    std::uint32_t* t = table_;
+    std::size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+      std::uint16_t a, b, c, d;
+      std::memcpy(&a, p + i, 2);
+      std::memcpy(&b, p + i + 2, 2);
+      std::memcpy(&c, p + i + 4, 2);
+      std::memcpy(&d, p + i + 6, 2);
+      ++t[a];
+      ++t[b];
+      ++t[c];
+      ++t[d];
+    }
+    for (; i < n; ++i) ++single_[p[i]];
+  }
+  void Flush(unsigned int* out) {
+    // Row r of the table holds the pairs whose high byte is r: its sum
+    // counts r once a pair, and the sum of all rows counts each low byte.
+    std::uint32_t columns[256] = {};
+    for (int r = 0; r < 256; ++r) {
+      const std::uint32_t* row = table_ + 256 * r;
+      std::uint32_t sum = 0;
+      for (int c = 0; c < 256; ++c) {
+        sum += row[c];
+        columns[c] += row[c];
+      }
+      out[r] += sum;
+    }
+    for (int v = 0; v < 256; ++v) out[v] += columns[v] + single_[v];
+  }
+
+ private:
+  std::uint32_t* table_;
+  std::uint32_t single_[256];
+};
+
+// Whether neighbouring pixels of a few sample rows are mostly close, so that
+// the pair counter will find its table in the cache.
+bool LooksSmooth(const mirel::Rows<const EBW8>& rows) {
+  int close = 0, total = 0;
+  for (int k = 0; k < 8; ++k) {
+    const int y = static_cast<int>(static_cast<long long>(rows.height - 1) * k / 7);
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(rows.Row(y));
+    const int n = rows.width < 1024 ? rows.width : 1024;
+    for (int x = 0; x + 1 < n; ++x) {
+      const int d = p[x] - p[x + 1];
+      close += (d <= 16 && d >= -16) ? 1 : 0;
+      ++total;
+    }
+  }
+  return close * 8 >= total * 7;
+}
+
+// Above this many pixels the pair table pays for its clearing and summing.
+constexpr long long kPairCounterPixels = 1 << 20;
+
 // Counts the pixels of an EBW8 ROI, or of its runs, into `out` (256 bins,
 // already cleared).
 void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
   const int runCount = src->GetNumRuns();
   const unsigned char* first = reinterpret_cast<const unsigned char*>(src->GetImagePtr(0, 0));
+  const mirel::Rows<const EBW8> rows = mirel::RowsOf(src);
+  if (fast && runCount <= 0 && static_cast<long long>(rows.width) * rows.height >= kPairCounterPixels &&
+      LooksSmooth(rows)) {
+    std::unique_ptr<std::uint32_t[]> table(new (std::nothrow) std::uint32_t[65536]());
+    if (table != nullptr) {
+      PairCounter pairs(table.get());
+      for (int y = 0; y < rows.height; ++y)
+        pairs.Add(reinterpret_cast<const unsigned char*>(rows.Row(y)), static_cast<std::size_t>(rows.width));
+      pairs.Flush(out);
+      return;
+    }
+  }
   ByteCounter* counter = nullptr;
   ByteCounter local;  // 4 KiB on the stack
   if (fast) counter = &local;
@@ -78,7 +155,6 @@ void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
       add(p, static_cast<std::size_t>(run.end - run.start));
     }
   } else {
-    const mirel::Rows<const EBW8> rows = mirel::RowsOf(src);
     for (int y = 0; y < rows.height; ++y)
       add(reinterpret_cast<const unsigned char*>(rows.Row(y)), static_cast<std::size_t>(rows.width));
   }
