@@ -66,13 +66,24 @@ bool Lut8RowsAVX512(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const un
 void GainBlocksAVX512(const unsigned char* s, unsigned char* d, std::size_t n, std::uint16_t g, std::int16_t o) {
   const __m512i vg = _mm512_set1_epi16(static_cast<short>(g));
   const __m512i vo = _mm512_set1_epi16(o);
-  for (std::size_t i = 0; i < n; i += 32) {
+  const __m512i zero = _mm512_setzero_si512();
+  std::size_t i = 0;
+  // 64 pixels a round: widen within 128-bit lanes, and pack back the same way.
+  for (; i + 64 <= n; i += 64) {
+    const __m512i x = _mm512_loadu_si512(s + i);
+    __m512i lo = _mm512_unpacklo_epi8(x, zero);
+    __m512i hi = _mm512_unpackhi_epi8(x, zero);
+    lo = _mm512_adds_epi16(_mm512_srli_epi16(_mm512_mullo_epi16(lo, vg), 5), vo);
+    hi = _mm512_adds_epi16(_mm512_srli_epi16(_mm512_mullo_epi16(hi, vg), 5), vo);
+    _mm512_storeu_si512(d + i, _mm512_packus_epi16(lo, hi));
+  }
+  for (; i < n; i += 32) {
     const std::size_t left = n - i;
     const __mmask32 k = left >= 32 ? ~static_cast<__mmask32>(0) : ((static_cast<__mmask32>(1) << left) - 1);
     const __m512i x = _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(k, s + i));
     const __m512i v = _mm512_adds_epi16(_mm512_srli_epi16(_mm512_mullo_epi16(x, vg), 5), vo);
     // Saturate to 0..255 and narrow.
-    const __m512i c = _mm512_min_epi16(_mm512_max_epi16(v, _mm512_setzero_si512()), _mm512_set1_epi16(255));
+    const __m512i c = _mm512_min_epi16(_mm512_max_epi16(v, zero), _mm512_set1_epi16(255));
     _mm256_mask_storeu_epi8(d + i, k, _mm512_maskz_cvtepi16_epi8(~static_cast<__mmask32>(0), c));
   }
 }
