@@ -12,10 +12,8 @@ namespace {
 
 #if defined(__GNUC__)
 #define MIREL_TARGET_VBMI __attribute__((target("avx512vbmi")))
-bool HasVbmi() {
-  static const bool has = __builtin_cpu_supports("avx512vbmi") != 0;
-  return has;
-}
+// Reads the processor model that the runtime detected at load; cheap.
+bool HasVbmi() { return __builtin_cpu_supports("avx512vbmi") != 0; }
 #else
 #define MIREL_TARGET_VBMI
 bool HasVbmi() { return false; }
