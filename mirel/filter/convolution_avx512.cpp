@@ -1,0 +1,50 @@
+// Block routines of the 8-bit filters with AVX-512 (F and BW).
+#include <immintrin.h>
+
+#include <cstdint>
+
+#include "mirel/filter/convolution_blocks_internal.h"
+
+namespace {
+
+// The masked forms (all lanes on) keep GCC from warning about the
+// undefined source operand inside the plain forms.
+struct Isa {
+  using V = __m512i;
+  static constexpr int kBlock = 32;
+  static V Zero() { return _mm512_setzero_si512(); }
+  static V Load8(const std::uint8_t* p) {
+    return _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)));
+  }
+  static V LoadU16(const std::uint16_t* p) { return _mm512_loadu_si512(p); }
+  static void StoreU16(std::uint16_t* p, V v) { _mm512_storeu_si512(p, v); }
+  static V Add16(V a, V b) { return _mm512_add_epi16(a, b); }
+  static V Mullo16(V a, short k) { return _mm512_mullo_epi16(a, _mm512_set1_epi16(k)); }
+  static V MulHiU16(V a, unsigned short k) {
+    return _mm512_mulhi_epu16(a, _mm512_set1_epi16(static_cast<short>(k)));
+  }
+  template <int N>
+  static V Srli16(V a) { return _mm512_srli_epi16(a, N); }
+  static V Set1_32(std::int32_t v) { return _mm512_set1_epi32(v); }
+  static V Add32(V a, V b) { return _mm512_add_epi32(a, b); }
+  static V Madd(V a, V b) { return _mm512_madd_epi16(a, b); }
+  static V UnpackLo16(V a, V b) { return _mm512_unpacklo_epi16(a, b); }
+  static V UnpackHi16(V a, V b) { return _mm512_unpackhi_epi16(a, b); }
+  static V Sra32(V a, int n) { return _mm512_maskz_sra_epi32(0xFFFF, a, _mm_cvtsi32_si128(n)); }
+  static V Abs32(V a) { return _mm512_maskz_abs_epi32(0xFFFF, a); }
+  static void StoreClamp(std::uint8_t* p, V lo, V hi) {
+    const V w = _mm512_max_epi16(_mm512_packs_epi32(lo, hi), _mm512_setzero_si512());
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvtusepi16_epi8(0xFFFFFFFFu, w));
+  }
+  static void StoreU8FromU16(std::uint8_t* p, V v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvtepi16_epi8(0xFFFFFFFFu, v));
+  }
+};
+
+}  // namespace
+
+namespace mirel {
+namespace filter {
+SimdRoutines Avx512Routines() { return blocks::Routines<Isa>(); }
+}  // namespace filter
+}  // namespace mirel

@@ -1,0 +1,200 @@
+// Block routines of the 8-bit filters, written once over an instruction-set
+// layer. Each per-instruction-set source defines, in an unnamed namespace, a
+// struct `Isa` with the operations below and includes this header, so every
+// instantiation is private to the file compiled with that set enabled.
+//
+// Isa::V holds one block: kBlock pixels widened to 16 bits, or the same
+// pixels as 32-bit sums split into the lanes that UnpackLo16 / UnpackHi16
+// give. StoreClamp packs two such halves back in pixel order.
+#ifndef MIREL_FILTER_CONVOLUTION_BLOCKS_INTERNAL_H_
+#define MIREL_FILTER_CONVOLUTION_BLOCKS_INTERNAL_H_
+
+#include <cstdint>
+
+#include "mirel/filter/convolution_internal.h"
+
+namespace mirel {
+namespace filter {
+namespace blocks {
+
+template <class Isa>
+int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
+  using V = typename Isa::V;
+  constexpr int B = Isa::kBlock;
+  const V offset = Isa::Set1_32(job.offset);
+  const int shift = job.shift;
+  int x = x0;
+  if (job.singleTaps) {
+    const int taps = job.termEnd[2 * job.pairs - 1];
+    const int fullPairs = taps / 2;
+    for (; x + B <= x1; x += B) {
+      V lo = offset, hi = offset;
+      for (int p = 0; p < fullPairs; ++p) {
+        const V a = Isa::Load8(job.taps[2 * p] + x);
+        const V b = Isa::Load8(job.taps[2 * p + 1] + x);
+        const V c = Isa::Set1_32(job.pairCoef[p]);
+        lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, b), c));
+        hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, b), c));
+      }
+      if (taps & 1) {
+        const V a = Isa::Load8(job.taps[taps - 1] + x);
+        const V z = Isa::Zero();
+        const V c = Isa::Set1_32(job.pairCoef[fullPairs]);
+        lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, z), c));
+        hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, z), c));
+      }
+      lo = Isa::Sra32(lo, shift);
+      hi = Isa::Sra32(hi, shift);
+      if (job.absolute) {
+        lo = Isa::Abs32(lo);
+        hi = Isa::Abs32(hi);
+      }
+      Isa::StoreClamp(dst + x, lo, hi);
+    }
+    return x;
+  }
+  for (; x + B <= x1; x += B) {
+    V lo = offset, hi = offset;
+    int t = 0;
+    for (int p = 0; p < job.pairs; ++p) {
+      V a = Isa::Zero();
+      for (; t < job.termEnd[2 * p]; ++t) a = Isa::Add16(a, Isa::Load8(job.taps[t] + x));
+      V b = Isa::Zero();
+      for (; t < job.termEnd[2 * p + 1]; ++t) b = Isa::Add16(b, Isa::Load8(job.taps[t] + x));
+      const V c = Isa::Set1_32(job.pairCoef[p]);
+      lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, b), c));
+      hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, b), c));
+    }
+    lo = Isa::Sra32(lo, shift);
+    hi = Isa::Sra32(hi, shift);
+    if (job.absolute) {
+      lo = Isa::Abs32(lo);
+      hi = Isa::Abs32(hi);
+    }
+    Isa::StoreClamp(dst + x, lo, hi);
+  }
+  return x;
+}
+
+// Horizontal sums of the separable filters: at most 16 * 255 (Gaussian 5),
+// 64 * 255 (Gaussian 7), 7 * 255 (uniform), all within 16 bits.
+template <class Isa>
+int Horizontal(FixedFilter kind, const std::uint8_t* s, int width, std::uint16_t* out) {
+  using V = typename Isa::V;
+  constexpr int B = Isa::kBlock;
+  int x = 0;
+  switch (kind) {
+    case FixedFilter::kUniform5:
+      for (; x + B <= width; x += B) {
+        const std::uint8_t* p = s + x;
+        V h = Isa::Add16(Isa::Add16(Isa::Load8(p), Isa::Load8(p + 1)),
+                         Isa::Add16(Isa::Load8(p + 2), Isa::Load8(p + 3)));
+        h = Isa::Add16(h, Isa::Load8(p + 4));
+        Isa::StoreU16(out + x, h);
+      }
+      break;
+    case FixedFilter::kUniform7:
+      for (; x + B <= width; x += B) {
+        const std::uint8_t* p = s + x;
+        V h = Isa::Add16(Isa::Add16(Isa::Load8(p), Isa::Load8(p + 1)),
+                         Isa::Add16(Isa::Load8(p + 2), Isa::Load8(p + 3)));
+        h = Isa::Add16(h, Isa::Add16(Isa::Add16(Isa::Load8(p + 4), Isa::Load8(p + 5)),
+                                     Isa::Load8(p + 6)));
+        Isa::StoreU16(out + x, h);
+      }
+      break;
+    case FixedFilter::kGaussian5:
+      for (; x + B <= width; x += B) {
+        const std::uint8_t* p = s + x;
+        const V e = Isa::Add16(Isa::Load8(p), Isa::Load8(p + 4));
+        const V m = Isa::Add16(Isa::Load8(p + 1), Isa::Load8(p + 3));
+        const V c = Isa::Load8(p + 2);
+        // e + 4m + 6c = e + 2 * (2m + 3c)
+        const V inner = Isa::Add16(Isa::Add16(m, c), Isa::Add16(Isa::Add16(m, c), c));
+        Isa::StoreU16(out + x, Isa::Add16(e, Isa::Add16(inner, inner)));
+      }
+      break;
+    case FixedFilter::kGaussian7:
+      for (; x + B <= width; x += B) {
+        const std::uint8_t* p = s + x;
+        const V a = Isa::Add16(Isa::Load8(p), Isa::Load8(p + 6));
+        const V b = Isa::Add16(Isa::Load8(p + 1), Isa::Load8(p + 5));
+        const V c = Isa::Add16(Isa::Load8(p + 2), Isa::Load8(p + 4));
+        const V d = Isa::Load8(p + 3);
+        V h = Isa::Add16(a, Isa::Mullo16(b, 6));
+        h = Isa::Add16(h, Isa::Add16(Isa::Mullo16(c, 15), Isa::Mullo16(d, 20)));
+        Isa::StoreU16(out + x, h);
+      }
+      break;
+  }
+  return x;
+}
+
+// Vertical sums and the final scaling of the separable filters.
+template <class Isa>
+int Vertical(FixedFilter kind, const std::uint16_t* const* r, int width, std::uint8_t* dst) {
+  using V = typename Isa::V;
+  constexpr int B = Isa::kBlock;
+  int x = 0;
+  switch (kind) {
+    case FixedFilter::kUniform5:
+      // (sum * 335544) >> 23 == (sum * 41943) >> 20 for every 16-bit sum.
+      for (; x + B <= width; x += B) {
+        V s = Isa::Add16(Isa::Add16(Isa::LoadU16(r[0] + x), Isa::LoadU16(r[1] + x)),
+                         Isa::Add16(Isa::LoadU16(r[2] + x), Isa::LoadU16(r[3] + x)));
+        s = Isa::Add16(s, Isa::LoadU16(r[4] + x));
+        Isa::StoreU8FromU16(dst + x, Isa::template Srli16<4>(Isa::MulHiU16(s, 41943)));
+      }
+      break;
+    case FixedFilter::kUniform7:
+      // (sum * 171196) >> 23 == (sum * 42799) >> 21.
+      for (; x + B <= width; x += B) {
+        V s = Isa::Add16(Isa::Add16(Isa::LoadU16(r[0] + x), Isa::LoadU16(r[1] + x)),
+                         Isa::Add16(Isa::LoadU16(r[2] + x), Isa::LoadU16(r[3] + x)));
+        s = Isa::Add16(s, Isa::Add16(Isa::Add16(Isa::LoadU16(r[4] + x), Isa::LoadU16(r[5] + x)),
+                                     Isa::LoadU16(r[6] + x)));
+        Isa::StoreU8FromU16(dst + x, Isa::template Srli16<5>(Isa::MulHiU16(s, 42799)));
+      }
+      break;
+    case FixedFilter::kGaussian5:
+      // The total is at most 256 * 255 and fits 16 unsigned bits.
+      for (; x + B <= width; x += B) {
+        const V e = Isa::Add16(Isa::LoadU16(r[0] + x), Isa::LoadU16(r[4] + x));
+        const V m = Isa::Add16(Isa::LoadU16(r[1] + x), Isa::LoadU16(r[3] + x));
+        const V c = Isa::LoadU16(r[2] + x);
+        const V inner = Isa::Add16(Isa::Add16(m, c), Isa::Add16(Isa::Add16(m, c), c));
+        const V s = Isa::Add16(e, Isa::Add16(inner, inner));
+        Isa::StoreU8FromU16(dst + x, Isa::template Srli16<8>(s));
+      }
+      break;
+    case FixedFilter::kGaussian7: {
+      // The total needs 20 bits: pairs of rows meet their weights in 32-bit lanes.
+      const V w16 = Isa::Set1_32(1 | (6 << 16));
+      const V w1520 = Isa::Set1_32(15 | (20 << 16));
+      for (; x + B <= width; x += B) {
+        const V a = Isa::Add16(Isa::LoadU16(r[0] + x), Isa::LoadU16(r[6] + x));
+        const V b = Isa::Add16(Isa::LoadU16(r[1] + x), Isa::LoadU16(r[5] + x));
+        const V c = Isa::Add16(Isa::LoadU16(r[2] + x), Isa::LoadU16(r[4] + x));
+        const V d = Isa::LoadU16(r[3] + x);
+        V lo = Isa::Add32(Isa::Madd(Isa::UnpackLo16(a, b), w16),
+                          Isa::Madd(Isa::UnpackLo16(c, d), w1520));
+        V hi = Isa::Add32(Isa::Madd(Isa::UnpackHi16(a, b), w16),
+                          Isa::Madd(Isa::UnpackHi16(c, d), w1520));
+        Isa::StoreClamp(dst + x, Isa::Sra32(lo, 12), Isa::Sra32(hi, 12));
+      }
+      break;
+    }
+  }
+  return x;
+}
+
+template <class Isa>
+SimdRoutines Routines() {
+  return SimdRoutines{&BlockRow<Isa>, &Horizontal<Isa>, &Vertical<Isa>};
+}
+
+}  // namespace blocks
+}  // namespace filter
+}  // namespace mirel
+
+#endif  // MIREL_FILTER_CONVOLUTION_BLOCKS_INTERNAL_H_
