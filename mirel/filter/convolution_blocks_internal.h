@@ -17,17 +17,39 @@ namespace mirel {
 namespace filter {
 namespace blocks {
 
+// A row's last stretch shorter than a block is done by one more block that
+// ends at x1 and overlaps the previous one; it writes the same bytes again.
+template <int B, class F>
+inline int Blocks(int x0, int x1, F&& one) {
+  int x = x0;
+  for (; x + B <= x1; x += B) one(x);
+  if (x < x1 && x1 - x0 >= B) {
+    one(x1 - B);
+    x = x1;
+  }
+  return x;
+}
+
 template <class Isa>
 int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
   using V = typename Isa::V;
   constexpr int B = Isa::kBlock;
   const V offset = Isa::Set1_32(job.offset);
   const int shift = job.shift;
-  int x = x0;
+  const bool absolute = job.absolute;
+  auto finish = [&](V lo, V hi, int x) {
+    lo = Isa::Sra32(lo, shift);
+    hi = Isa::Sra32(hi, shift);
+    if (absolute) {
+      lo = Isa::Abs32(lo);
+      hi = Isa::Abs32(hi);
+    }
+    Isa::StoreClamp(dst + x, lo, hi);
+  };
   if (job.singleTaps) {
     const int taps = job.termEnd[2 * job.pairs - 1];
     const int fullPairs = taps / 2;
-    for (; x + B <= x1; x += B) {
+    return Blocks<B>(x0, x1, [&](int x) {
       V lo = offset, hi = offset;
       for (int p = 0; p < fullPairs; ++p) {
         const V a = Isa::Load8(job.taps[2 * p] + x);
@@ -43,17 +65,10 @@ int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
         lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, z), c));
         hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, z), c));
       }
-      lo = Isa::Sra32(lo, shift);
-      hi = Isa::Sra32(hi, shift);
-      if (job.absolute) {
-        lo = Isa::Abs32(lo);
-        hi = Isa::Abs32(hi);
-      }
-      Isa::StoreClamp(dst + x, lo, hi);
-    }
-    return x;
+      finish(lo, hi, x);
+    });
   }
-  for (; x + B <= x1; x += B) {
+  return Blocks<B>(x0, x1, [&](int x) {
     V lo = offset, hi = offset;
     int t = 0;
     for (int p = 0; p < job.pairs; ++p) {
@@ -65,15 +80,8 @@ int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
       lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, b), c));
       hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, b), c));
     }
-    lo = Isa::Sra32(lo, shift);
-    hi = Isa::Sra32(hi, shift);
-    if (job.absolute) {
-      lo = Isa::Abs32(lo);
-      hi = Isa::Abs32(hi);
-    }
-    Isa::StoreClamp(dst + x, lo, hi);
-  }
-  return x;
+    finish(lo, hi, x);
+  });
 }
 
 // Horizontal sums of the separable filters: at most 16 * 255 (Gaussian 5),
@@ -85,46 +93,46 @@ int Horizontal(FixedFilter kind, const std::uint8_t* s, int width, std::uint16_t
   int x = 0;
   switch (kind) {
     case FixedFilter::kUniform5:
-      for (; x + B <= width; x += B) {
-        const std::uint8_t* p = s + x;
+      x = Blocks<B>(0, width, [&](int i) {
+        const std::uint8_t* p = s + i;
         V h = Isa::Add16(Isa::Add16(Isa::Load8(p), Isa::Load8(p + 1)),
                          Isa::Add16(Isa::Load8(p + 2), Isa::Load8(p + 3)));
         h = Isa::Add16(h, Isa::Load8(p + 4));
-        Isa::StoreU16(out + x, h);
-      }
+        Isa::StoreU16(out + i, h);
+      });
       break;
     case FixedFilter::kUniform7:
-      for (; x + B <= width; x += B) {
-        const std::uint8_t* p = s + x;
+      x = Blocks<B>(0, width, [&](int i) {
+        const std::uint8_t* p = s + i;
         V h = Isa::Add16(Isa::Add16(Isa::Load8(p), Isa::Load8(p + 1)),
                          Isa::Add16(Isa::Load8(p + 2), Isa::Load8(p + 3)));
         h = Isa::Add16(h, Isa::Add16(Isa::Add16(Isa::Load8(p + 4), Isa::Load8(p + 5)),
                                      Isa::Load8(p + 6)));
-        Isa::StoreU16(out + x, h);
-      }
+        Isa::StoreU16(out + i, h);
+      });
       break;
     case FixedFilter::kGaussian5:
-      for (; x + B <= width; x += B) {
-        const std::uint8_t* p = s + x;
+      x = Blocks<B>(0, width, [&](int i) {
+        const std::uint8_t* p = s + i;
         const V e = Isa::Add16(Isa::Load8(p), Isa::Load8(p + 4));
         const V m = Isa::Add16(Isa::Load8(p + 1), Isa::Load8(p + 3));
         const V c = Isa::Load8(p + 2);
         // e + 4m + 6c = e + 2 * (2m + 3c)
         const V inner = Isa::Add16(Isa::Add16(m, c), Isa::Add16(Isa::Add16(m, c), c));
-        Isa::StoreU16(out + x, Isa::Add16(e, Isa::Add16(inner, inner)));
-      }
+        Isa::StoreU16(out + i, Isa::Add16(e, Isa::Add16(inner, inner)));
+      });
       break;
     case FixedFilter::kGaussian7:
-      for (; x + B <= width; x += B) {
-        const std::uint8_t* p = s + x;
+      x = Blocks<B>(0, width, [&](int i) {
+        const std::uint8_t* p = s + i;
         const V a = Isa::Add16(Isa::Load8(p), Isa::Load8(p + 6));
         const V b = Isa::Add16(Isa::Load8(p + 1), Isa::Load8(p + 5));
         const V c = Isa::Add16(Isa::Load8(p + 2), Isa::Load8(p + 4));
         const V d = Isa::Load8(p + 3);
         V h = Isa::Add16(a, Isa::Mullo16(b, 6));
         h = Isa::Add16(h, Isa::Add16(Isa::Mullo16(c, 15), Isa::Mullo16(d, 20)));
-        Isa::StoreU16(out + x, h);
-      }
+        Isa::StoreU16(out + i, h);
+      });
       break;
   }
   return x;
@@ -139,49 +147,49 @@ int Vertical(FixedFilter kind, const std::uint16_t* const* r, int width, std::ui
   switch (kind) {
     case FixedFilter::kUniform5:
       // (sum * 335544) >> 23 == (sum * 41943) >> 20 for every 16-bit sum.
-      for (; x + B <= width; x += B) {
-        V s = Isa::Add16(Isa::Add16(Isa::LoadU16(r[0] + x), Isa::LoadU16(r[1] + x)),
-                         Isa::Add16(Isa::LoadU16(r[2] + x), Isa::LoadU16(r[3] + x)));
-        s = Isa::Add16(s, Isa::LoadU16(r[4] + x));
-        Isa::StoreU8FromU16(dst + x, Isa::template Srli16<4>(Isa::MulHiU16(s, 41943)));
-      }
+      x = Blocks<B>(0, width, [&](int i) {
+        V s = Isa::Add16(Isa::Add16(Isa::LoadU16(r[0] + i), Isa::LoadU16(r[1] + i)),
+                         Isa::Add16(Isa::LoadU16(r[2] + i), Isa::LoadU16(r[3] + i)));
+        s = Isa::Add16(s, Isa::LoadU16(r[4] + i));
+        Isa::StoreU8FromU16(dst + i, Isa::template Srli16<4>(Isa::MulHiU16(s, 41943)));
+      });
       break;
     case FixedFilter::kUniform7:
       // (sum * 171196) >> 23 == (sum * 42799) >> 21.
-      for (; x + B <= width; x += B) {
-        V s = Isa::Add16(Isa::Add16(Isa::LoadU16(r[0] + x), Isa::LoadU16(r[1] + x)),
-                         Isa::Add16(Isa::LoadU16(r[2] + x), Isa::LoadU16(r[3] + x)));
-        s = Isa::Add16(s, Isa::Add16(Isa::Add16(Isa::LoadU16(r[4] + x), Isa::LoadU16(r[5] + x)),
-                                     Isa::LoadU16(r[6] + x)));
-        Isa::StoreU8FromU16(dst + x, Isa::template Srli16<5>(Isa::MulHiU16(s, 42799)));
-      }
+      x = Blocks<B>(0, width, [&](int i) {
+        V s = Isa::Add16(Isa::Add16(Isa::LoadU16(r[0] + i), Isa::LoadU16(r[1] + i)),
+                         Isa::Add16(Isa::LoadU16(r[2] + i), Isa::LoadU16(r[3] + i)));
+        s = Isa::Add16(s, Isa::Add16(Isa::Add16(Isa::LoadU16(r[4] + i), Isa::LoadU16(r[5] + i)),
+                                     Isa::LoadU16(r[6] + i)));
+        Isa::StoreU8FromU16(dst + i, Isa::template Srli16<5>(Isa::MulHiU16(s, 42799)));
+      });
       break;
     case FixedFilter::kGaussian5:
       // The total is at most 256 * 255 and fits 16 unsigned bits.
-      for (; x + B <= width; x += B) {
-        const V e = Isa::Add16(Isa::LoadU16(r[0] + x), Isa::LoadU16(r[4] + x));
-        const V m = Isa::Add16(Isa::LoadU16(r[1] + x), Isa::LoadU16(r[3] + x));
-        const V c = Isa::LoadU16(r[2] + x);
+      x = Blocks<B>(0, width, [&](int i) {
+        const V e = Isa::Add16(Isa::LoadU16(r[0] + i), Isa::LoadU16(r[4] + i));
+        const V m = Isa::Add16(Isa::LoadU16(r[1] + i), Isa::LoadU16(r[3] + i));
+        const V c = Isa::LoadU16(r[2] + i);
         const V inner = Isa::Add16(Isa::Add16(m, c), Isa::Add16(Isa::Add16(m, c), c));
         const V s = Isa::Add16(e, Isa::Add16(inner, inner));
-        Isa::StoreU8FromU16(dst + x, Isa::template Srli16<8>(s));
-      }
+        Isa::StoreU8FromU16(dst + i, Isa::template Srli16<8>(s));
+      });
       break;
     case FixedFilter::kGaussian7: {
       // The total needs 20 bits: pairs of rows meet their weights in 32-bit lanes.
       const V w16 = Isa::Set1_32(1 | (6 << 16));
       const V w1520 = Isa::Set1_32(15 | (20 << 16));
-      for (; x + B <= width; x += B) {
-        const V a = Isa::Add16(Isa::LoadU16(r[0] + x), Isa::LoadU16(r[6] + x));
-        const V b = Isa::Add16(Isa::LoadU16(r[1] + x), Isa::LoadU16(r[5] + x));
-        const V c = Isa::Add16(Isa::LoadU16(r[2] + x), Isa::LoadU16(r[4] + x));
-        const V d = Isa::LoadU16(r[3] + x);
+      x = Blocks<B>(0, width, [&](int i) {
+        const V a = Isa::Add16(Isa::LoadU16(r[0] + i), Isa::LoadU16(r[6] + i));
+        const V b = Isa::Add16(Isa::LoadU16(r[1] + i), Isa::LoadU16(r[5] + i));
+        const V c = Isa::Add16(Isa::LoadU16(r[2] + i), Isa::LoadU16(r[4] + i));
+        const V d = Isa::LoadU16(r[3] + i);
         V lo = Isa::Add32(Isa::Madd(Isa::UnpackLo16(a, b), w16),
                           Isa::Madd(Isa::UnpackLo16(c, d), w1520));
         V hi = Isa::Add32(Isa::Madd(Isa::UnpackHi16(a, b), w16),
                           Isa::Madd(Isa::UnpackHi16(c, d), w1520));
-        Isa::StoreClamp(dst + x, Isa::Sra32(lo, 12), Isa::Sra32(hi, 12));
-      }
+        Isa::StoreClamp(dst + i, Isa::Sra32(lo, 12), Isa::Sra32(hi, 12));
+      });
       break;
     }
   }
