@@ -147,11 +147,10 @@ inline Byte FixedPixel(const Window& w, const std::int32_t* coef, const Byte* co
 }
 
 // Runs a fixed-point window over the ROI. `scalarCoef` serves the pixels
-// computed one by one; `blockCoef`, when given, the block stretches (all of
-// its values fit in 16 bits). Pixels are produced in row order, reading the
+// computed one by one; `blockCoef`, when given, the block stretches. Pixels are produced in row order, reading the
 // source as it is at that moment, so a source that is also the destination
 // sees the pixels already written.
-void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int16_t* blockCoef,
+void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_t* blockCoef,
               const FixedArith& a, const Rows<const EBW8>& s, const Rows<EBW8>& d,
               const SimdRoutines& simd) {
   const int r = w.radius;
@@ -170,11 +169,20 @@ void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int16_
       }
       job.termEnd[i] = taps;
     }
+    // k = hi * 65536 + lo with both halves signed 16-bit; hi wraps, which
+    // changes nothing modulo 2^32.
+    std::uint16_t lo[kMaxTerms] = {}, hi[kMaxTerms] = {};
+    job.wide = false;
+    for (int i = 0; i < w.terms; ++i) {
+      const std::uint32_t k = static_cast<std::uint32_t>(blockCoef[i]);
+      lo[i] = static_cast<std::uint16_t>(k & 0xffffu);
+      const std::uint32_t loSigned = static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<std::int16_t>(lo[i])));
+      hi[i] = static_cast<std::uint16_t>((k - loSigned) >> 16);
+      job.wide = job.wide || hi[i] != 0;
+    }
     for (int p = 0; p < job.pairs; ++p) {
-      const std::uint16_t lo = static_cast<std::uint16_t>(blockCoef[2 * p]);
-      const std::uint16_t hi = 2 * p + 1 < w.terms ? static_cast<std::uint16_t>(blockCoef[2 * p + 1]) : 0;
-      job.pairCoef[p] = static_cast<std::int32_t>(static_cast<std::uint32_t>(lo) |
-                                                  (static_cast<std::uint32_t>(hi) << 16));
+      job.pairCoef[p] = static_cast<std::int32_t>(lo[2 * p] | (static_cast<std::uint32_t>(lo[2 * p + 1]) << 16));
+      job.pairCoefHi[p] = static_cast<std::int32_t>(hi[2 * p] | (static_cast<std::uint32_t>(hi[2 * p + 1]) << 16));
     }
     job.offset = static_cast<std::int32_t>(a.offset);
     job.shift = a.shift;
@@ -241,18 +249,11 @@ void FixedRoutine(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, b
     off = 0u - off;
   }
   std::int32_t coef[49];
-  std::int16_t coef16[49];
-  bool fits16 = true;
-  for (int i = 0; i < w.terms; ++i) {
-    const float k = g * kernel->Data[w.term[i].element] * 32768.0f;
-    coef[i] = TruncToInt32(k);
-    fits16 = fits16 && coef[i] >= -32768 && coef[i] <= 32767;
-    coef16[i] = static_cast<std::int16_t>(coef[i]);
-  }
+  for (int i = 0; i < w.terms; ++i) coef[i] = TruncToInt32(g * kernel->Data[w.term[i].element] * 32768.0f);
   const FixedArith arith{off, 15, rectifier == 3};
   const bool inPlace = Overlap(src, dst);
   const SimdRoutines simd = inPlace ? SimdRoutines{nullptr, nullptr, nullptr} : ActiveRoutines();
-  RunFixed(w, coef, fits16 ? coef16 : nullptr, arith, RowsOf(static_cast<const EROI<EBW8>*>(src)),
+  RunFixed(w, coef, coef, arith, RowsOf(static_cast<const EROI<EBW8>*>(src)),
            RowsOf(dst), simd);
 }
 
@@ -263,12 +264,9 @@ void EightBit(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   PlainWindow(3, w);
   const float g = EffectiveGainOfTable(kernel->Gain, kernel->Data, 9);
   std::int32_t wide[9], narrow[9];
-  std::int16_t packed[9];
   for (int i = 0; i < 9; ++i) {
-    const float k = g * kernel->Data[i] * 256.0f;
-    wide[i] = TruncToInt32(k);
-    packed[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(static_cast<std::uint32_t>(wide[i])));
-    narrow[i] = packed[i];
+    wide[i] = TruncToInt32(g * kernel->Data[i] * 256.0f);
+    narrow[i] = static_cast<std::int16_t>(static_cast<std::uint16_t>(static_cast<std::uint32_t>(wide[i])));
   }
   const SimdRoutines simd = ActiveRoutines();
   const FixedArith arith{0, 8, false};
@@ -288,7 +286,7 @@ void EightBit(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
     s.base = reinterpret_cast<const EBW8*>(copy);
     s.pitch = static_cast<std::ptrdiff_t>(rowBytes);
   }
-  RunFixed(w, simd.block != nullptr ? wide : narrow, packed, arith, s, RowsOf(dst), simd);
+  RunFixed(w, simd.block != nullptr ? wide : narrow, narrow, arith, s, RowsOf(dst), simd);
   Free(copy);
 }
 

@@ -23,6 +23,8 @@ struct Isa {
   }
   template <int N>
   static V Srli16(V a) { return _mm256_srli_epi16(a, N); }
+  template <int N>
+  static V Slli32(V a) { return _mm256_slli_epi32(a, N); }
   static V Set1_32(std::int32_t v) { return _mm256_set1_epi32(v); }
   static V Add32(V a, V b) { return _mm256_add_epi32(a, b); }
   static V Madd(V a, V b) { return _mm256_madd_epi16(a, b); }

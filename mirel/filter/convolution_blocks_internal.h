@@ -30,14 +30,50 @@ inline int Blocks(int x0, int x1, F&& one) {
   return x;
 }
 
-template <class Isa>
-int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
+// One block: every pair of terms meets its coefficient pair in a
+// multiply-add; with kWide the upper halves of the coefficients go through a
+// second set of sums that is shifted up by 16 bits at the end.
+template <class Isa, bool kSingle, bool kWide>
+int BlockRowOf(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
   using V = typename Isa::V;
   constexpr int B = Isa::kBlock;
   const V offset = Isa::Set1_32(job.offset);
   const int shift = job.shift;
   const bool absolute = job.absolute;
-  auto finish = [&](V lo, V hi, int x) {
+  const int taps = job.termEnd[2 * job.pairs - 1];
+  const int fullPairs = taps / 2;
+  return Blocks<B>(x0, x1, [&](int x) {
+    V lo = offset, hi = offset;
+    V lo2 = Isa::Zero(), hi2 = Isa::Zero();
+    auto pair = [&](V a, V b, int p) {
+      const V ua = Isa::UnpackLo16(a, b), ub = Isa::UnpackHi16(a, b);
+      const V c = Isa::Set1_32(job.pairCoef[p]);
+      lo = Isa::Add32(lo, Isa::Madd(ua, c));
+      hi = Isa::Add32(hi, Isa::Madd(ub, c));
+      if (kWide) {
+        const V c2 = Isa::Set1_32(job.pairCoefHi[p]);
+        lo2 = Isa::Add32(lo2, Isa::Madd(ua, c2));
+        hi2 = Isa::Add32(hi2, Isa::Madd(ub, c2));
+      }
+    };
+    if (kSingle) {
+      for (int p = 0; p < fullPairs; ++p)
+        pair(Isa::Load8(job.taps[2 * p] + x), Isa::Load8(job.taps[2 * p + 1] + x), p);
+      if (taps & 1) pair(Isa::Load8(job.taps[taps - 1] + x), Isa::Zero(), fullPairs);
+    } else {
+      int t = 0;
+      for (int p = 0; p < job.pairs; ++p) {
+        V a = Isa::Zero();
+        for (; t < job.termEnd[2 * p]; ++t) a = Isa::Add16(a, Isa::Load8(job.taps[t] + x));
+        V b = Isa::Zero();
+        for (; t < job.termEnd[2 * p + 1]; ++t) b = Isa::Add16(b, Isa::Load8(job.taps[t] + x));
+        pair(a, b, p);
+      }
+    }
+    if (kWide) {
+      lo = Isa::Add32(lo, Isa::template Slli32<16>(lo2));
+      hi = Isa::Add32(hi, Isa::template Slli32<16>(hi2));
+    }
     lo = Isa::Sra32(lo, shift);
     hi = Isa::Sra32(hi, shift);
     if (absolute) {
@@ -45,43 +81,16 @@ int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
       hi = Isa::Abs32(hi);
     }
     Isa::StoreClamp(dst + x, lo, hi);
-  };
-  if (job.singleTaps) {
-    const int taps = job.termEnd[2 * job.pairs - 1];
-    const int fullPairs = taps / 2;
-    return Blocks<B>(x0, x1, [&](int x) {
-      V lo = offset, hi = offset;
-      for (int p = 0; p < fullPairs; ++p) {
-        const V a = Isa::Load8(job.taps[2 * p] + x);
-        const V b = Isa::Load8(job.taps[2 * p + 1] + x);
-        const V c = Isa::Set1_32(job.pairCoef[p]);
-        lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, b), c));
-        hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, b), c));
-      }
-      if (taps & 1) {
-        const V a = Isa::Load8(job.taps[taps - 1] + x);
-        const V z = Isa::Zero();
-        const V c = Isa::Set1_32(job.pairCoef[fullPairs]);
-        lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, z), c));
-        hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, z), c));
-      }
-      finish(lo, hi, x);
-    });
-  }
-  return Blocks<B>(x0, x1, [&](int x) {
-    V lo = offset, hi = offset;
-    int t = 0;
-    for (int p = 0; p < job.pairs; ++p) {
-      V a = Isa::Zero();
-      for (; t < job.termEnd[2 * p]; ++t) a = Isa::Add16(a, Isa::Load8(job.taps[t] + x));
-      V b = Isa::Zero();
-      for (; t < job.termEnd[2 * p + 1]; ++t) b = Isa::Add16(b, Isa::Load8(job.taps[t] + x));
-      const V c = Isa::Set1_32(job.pairCoef[p]);
-      lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, b), c));
-      hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, b), c));
-    }
-    finish(lo, hi, x);
   });
+}
+
+template <class Isa>
+int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
+  if (job.singleTaps)
+    return job.wide ? BlockRowOf<Isa, true, true>(job, x0, x1, dst)
+                    : BlockRowOf<Isa, true, false>(job, x0, x1, dst);
+  return job.wide ? BlockRowOf<Isa, false, true>(job, x0, x1, dst)
+                  : BlockRowOf<Isa, false, false>(job, x0, x1, dst);
 }
 
 // Horizontal sums of the separable filters: at most 16 * 255 (Gaussian 5),

@@ -34,8 +34,10 @@ inline std::int32_t TruncToInt32(double v) {
 // A fixed-point window sum by blocks. The window is a list of terms; each
 // term is one coefficient times the sum of a few pixels (one pixel for a
 // plain kernel, an orbit of up to eight for a symmetric one). Terms go in
-// pairs so that one multiply-add instruction serves two of them; every
-// coefficient must fit in 16 bits. For each x, with p(t, x) the pixels of term t:
+// pairs so that one multiply-add instruction serves two of them. A
+// coefficient is split into signed 16-bit halves, k = hi * 65536 + lo; the
+// upper halves take a second pass only when one is not 0 (`wide`). For each
+// x, with p(t, x) the pixels of term t:
 //   v = offset + sum over terms of coef(t) * sum p(t, x)   (wrapping at 32 bits)
 //   v = v >> shift (arithmetic); |v| when `absolute`; clamped to 0..255.
 constexpr int kMaxTerms = 50;  // 49 coefficients, rounded up to a pair
@@ -44,7 +46,9 @@ constexpr int kMaxTaps = 49;
 struct BlockJob {
   const std::uint8_t* taps[kMaxTaps];  // pixel of each tap for output 0
   int termEnd[kMaxTerms];              // taps of term t: [termEnd[t-1], termEnd[t])
-  std::int32_t pairCoef[kMaxTerms / 2];  // (coef(2i) & 0xffff) | coef(2i+1) << 16
+  std::int32_t pairCoef[kMaxTerms / 2];    // lower halves: lo(2i) & 0xffff | lo(2i+1) << 16
+  std::int32_t pairCoefHi[kMaxTerms / 2];  // upper halves, the same way
+  bool wide;
   int pairs;
   bool singleTaps;  // every term has exactly one tap (the second of the last pair may have none)
   std::int32_t offset;

@@ -24,6 +24,8 @@ struct Isa {
   }
   template <int N>
   static V Srli16(V a) { return _mm_srli_epi16(a, N); }
+  template <int N>
+  static V Slli32(V a) { return _mm_slli_epi32(a, N); }
   static V Set1_32(std::int32_t v) { return _mm_set1_epi32(v); }
   static V Add32(V a, V b) { return _mm_add_epi32(a, b); }
   static V Madd(V a, V b) { return _mm_madd_epi16(a, b); }

@@ -344,6 +344,43 @@ TEST(ConvolRandom, WideCoefficientsInTheEightBitArithmetic) {
   }
 }
 
+// Coefficients far beyond 16 bits (and beyond 32, which truncate to the
+// lowest integer) wrap the 32-bit sums the same way on every path.
+TEST(ConvolRandom, LargeGainsInTheFifteenBitArithmetic) {
+  Rng rng(555);
+  const float gains[] = {300.0f, -4000.0f, 1e6f, 77.7f};
+  for (int path : testsupport::AllPaths()) {
+    testsupport::PathGuard guard(path);
+    for (int iter = 0; iter < 60; ++iter) {
+      const int w = 1 + static_cast<int>(rng() % 90), h = 1 + static_cast<int>(rng() % 6);
+      EImage<EBW8> si, di;
+      EROI<EBW8> s, d;
+      testsupport::PlaceRandom(si, s, w, h, rng);
+      testsupport::PlaceRandom(di, d, w, h, rng);
+      testsupport::FillRandom(si, rng);
+      model::Kern mk = RandomKernel(rng);
+      mk.sx = mk.sy = 3 + 2 * static_cast<int>(rng() % 3);
+      mk.c.assign(static_cast<size_t>(mk.sx * mk.sy), 0.0f);
+      for (auto& c : mk.c) c = static_cast<float>(static_cast<int>(rng() % 7) - 3);
+      mk.gain = gains[rng() % 4];
+      mk.rect = 1 + static_cast<int>(rng() % 3);
+      if (mk.sx == 3 && mk.rect == 2) mk.rect = 3;
+      EKernel k;
+      model::Load(k, mk);
+      model::Grey gs = model::FromRoi(s), gd = model::FromRoi(d);
+      const bool symmetric = iter % 2 == 1;
+      if (symmetric) {
+        model::Symmetric(mk, gs, gd);
+        ImgConvolSymmetricKernel(&s, &d, &k);
+      } else {
+        model::Convol(mk, gs, gd);
+        ImgConvolKernel(&s, &d, &k);
+      }
+      ASSERT_EQ(testsupport::Bytes(d), gd.px) << "path " << path << " size " << mk.sx << " gain " << mk.gain;
+    }
+  }
+}
+
 // ---------------------------------------------------------------- errors
 
 class ConvolErrors : public ::testing::Test {
