@@ -21,7 +21,9 @@ T* Allocate(std::size_t count) {
     --g_failing_allocations;
     return nullptr;
   }
-  if (count > SIZE_MAX / sizeof(T)) return nullptr;
+  // No table or row of this family comes near 2^31 elements; a count that
+  // large is a negative size seen as unsigned, and is refused.
+  if (count >= (std::size_t{1} << 31) || count > SIZE_MAX / sizeof(T)) return nullptr;
   return new (std::nothrow) T[count];
 }
 template <class T>

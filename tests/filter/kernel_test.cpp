@@ -150,6 +150,14 @@ TEST(Kernel, SizeChangesReinterpretOrReallocate) {
   EXPECT_EQ(neg.GetSizeY(), 4);
 }
 
+TEST(Kernel, NegativeSizedConstructorReportsOutOfMemory) {
+  EKernel k(-3, 4, 1.0f, 0, 2, 0);
+  EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
+  EXPECT_EQ(k.Data, nullptr);
+  EXPECT_EQ(k.AllocatedSize, 0u);
+  EXPECT_EQ(k.SizeX, -3);
+}
+
 TEST(Kernel, ElementRangeChecksInOrder) {
   EKernel k(3, 2, 1.0f, 0, 2, 0);
   EXPECT_EQ(EGetError(), E_OK);
