@@ -152,7 +152,7 @@ inline Byte FixedPixel(const Window& w, const std::int32_t* coef, const Byte* co
 // sees the pixels already written.
 void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_t* blockCoef,
               const FixedArith& a, const Rows<const EBW8>& s, const Rows<EBW8>& d,
-              const SimdRoutines& simd) {
+              const SimdRoutines& simd, bool frameRowsByPixel) {
   const int r = w.radius;
   const int width = s.width, height = s.height;
   const bool useBlocks = blockCoef != nullptr && simd.block != nullptr && width > 2 * r;
@@ -197,7 +197,7 @@ void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_
     int x = 0;
     const int left = r < width ? r : width;
     for (; x < left; ++x) out[x] = FixedPixel<true>(w, scalarCoef, rows, x, width, a);
-    if (useBlocks) {
+    if (useBlocks && !(frameRowsByPixel && (y < r || y >= height - r))) {
       int t = 0;
       for (int i = 0; i < w.terms; ++i)
         for (int k = 0; k < w.term[i].taps; ++k)
@@ -254,7 +254,7 @@ void FixedRoutine(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, b
   const bool inPlace = Overlap(src, dst);
   const SimdRoutines simd = inPlace ? SimdRoutines{nullptr, nullptr, nullptr} : ActiveRoutines();
   RunFixed(w, coef, coef, arith, RowsOf(static_cast<const EROI<EBW8>*>(src)),
-           RowsOf(dst), simd);
+           RowsOf(dst), simd, false);
 }
 
 // The eight-bit arithmetic (3x3, rectifier 2). The coefficients are kept in
@@ -286,7 +286,8 @@ void EightBit(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
     s.base = reinterpret_cast<const EBW8*>(copy);
     s.pitch = static_cast<std::ptrdiff_t>(rowBytes);
   }
-  RunFixed(w, simd.block != nullptr ? wide : narrow, narrow, arith, s, RowsOf(dst), simd);
+  // As in the fast form's layout, blocks cover the interior rows only.
+  RunFixed(w, simd.block != nullptr ? wide : narrow, narrow, arith, s, RowsOf(dst), simd, true);
   Free(copy);
 }
 
