@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
-#include <utility>
 
 #include "mirel/filter/alloc_internal.h"
 #include "mirel/foundation/error.h"
@@ -121,11 +120,21 @@ EKernel::EKernel(const EKernel& other)
 }
 
 EKernel& EKernel::operator=(const EKernel& other) {
+  EOk();
   if (this == &other) return *this;
-  EKernel copy(other);
-  if (EGetError() != E_OK) return *this;  // out of memory: this kernel is kept
-  std::swap(Data, copy.Data);
-  std::swap(AllocatedSize, copy.AllocatedSize);
+  float* block = nullptr;
+  if (other.Data != nullptr) {
+    block = Allocate<float>(other.AllocatedSize);
+    if (block == nullptr) {  // out of memory: this kernel is kept as it was
+      ESetError(E_ERROR_OUT_OF_MEMORY);
+      ETraceError("EKernel::operator=");
+      return *this;
+    }
+    if (other.AllocatedSize != 0) std::memcpy(block, other.Data, sizeof(float) * other.AllocatedSize);
+  }
+  Free(Data);
+  Data = block;
+  AllocatedSize = block != nullptr ? other.AllocatedSize : 0;
   SizeX = other.SizeX;
   SizeY = other.SizeY;
   Gain = other.Gain;

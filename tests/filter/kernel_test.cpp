@@ -255,6 +255,12 @@ TEST_F(KernelOutOfMemory, EveryAllocationReportsWithItsLabel) {
   EXPECT_EQ(g.SetSizeY(6), E_ERROR_OUT_OF_MEMORY);
   EXPECT_EQ(Trace(), "EKernel::SetAllocatedSize <- EKernel::SetSizeY");
   EXPECT_EQ(g.SizeY, 3);
+
+  EKernel copy(KERNEL_UNIFORM), sobel(KERNEL_SOBEL_X);
+  FailNext();
+  copy = sobel;
+  EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
+  EXPECT_EQ(copy.Data[4], 1.0f);  // kept as it was
 }
 
 }  // namespace
