@@ -147,9 +147,10 @@ inline Byte FixedPixel(const Window& w, const std::int32_t* coef, const Byte* co
 }
 
 // Runs a fixed-point window over the ROI. `scalarCoef` serves the pixels
-// computed one by one; `blockCoef`, when given, the block stretches. Pixels are produced in row order, reading the
-// source as it is at that moment, so a source that is also the destination
-// sees the pixels already written.
+// computed one by one; `blockCoef`, when given, the block stretches (with
+// frameRowsByPixel, of the interior rows only). Pixels are produced in row
+// order, reading the source as it is at that moment, so a source that is
+// also the destination sees the pixels already written.
 void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_t* blockCoef,
               const FixedArith& a, const Rows<const EBW8>& s, const Rows<EBW8>& d,
               const SimdRoutines& simd, bool frameRowsByPixel) {
