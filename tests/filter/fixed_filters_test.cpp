@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "filter_model.h"
+#include "convolution_model.h"
 #include "mirel/filter/alloc_internal.h"
 #include "test_support.h"
 

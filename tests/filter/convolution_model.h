@@ -1,7 +1,7 @@
 // Reference models of the 8-bit convolutions, written pixel by pixel from
 // the documented arithmetic, and helpers to compare a ROI with them.
-#ifndef MIREL_TESTS_FILTER_FILTER_MODEL_H_
-#define MIREL_TESTS_FILTER_FILTER_MODEL_H_
+#ifndef MIREL_TESTS_FILTER_CONVOLUTION_MODEL_H_
+#define MIREL_TESTS_FILTER_CONVOLUTION_MODEL_H_
 
 #include <algorithm>
 #include <cmath>
@@ -220,4 +220,4 @@ inline std::vector<uint8_t> Expected(const EImage<EBW8>& image, const EROI<EBW8>
 
 }  // namespace model
 
-#endif  // MIREL_TESTS_FILTER_FILTER_MODEL_H_
+#endif  // MIREL_TESTS_FILTER_CONVOLUTION_MODEL_H_
