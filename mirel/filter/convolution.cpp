@@ -16,7 +16,7 @@ namespace mirel {
 namespace filter {
 
 SimdRoutines ActiveRoutines() {
-  SimdRoutines none{nullptr, nullptr, nullptr};
+  SimdRoutines none{nullptr, nullptr, nullptr, nullptr};
   if (EGetMMX() == 0) return none;
 #if defined(MIREL_X86_SIMD)
   const int level = cpu::ActiveSimdLevel();
@@ -253,7 +253,7 @@ void FixedRoutine(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, b
   for (int i = 0; i < w.terms; ++i) coef[i] = TruncToInt32(g * kernel->Data[w.term[i].element] * 32768.0f);
   const FixedArith arith{off, 15, rectifier == 3};
   const bool inPlace = Overlap(src, dst);
-  const SimdRoutines simd = inPlace ? SimdRoutines{nullptr, nullptr, nullptr} : ActiveRoutines();
+  const SimdRoutines simd = inPlace ? SimdRoutines{nullptr, nullptr, nullptr, nullptr} : ActiveRoutines();
   RunFixed(w, coef, coef, arith, RowsOf(static_cast<const EROI<EBW8>*>(src)),
            RowsOf(dst), simd, false);
 }
@@ -304,11 +304,49 @@ inline Byte Rectify(std::int32_t v, std::int64_t mode, std::int64_t add) {
   return static_cast<Byte>(r < 0 ? 0 : (r > 255 ? 255 : r));
 }
 
+// Rectify for a run of sums, with the mode's test taken out of the loop.
+void RectifyRun(const std::int32_t* v, int n, std::int64_t mode, std::int64_t add, Byte* out) {
+  auto clamp = [](std::int64_t r) { return static_cast<Byte>(r < 0 ? 0 : (r > 255 ? 255 : r)); };
+  switch (mode) {
+    case 1:
+      for (int i = 0; i < n; ++i) out[i] = clamp((v[i] <= 0 ? -static_cast<std::int64_t>(v[i]) : 0) + add);
+      break;
+    case 2:
+      for (int i = 0; i < n; ++i) out[i] = clamp((v[i] >= 0 ? static_cast<std::int64_t>(v[i]) : 0) + add);
+      break;
+    case 3:
+      for (int i = 0; i < n; ++i) {
+        const std::int64_t r = v[i];
+        out[i] = clamp((r < 0 ? -r : r) + add);
+      }
+      break;
+    default:
+      for (int i = 0; i < n; ++i) out[i] = clamp(static_cast<std::int64_t>(v[i]) + add);
+      break;
+  }
+}
+
 void FloatPath(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   const int sx = kernel->SizeX, sy = kernel->SizeY;
   const int count = sx * sy;
+  const Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
+  const Rows<EBW8> d = RowsOf(dst);
+  const int width = s.width, height = s.height;
+  // Blocks only when the source is not being overwritten: in place, each
+  // pixel reads the pixels written before it.
+  const SimdRoutines simd = Overlap(src, dst) ? SimdRoutines{nullptr, nullptr, nullptr, nullptr}
+                                              : ActiveRoutines();
   float* k = Allocate<float>(static_cast<std::size_t>(count));
-  if (k == nullptr) {
+  std::int32_t* sums = nullptr;
+  const Byte** rowPtrs = nullptr;
+  if (k != nullptr && simd.floatRow != nullptr) {
+    sums = Allocate<std::int32_t>(static_cast<std::size_t>(width));
+    rowPtrs = Allocate<const Byte*>(static_cast<std::size_t>(sy));
+  }
+  if (k == nullptr || (simd.floatRow != nullptr && (sums == nullptr || rowPtrs == nullptr))) {
+    Free(k);
+    Free(sums);
+    Free(rowPtrs);
     ESetError(E_ERROR_OUT_OF_MEMORY);
     return;
   }
@@ -318,10 +356,6 @@ void FloatPath(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   const std::int64_t offset = kernel->Offset;
   const std::int64_t rectifier = kernel->Rectifier;
 
-  // Reads through the source rows as they are when each pixel is computed.
-  const Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
-  const Rows<EBW8> d = RowsOf(dst);
-  const int width = s.width, height = s.height;
   auto at = [&](int x, int y) -> double {
     if (x < 0 || y < 0 || x >= width || y >= height) return outside;
     return static_cast<double>(reinterpret_cast<const Byte*>(s.Row(y))[x]);
@@ -343,35 +377,51 @@ void FloatPath(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
     }
     reinterpret_cast<Byte*>(d.Row(y))[x] = Rectify(TruncToInt32(sum), rectifier, offset);
   };
+  // Pixels x0..x1-1 of row y, by blocks where the whole window lies inside.
+  auto span = [&](int y, int x0, int x1) {
+    int x = x0;
+    const int in0 = ax, in1 = width - sx + ax + 1;  // windows inside: [in0, in1)
+    const bool rowInside = y - ay >= 0 && y - ay + sy <= height;
+    if (sums != nullptr && rowInside && sx > 0 && sy > 0) {
+      const int b0 = x0 > in0 ? x0 : in0, b1 = x1 < in1 ? x1 : in1;
+      if (b1 > b0) {
+        for (; x < b0; ++x) general(x, y);
+        for (int ky = 0; ky < sy; ++ky)
+          rowPtrs[ky] = reinterpret_cast<const Byte*>(s.Row(y - ay + ky)) + (b0 - ax);
+        const int done = simd.floatRow(k, sx, sy, rowPtrs, b1 - b0, sums);
+        RectifyRun(sums, done, rectifier, offset, reinterpret_cast<Byte*>(d.Row(y)) + b0);
+        x = b0 + done;
+      }
+    }
+    for (; x < x1; ++x) general(x, y);
+  };
 
   if (sx != 3 || sy != 3) {
-    for (int y = 0; y < height; ++y)
-      for (int x = 0; x < width; ++x) general(x, y);
-    Free(k);
-    return;
-  }
-
-  // 3x3: the interior first, then the frame from the upper left.
-  for (int y = 1; y < height - 1; ++y)
-    for (int x = 1; x < width - 1; ++x) general(x, y);
-  // On the frame the pixel below the centre meets the coefficient right of
-  // the centre, and the offset and the rectifier trade places.
-  static const int kFrameCoef[9] = {0, 1, 2, 3, 4, 5, 6, 5, 8};
-  auto frame = [&](int x, int y) {
-    double sum = 0.0;
-    for (int i = 0; i < 9; ++i)
-      sum += static_cast<double>(k[kFrameCoef[i]]) * at(x + i % 3 - 1, y + i / 3 - 1);
-    reinterpret_cast<Byte*>(d.Row(y))[x] = Rectify(TruncToInt32(sum), offset, rectifier);
-  };
-  for (int y = 0; y < height; ++y) {
-    if (y == 0 || y == height - 1) {
-      for (int x = 0; x < width; ++x) frame(x, y);
-    } else {
-      frame(0, y);
-      if (width > 1) frame(width - 1, y);
+    for (int y = 0; y < height; ++y) span(y, 0, width);
+  } else {
+    // 3x3: the interior first, then the frame from the upper left.
+    for (int y = 1; y < height - 1; ++y) span(y, 1, width - 1);
+    // On the frame the pixel below the centre meets the coefficient right of
+    // the centre, and the offset and the rectifier trade places.
+    static const int kFrameCoef[9] = {0, 1, 2, 3, 4, 5, 6, 5, 8};
+    auto frame = [&](int x, int y) {
+      double sum = 0.0;
+      for (int i = 0; i < 9; ++i)
+        sum += static_cast<double>(k[kFrameCoef[i]]) * at(x + i % 3 - 1, y + i / 3 - 1);
+      reinterpret_cast<Byte*>(d.Row(y))[x] = Rectify(TruncToInt32(sum), offset, rectifier);
+    };
+    for (int y = 0; y < height; ++y) {
+      if (y == 0 || y == height - 1) {
+        for (int x = 0; x < width; ++x) frame(x, y);
+      } else {
+        frame(0, y);
+        if (width > 1) frame(width - 1, y);
+      }
     }
   }
   Free(k);
+  Free(sums);
+  Free(rowPtrs);
 }
 
 // Sizes that the table can hold.

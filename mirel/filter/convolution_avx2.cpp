@@ -2,6 +2,7 @@
 #include <immintrin.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "mirel/filter/convolution_blocks_internal.h"
 
@@ -40,6 +41,21 @@ struct Isa {
   static void StoreU8FromU16(std::uint8_t* p, V v) {
     const V b = _mm256_permute4x64_epi64(_mm256_packus_epi16(v, v), 0x08);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(b));
+  }
+  // Doubles: four pixels per vector.
+  using VD = __m256d;
+  static constexpr int kDoubles = 4;
+  static VD ZeroD() { return _mm256_setzero_pd(); }
+  static VD Set1D(double v) { return _mm256_set1_pd(v); }
+  static VD AddD(VD a, VD b) { return _mm256_add_pd(a, b); }
+  static VD MulD(VD a, VD b) { return _mm256_mul_pd(a, b); }
+  static VD LoadBytesD(const std::uint8_t* p) {
+    std::int32_t four;
+    std::memcpy(&four, p, 4);
+    return _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(four)));
+  }
+  static void StoreTrunc(std::int32_t* p, VD v) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvttpd_epi32(v));
   }
 };
 

@@ -2,6 +2,7 @@
 #include <immintrin.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "mirel/filter/convolution_blocks_internal.h"
 
@@ -40,6 +41,19 @@ struct Isa {
   }
   static void StoreU8FromU16(std::uint8_t* p, V v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvtepi16_epi8(0xFFFFFFFFu, v));
+  }
+  // Doubles: eight pixels per vector.
+  using VD = __m512d;
+  static constexpr int kDoubles = 8;
+  static VD ZeroD() { return _mm512_setzero_pd(); }
+  static VD Set1D(double v) { return _mm512_set1_pd(v); }
+  static VD AddD(VD a, VD b) { return _mm512_add_pd(a, b); }
+  static VD MulD(VD a, VD b) { return _mm512_mul_pd(a, b); }
+  static VD LoadBytesD(const std::uint8_t* p) {
+    return _mm512_maskz_cvtepi32_pd(0xFF, _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+  }
+  static void StoreTrunc(std::int32_t* p, VD v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvttpd_epi32(0xFF, v));
   }
 };
 

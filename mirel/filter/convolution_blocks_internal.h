@@ -205,9 +205,35 @@ int Vertical(FixedFilter kind, const std::uint16_t* const* r, int width, std::ui
   return x;
 }
 
+// Four vectors of doubles per step keep four independent chains of sums.
+template <class Isa>
+int FloatRow(const float* k, int sx, int sy, const std::uint8_t* const* rows, int count,
+             std::int32_t* out) {
+  using D = typename Isa::VD;
+  constexpr int L = Isa::kDoubles;
+  return Blocks<4 * L>(0, count, [&](int i) {
+    D a0 = Isa::ZeroD(), a1 = a0, a2 = a0, a3 = a0;
+    for (int ky = 0; ky < sy; ++ky) {
+      const std::uint8_t* p = rows[ky] + i;
+      const float* kr = k + sx * ky;
+      for (int kx = 0; kx < sx; ++kx) {
+        const D c = Isa::Set1D(static_cast<double>(kr[kx]));
+        a0 = Isa::AddD(a0, Isa::MulD(c, Isa::LoadBytesD(p + kx)));
+        a1 = Isa::AddD(a1, Isa::MulD(c, Isa::LoadBytesD(p + kx + L)));
+        a2 = Isa::AddD(a2, Isa::MulD(c, Isa::LoadBytesD(p + kx + 2 * L)));
+        a3 = Isa::AddD(a3, Isa::MulD(c, Isa::LoadBytesD(p + kx + 3 * L)));
+      }
+    }
+    Isa::StoreTrunc(out + i, a0);
+    Isa::StoreTrunc(out + i + L, a1);
+    Isa::StoreTrunc(out + i + 2 * L, a2);
+    Isa::StoreTrunc(out + i + 3 * L, a3);
+  });
+}
+
 template <class Isa>
 SimdRoutines Routines() {
-  return SimdRoutines{&BlockRow<Isa>, &Horizontal<Isa>, &Vertical<Isa>};
+  return SimdRoutines{&BlockRow<Isa>, &Horizontal<Isa>, &Vertical<Isa>, &FloatRow<Isa>};
 }
 
 }  // namespace blocks

@@ -71,10 +71,20 @@ using HorizontalFn = int (*)(FixedFilter kind, const std::uint8_t* padded, int w
 using VerticalFn = int (*)(FixedFilter kind, const std::uint16_t* const* rows, int width,
                            std::uint8_t* dst);
 
+// The floating-point window sum by blocks of pixels, one pixel per lane, each
+// lane adding its products in the table's order (so the sums are those of
+// the pixel-by-pixel code: every product of a float and a byte is exact in
+// double precision). rows[ky] + i is the window's upper-left pixel on row ky
+// for output i; out[i] receives the sum truncated to int32 (INT32_MIN when
+// out of range). Returns the first i not done.
+using FloatRowFn = int (*)(const float* k, int sx, int sy, const std::uint8_t* const* rows,
+                           int count, std::int32_t* out);
+
 struct SimdRoutines {
   BlockRowFn block;
   HorizontalFn horizontal;
   VerticalFn vertical;
+  FloatRowFn floatRow;
 };
 
 #if defined(MIREL_X86_SIMD)

@@ -3,6 +3,7 @@
 #include <emmintrin.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "mirel/filter/convolution_blocks_internal.h"
 
@@ -42,6 +43,23 @@ struct Isa {
   }
   static void StoreU8FromU16(std::uint8_t* p, V v) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(v, v));
+  }
+  // Doubles: two pixels per vector.
+  using VD = __m128d;
+  static constexpr int kDoubles = 2;
+  static VD ZeroD() { return _mm_setzero_pd(); }
+  static VD Set1D(double v) { return _mm_set1_pd(v); }
+  static VD AddD(VD a, VD b) { return _mm_add_pd(a, b); }
+  static VD MulD(VD a, VD b) { return _mm_mul_pd(a, b); }
+  static VD LoadBytesD(const std::uint8_t* p) {
+    std::uint16_t two;
+    std::memcpy(&two, p, 2);
+    const __m128i b = _mm_cvtsi32_si128(two);
+    const __m128i z = _mm_setzero_si128();
+    return _mm_cvtepi32_pd(_mm_unpacklo_epi16(_mm_unpacklo_epi8(b, z), z));
+  }
+  static void StoreTrunc(std::int32_t* p, VD v) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_cvttpd_epi32(v));
   }
 };
 
