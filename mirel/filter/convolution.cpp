@@ -16,7 +16,7 @@ namespace mirel {
 namespace filter {
 
 SimdRoutines ActiveRoutines() {
-  SimdRoutines none{nullptr, nullptr, nullptr, nullptr};
+  SimdRoutines none{};
   if (EGetMMX() == 0) return none;
 #if defined(MIREL_X86_SIMD)
   const int level = cpu::ActiveSimdLevel();
@@ -210,6 +210,117 @@ void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_
   }
 }
 
+// In place on one ROI, by blocks where that gives the same bytes. A pixel of
+// row y reads final rows above, its own row as it is being written and
+// original rows below; only the taps on its own row see pixels written
+// earlier in the row. So for the rows between the first and the last (where
+// no tap clamps onto the row itself) the taps of the other rows are summed
+// by blocks before the row is touched, and the row's own taps are added
+// pixel by pixel in order. Sums wrap at 32 bits, so the grouping is exact.
+// Returns false when the row buffer is not to be had.
+bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith& a,
+                     const Rows<EBW8>& img, const SimdRoutines& simd) {
+  const int r = w.radius;
+  const int width = img.width, height = img.height;
+  // The window split by rows: taps off the centre row (for the blocks) and
+  // taps on it, each with the coefficient of its term.
+  Window off, own;
+  off.radius = own.radius = r;
+  off.terms = own.terms = 0;
+  std::int32_t offCoef[49], ownCoef[49];
+  for (int i = 0; i < w.terms; ++i) {
+    Term o{}, c{};
+    o.element = c.element = w.term[i].element;
+    for (int k = 0; k < w.term[i].taps; ++k) {
+      Term& t = w.term[i].dy[k] != 0 ? o : c;
+      t.dx[t.taps] = w.term[i].dx[k];
+      t.dy[t.taps] = w.term[i].dy[k];
+      ++t.taps;
+    }
+    if (o.taps > 0) {
+      offCoef[off.terms] = coef[i];
+      off.term[off.terms++] = o;
+    }
+    if (c.taps > 0) {
+      ownCoef[own.terms] = coef[i];
+      own.term[own.terms++] = c;
+    }
+  }
+  std::int32_t* sums = Allocate<std::int32_t>(static_cast<std::size_t>(width));
+  if (sums == nullptr) return false;
+
+  BlockJob job;
+  job.pairs = (off.terms + 1) / 2;
+  job.singleTaps = true;
+  int taps = 0;
+  for (int i = 0; i < 2 * job.pairs; ++i) {
+    if (i < off.terms) {
+      taps += off.term[i].taps;
+      job.singleTaps = job.singleTaps && off.term[i].taps == 1;
+    }
+    job.termEnd[i] = taps;
+  }
+  std::uint16_t lo[kMaxTerms] = {}, hi[kMaxTerms] = {};
+  job.wide = false;
+  for (int i = 0; i < off.terms; ++i) {
+    const std::uint32_t k = static_cast<std::uint32_t>(offCoef[i]);
+    lo[i] = static_cast<std::uint16_t>(k & 0xffffu);
+    const std::uint32_t loSigned =
+        static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<std::int16_t>(lo[i])));
+    hi[i] = static_cast<std::uint16_t>((k - loSigned) >> 16);
+    job.wide = job.wide || hi[i] != 0;
+  }
+  for (int p = 0; p < job.pairs; ++p) {
+    job.pairCoef[p] = static_cast<std::int32_t>(lo[2 * p] | (static_cast<std::uint32_t>(lo[2 * p + 1]) << 16));
+    job.pairCoefHi[p] = static_cast<std::int32_t>(hi[2 * p] | (static_cast<std::uint32_t>(hi[2 * p + 1]) << 16));
+  }
+  job.offset = static_cast<std::int32_t>(a.offset);
+  job.shift = a.shift;
+  job.absolute = a.absolute;
+
+  const Byte* rows[7];
+  for (int y = 0; y < height; ++y) {
+    for (int j = 0; j <= 2 * r; ++j)
+      rows[j] = reinterpret_cast<const Byte*>(img.Row(Clamp(y + j - r, 0, height - 1)));
+    Byte* out = reinterpret_cast<Byte*>(img.Row(y));
+    if (y == 0 || y == height - 1 || width <= 2 * r) {
+      for (int x = 0; x < width; ++x) out[x] = FixedPixel<true>(w, coef, rows, x, width, a);
+      continue;
+    }
+    // Sums over the other rows, offset included, for the whole row.
+    auto offSum = [&](int x) {
+      std::uint32_t acc = a.offset;
+      for (int i = 0; i < off.terms; ++i) {
+        const Term& t = off.term[i];
+        std::uint32_t s = 0;
+        for (int k = 0; k < t.taps; ++k) s += rows[t.dy[k] + r][Clamp(x + t.dx[k], 0, width - 1)];
+        acc += static_cast<std::uint32_t>(offCoef[i]) * s;
+      }
+      return static_cast<std::int32_t>(acc);
+    };
+    for (int x = 0; x < r; ++x) sums[x] = offSum(x);
+    int t = 0;
+    for (int i = 0; i < off.terms; ++i)
+      for (int k = 0; k < off.term[i].taps; ++k)
+        job.taps[t++] = rows[off.term[i].dy[k] + r] + r + off.term[i].dx[k];
+    int x = r + simd.sums(job, 0, width - 2 * r, sums + r);
+    for (; x < width; ++x) sums[x] = offSum(x);
+    // The row's own taps, pixel by pixel over the row as it is written.
+    for (x = 0; x < width; ++x) {
+      std::uint32_t acc = static_cast<std::uint32_t>(sums[x]);
+      for (int i = 0; i < own.terms; ++i) {
+        const Term& c = own.term[i];
+        std::uint32_t s = 0;
+        for (int k = 0; k < c.taps; ++k) s += out[Clamp(x + c.dx[k], 0, width - 1)];
+        acc += static_cast<std::uint32_t>(ownCoef[i]) * s;
+      }
+      out[x] = Finish(acc, a);
+    }
+  }
+  Free(sums);
+  return true;
+}
+
 // True when two ROIs of one image share pixels.
 bool Overlap(const EROI<EBW8>* a, const EROI<EBW8>* b) {
   if (!SameImage(a, b)) return false;
@@ -253,7 +364,12 @@ void FixedRoutine(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, b
   for (int i = 0; i < w.terms; ++i) coef[i] = TruncToInt32(g * kernel->Data[w.term[i].element] * 32768.0f);
   const FixedArith arith{off, 15, rectifier == 3};
   const bool inPlace = Overlap(src, dst);
-  const SimdRoutines simd = inPlace ? SimdRoutines{nullptr, nullptr, nullptr, nullptr} : ActiveRoutines();
+  if (inPlace && src->GetTotalOrgX() == dst->GetTotalOrgX() &&
+      src->GetTotalOrgY() == dst->GetTotalOrgY()) {
+    const SimdRoutines simd = ActiveRoutines();
+    if (simd.sums != nullptr && RunFixedInPlace(w, coef, arith, RowsOf(dst), simd)) return;
+  }
+  const SimdRoutines simd = inPlace ? SimdRoutines{} : ActiveRoutines();
   RunFixed(w, coef, coef, arith, RowsOf(static_cast<const EROI<EBW8>*>(src)),
            RowsOf(dst), simd, false);
 }
@@ -334,7 +450,7 @@ void FloatPath(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   const int width = s.width, height = s.height;
   // Blocks only when the source is not being overwritten: in place, each
   // pixel reads the pixels written before it.
-  const SimdRoutines simd = Overlap(src, dst) ? SimdRoutines{nullptr, nullptr, nullptr, nullptr}
+  const SimdRoutines simd = Overlap(src, dst) ? SimdRoutines{}
                                               : ActiveRoutines();
   float* k = Allocate<float>(static_cast<std::size_t>(count));
   std::int32_t* sums = nullptr;

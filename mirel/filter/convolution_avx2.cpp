@@ -42,6 +42,11 @@ struct Isa {
     const V b = _mm256_permute4x64_epi64(_mm256_packus_epi16(v, v), 0x08);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(b));
   }
+  // lo holds pixels 0-3 and 8-11, hi 4-7 and 12-15.
+  static void StoreSums(std::int32_t* p, V lo, V hi) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_permute2x128_si256(lo, hi, 0x20));
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 8), _mm256_permute2x128_si256(lo, hi, 0x31));
+  }
   // Doubles: four pixels per vector.
   using VD = __m256d;
   static constexpr int kDoubles = 4;

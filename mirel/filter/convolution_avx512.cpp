@@ -42,6 +42,13 @@ struct Isa {
   static void StoreU8FromU16(std::uint8_t* p, V v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvtepi16_epi8(0xFFFFFFFFu, v));
   }
+  // lo holds pixels 0-3, 8-11, 16-19, 24-27 and hi the groups between.
+  static void StoreSums(std::int32_t* p, V lo, V hi) {
+    const V a = _mm512_maskz_shuffle_i64x2(0xFF, lo, hi, 0x44);  // lo0 lo1 hi0 hi1
+    const V b = _mm512_maskz_shuffle_i64x2(0xFF, lo, hi, 0xEE);  // lo2 lo3 hi2 hi3
+    _mm512_storeu_si512(p, _mm512_maskz_shuffle_i64x2(0xFF, a, a, 0xD8));       // lo0 hi0 lo1 hi1
+    _mm512_storeu_si512(p + 16, _mm512_maskz_shuffle_i64x2(0xFF, b, b, 0xD8));  // lo2 hi2 lo3 hi3
+  }
   // Doubles: eight pixels per vector.
   using VD = __m512d;
   static constexpr int kDoubles = 8;

@@ -32,14 +32,13 @@ inline int Blocks(int x0, int x1, F&& one) {
 
 // One block: every pair of terms meets its coefficient pair in a
 // multiply-add; with kWide the upper halves of the coefficients go through a
-// second set of sums that is shifted up by 16 bits at the end.
-template <class Isa, bool kSingle, bool kWide>
-int BlockRowOf(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
+// second set of sums that is shifted up by 16 bits at the end. The two
+// halves of 32-bit sums go to `sink(lo, hi, x)`.
+template <class Isa, bool kSingle, bool kWide, class Sink>
+int BlockSumsOf(const BlockJob& job, int x0, int x1, Sink&& sink) {
   using V = typename Isa::V;
   constexpr int B = Isa::kBlock;
   const V offset = Isa::Set1_32(job.offset);
-  const int shift = job.shift;
-  const bool absolute = job.absolute;
   const int taps = job.termEnd[2 * job.pairs - 1];
   const int fullPairs = taps / 2;
   return Blocks<B>(x0, x1, [&](int x) {
@@ -74,6 +73,25 @@ int BlockRowOf(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
       lo = Isa::Add32(lo, Isa::template Slli32<16>(lo2));
       hi = Isa::Add32(hi, Isa::template Slli32<16>(hi2));
     }
+    sink(lo, hi, x);
+  });
+}
+
+template <class Isa, class Sink>
+int BlockSumsAny(const BlockJob& job, int x0, int x1, Sink&& sink) {
+  if (job.singleTaps)
+    return job.wide ? BlockSumsOf<Isa, true, true>(job, x0, x1, sink)
+                    : BlockSumsOf<Isa, true, false>(job, x0, x1, sink);
+  return job.wide ? BlockSumsOf<Isa, false, true>(job, x0, x1, sink)
+                  : BlockSumsOf<Isa, false, false>(job, x0, x1, sink);
+}
+
+template <class Isa>
+int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
+  using V = typename Isa::V;
+  const int shift = job.shift;
+  const bool absolute = job.absolute;
+  return BlockSumsAny<Isa>(job, x0, x1, [&](V lo, V hi, int x) {
     lo = Isa::Sra32(lo, shift);
     hi = Isa::Sra32(hi, shift);
     if (absolute) {
@@ -84,13 +102,11 @@ int BlockRowOf(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
   });
 }
 
+// The raw 32-bit sums, in pixel order.
 template <class Isa>
-int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
-  if (job.singleTaps)
-    return job.wide ? BlockRowOf<Isa, true, true>(job, x0, x1, dst)
-                    : BlockRowOf<Isa, true, false>(job, x0, x1, dst);
-  return job.wide ? BlockRowOf<Isa, false, true>(job, x0, x1, dst)
-                  : BlockRowOf<Isa, false, false>(job, x0, x1, dst);
+int BlockSums(const BlockJob& job, int x0, int x1, std::int32_t* out) {
+  using V = typename Isa::V;
+  return BlockSumsAny<Isa>(job, x0, x1, [&](V lo, V hi, int x) { Isa::StoreSums(out + x, lo, hi); });
 }
 
 // Horizontal sums of the separable filters: at most 16 * 255 (Gaussian 5),
@@ -233,7 +249,8 @@ int FloatRow(const float* k, int sx, int sy, const std::uint8_t* const* rows, in
 
 template <class Isa>
 SimdRoutines Routines() {
-  return SimdRoutines{&BlockRow<Isa>, &Horizontal<Isa>, &Vertical<Isa>, &FloatRow<Isa>};
+  return SimdRoutines{&BlockRow<Isa>, &BlockSums<Isa>, &Horizontal<Isa>, &Vertical<Isa>,
+                      &FloatRow<Isa>};
 }
 
 }  // namespace blocks

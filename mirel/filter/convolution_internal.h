@@ -60,6 +60,8 @@ struct BlockJob {
 // taps[t] + x is the pixel of tap t for output x, and dst + x its output;
 // every tap read up to x1 - 1 must lie in its row.
 using BlockRowFn = int (*)(const BlockJob& job, int x0, int x1, std::uint8_t* dst);
+// The same window sums before the shift: out[x] = v for x in [x0, x1).
+using BlockSumsFn = int (*)(const BlockJob& job, int x0, int x1, std::int32_t* out);
 
 // The separable fixed filters by blocks: a horizontal pass from a row padded
 // with its replicated border (r pixels each side) into 16-bit sums, and a
@@ -82,6 +84,7 @@ using FloatRowFn = int (*)(const float* k, int sx, int sy, const std::uint8_t* c
 
 struct SimdRoutines {
   BlockRowFn block;
+  BlockSumsFn sums;
   HorizontalFn horizontal;
   VerticalFn vertical;
   FloatRowFn floatRow;

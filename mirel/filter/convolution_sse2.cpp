@@ -44,6 +44,10 @@ struct Isa {
   static void StoreU8FromU16(std::uint8_t* p, V v) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(v, v));
   }
+  static void StoreSums(std::int32_t* p, V lo, V hi) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), lo);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 4), hi);
+  }
   // Doubles: two pixels per vector.
   using VD = __m128d;
   static constexpr int kDoubles = 2;
