@@ -127,6 +127,84 @@ bool Separable(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>
   return true;
 }
 
+// In place on one ROI. A pixel of row y reads final rows above, its own row
+// as it is being written and original rows below. Rows other than its own
+// are combined from their horizontal sums (those of the rows above taken
+// again once they are final); only the row's own part goes pixel by pixel.
+// The first and last rows, where taps clamp onto the row itself, go pixel by
+// pixel entirely. False when the buffers are not to be had.
+bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& simd) {
+  const int r = f.radius, n = 2 * r + 1, width = img.width, height = img.height;
+  const std::size_t w = static_cast<std::size_t>(width);
+  Byte* padded = Allocate<Byte>(w + 2 * r);
+  std::uint16_t* ring = Allocate<std::uint16_t>(w * n);
+  std::uint32_t* partial = Allocate<std::uint32_t>(w);
+  if (padded == nullptr || ring == nullptr || partial == nullptr) {
+    Free(padded);
+    Free(ring);
+    Free(partial);
+    return false;
+  }
+  auto slot = [&](int row) { return ring + w * static_cast<std::size_t>(row % n); };
+  auto horizontal = [&](int row) {
+    const Byte* src = reinterpret_cast<const Byte*>(img.Row(row));
+    std::memcpy(padded + r, src, w);
+    for (int i = 0; i < r; ++i) {
+      padded[i] = src[0];
+      padded[r + width + i] = src[width - 1];
+    }
+    std::uint16_t* h = slot(row);
+    int x = simd.horizontal(f.kind, padded, width, h);
+    for (; x < width; ++x) {
+      std::uint32_t sum = 0;
+      for (int i = 0; i < n; ++i) sum += static_cast<std::uint32_t>(f.weight[i]) * padded[x + i];
+      h[x] = static_cast<std::uint16_t>(sum);
+    }
+  };
+  const Rows<const EBW8> view{img.base, img.pitch, img.width, img.height};
+  const Byte* rows[7];
+  int computed = -1;
+  for (int y = 0; y < height; ++y) {
+    const int need = y + r < height - 1 ? y + r : height - 1;
+    while (computed < need) horizontal(++computed);  // rows not yet written
+    Byte* out = reinterpret_cast<Byte*>(img.Row(y));
+    if (y == 0 || y == height - 1) {
+      for (int j = 0; j < n; ++j)
+        rows[j] = reinterpret_cast<const Byte*>(view.Row(Clamp(y + j - r, 0, height - 1)));
+      int x = 0;
+      for (; x < r && x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
+      for (; x < width - r; ++x) out[x] = DirectPixel<false>(f, rows, x, width);
+      for (; x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
+    } else {
+      std::memset(partial, 0, w * sizeof(std::uint32_t));
+      for (int j = 0; j < n; ++j) {
+        if (j == r) continue;
+        const std::uint16_t* h = slot(Clamp(y + j - r, 0, height - 1));
+        const std::uint32_t wj = static_cast<std::uint32_t>(f.weight[j]);
+        for (int x = 0; x < width; ++x) partial[x] += wj * h[x];
+      }
+      const std::uint32_t wc = static_cast<std::uint32_t>(f.weight[r]);
+      auto ownPart = [&](int x, bool clamp) {
+        std::uint32_t own = 0;
+        for (int i = 0; i < n; ++i) {
+          const int xx = clamp ? Clamp(x + i - r, 0, width - 1) : x + i - r;
+          own += static_cast<std::uint32_t>(f.weight[i]) * out[xx];
+        }
+        out[x] = Scale(f.kind, partial[x] + wc * own);
+      };
+      int x = 0;
+      for (; x < r && x < width; ++x) ownPart(x, true);
+      for (; x < width - r; ++x) ownPart(x, false);
+      for (; x < width; ++x) ownPart(x, true);
+    }
+    horizontal(y);  // row y is final now
+  }
+  Free(padded);
+  Free(ring);
+  Free(partial);
+  return true;
+}
+
 bool Overlap(const EROI<EBW8>* a, const EROI<EBW8>* b) {
   if (!SameImage(a, b)) return false;
   const int ax = a->GetTotalOrgX(), ay = a->GetTotalOrgY();
@@ -142,7 +220,14 @@ void RunFilter(FixedFilter kind, EROI<EBW8>* src, EROI<EBW8>* dst, const char* l
   const Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
   const Rows<EBW8> d = RowsOf(dst);
   const SimdRoutines simd = ActiveRoutines();
-  if (simd.horizontal != nullptr && !Overlap(src, dst) && Separable(f, s, d, simd)) return;
+  if (simd.horizontal != nullptr) {
+    if (!Overlap(src, dst)) {
+      if (Separable(f, s, d, simd)) return;
+    } else if (src->GetTotalOrgX() == dst->GetTotalOrgX() &&
+               src->GetTotalOrgY() == dst->GetTotalOrgY()) {
+      if (InPlace(f, d, simd)) return;
+    }
+  }
   Direct(f, s, d);
 }
 

@@ -38,6 +38,8 @@ template std::int16_t* Allocate<std::int16_t>(std::size_t);
 template void Free<std::int16_t>(std::int16_t*);
 template std::uint16_t* Allocate<std::uint16_t>(std::size_t);
 template void Free<std::uint16_t>(std::uint16_t*);
+template std::uint32_t* Allocate<std::uint32_t>(std::size_t);
+template void Free<std::uint32_t>(std::uint32_t*);
 template std::int32_t* Allocate<std::int32_t>(std::size_t);
 template void Free<std::int32_t>(std::int32_t*);
 template const unsigned char** Allocate<const unsigned char*>(std::size_t);
