@@ -77,8 +77,46 @@ int BlockSumsOf(const BlockJob& job, int x0, int x1, Sink&& sink) {
   });
 }
 
+// The common plain windows (one pixel per term, coefficients within 16
+// bits) with the tap count known to the compiler: pointers and coefficient
+// pairs stay in registers and the pair loop unrolls.
+template <class Isa, int N, class Sink>
+int BlockSumsOfN(const BlockJob& job, int x0, int x1, Sink&& sink) {
+  using V = typename Isa::V;
+  constexpr int B = Isa::kBlock;
+  constexpr int P = (N + 1) / 2;
+  const V offset = Isa::Set1_32(job.offset);
+  const std::uint8_t* t[N];
+  for (int i = 0; i < N; ++i) t[i] = job.taps[i];
+  V c[P];
+  for (int p = 0; p < P; ++p) c[p] = Isa::Set1_32(job.pairCoef[p]);
+  return Blocks<B>(x0, x1, [&](int x) {
+    V lo = offset, hi = offset;
+#pragma GCC unroll 32
+    for (int p = 0; p < N / 2; ++p) {
+      const V a = Isa::Load8(t[2 * p] + x), b = Isa::Load8(t[2 * p + 1] + x);
+      lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, b), c[p]));
+      hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, b), c[p]));
+    }
+    if (N & 1) {
+      const V a = Isa::Load8(t[N - 1] + x), z = Isa::Zero();
+      lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, z), c[P - 1]));
+      hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, z), c[P - 1]));
+    }
+    sink(lo, hi, x);
+  });
+}
+
 template <class Isa, class Sink>
 int BlockSumsAny(const BlockJob& job, int x0, int x1, Sink&& sink) {
+  if (job.singleTaps && !job.wide) {
+    switch (job.termEnd[2 * job.pairs - 1]) {
+      case 9: return BlockSumsOfN<Isa, 9>(job, x0, x1, sink);
+      case 25: return BlockSumsOfN<Isa, 25>(job, x0, x1, sink);
+      case 49: return BlockSumsOfN<Isa, 49>(job, x0, x1, sink);
+      default: break;
+    }
+  }
   if (job.singleTaps)
     return job.wide ? BlockSumsOf<Isa, true, true>(job, x0, x1, sink)
                     : BlockSumsOf<Isa, true, false>(job, x0, x1, sink);
