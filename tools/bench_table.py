@@ -19,7 +19,7 @@ def main():
     rows = {}
     order = []
     for b in data["benchmarks"]:
-        name = b["name"]
+        name = b["name"].replace("/real_time", "")
         row, _, side = name.rpartition("/")
         side = side.split("/")[0]
         if row not in rows:

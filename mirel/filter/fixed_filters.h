@@ -1,7 +1,34 @@
-// Placeholder: filled in by the work that builds this family.
+// Fixed 5x5 and 7x7 smoothing filters on 8-bit regions of interest.
+//
+// Window coordinates are clamped to the ROI (the nearest pixel is
+// replicated), also when the ROI is smaller than the window; nothing outside
+// the ROI is read. With s the 32-bit window sum:
+//
+//   ImgConvolUniform5x5    weights 1                         (s * 335544) >> 23
+//   ImgConvolUniform7x7    weights 1                         (s * 171196) >> 23
+//   ImgConvolGaussian5x5   1 4 6 4 1 times itself            s >> 8
+//   ImgConvolGaussian7x7   1 6 15 20 15 6 1 times itself     s >> 12
+//
+// The uniform multipliers are rounded down, so a flat 255 gives 254; the
+// Gaussians keep a flat image. With src and dst on the same pixels the
+// filters read what they have already written (rows above, pixels to the
+// left), as a pixel-by-pixel pass in row order does.
+//
+// Errors: void src (1400), then dst not the size of src (1403; 1400 when dst
+// is void). A failure writes nothing.
 #ifndef MIREL_FILTER_FIXED_FILTERS_H_
 #define MIREL_FILTER_FIXED_FILTERS_H_
 
+#include "mirel/foundation/export.h"
 #include "mirel/foundation/image.h"
+
+// Label "ConvolUniform5x5".
+MIREL_API void ImgConvolUniform5x5(EROI<EBW8>* src, EROI<EBW8>* dst);
+// Label "ConvolGaussian5x5".
+MIREL_API void ImgConvolGaussian5x5(EROI<EBW8>* src, EROI<EBW8>* dst);
+// Label "ImgConvolUniform7x7".
+MIREL_API void ImgConvolUniform7x7(EROI<EBW8>* src, EROI<EBW8>* dst);
+// Label "ImgConvolGaussian7x7".
+MIREL_API void ImgConvolGaussian7x7(EROI<EBW8>* src, EROI<EBW8>* dst);
 
 #endif  // MIREL_FILTER_FIXED_FILTERS_H_

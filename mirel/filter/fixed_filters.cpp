@@ -1,0 +1,249 @@
+// The fixed 5x5 and 7x7 uniform and Gaussian filters.
+//
+// Two forms give the same bytes. The direct form computes each pixel from
+// its whole window in row order, reading the source as it is at that moment
+// (which is what a source shared with the destination sees). The separable
+// form, used on the fast path when source and destination do not share
+// pixels, sums each source row once horizontally into 16-bit row buffers and
+// then combines 2r + 1 of them vertically; integer sums regroup exactly.
+#include "mirel/filter/fixed_filters.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "mirel/filter/alloc_internal.h"
+#include "mirel/filter/convolution_internal.h"
+#include "mirel/foundation/frame_internal.h"
+
+namespace mirel {
+namespace filter {
+namespace {
+
+using Byte = std::uint8_t;
+
+struct FilterShape {
+  FixedFilter kind;
+  int radius;
+  int weight[7];  // one-dimensional weights; the window weight is their product
+};
+
+const FilterShape& Shape(FixedFilter kind) {
+  static const FilterShape kShapes[4] = {
+      {FixedFilter::kUniform5, 2, {1, 1, 1, 1, 1, 0, 0}},
+      {FixedFilter::kGaussian5, 2, {1, 4, 6, 4, 1, 0, 0}},
+      {FixedFilter::kUniform7, 3, {1, 1, 1, 1, 1, 1, 1}},
+      {FixedFilter::kGaussian7, 3, {1, 6, 15, 20, 15, 6, 1}},
+  };
+  return kShapes[static_cast<int>(kind)];
+}
+
+inline int Clamp(int v, int lo, int hi) { return v < lo ? lo : (v > hi ? hi : v); }
+
+// The window sum to the output pixel.
+inline Byte Scale(FixedFilter kind, std::uint32_t sum) {
+  switch (kind) {
+    case FixedFilter::kUniform5: return static_cast<Byte>((sum * 335544u) >> 23);
+    case FixedFilter::kUniform7: return static_cast<Byte>((sum * 171196u) >> 23);
+    case FixedFilter::kGaussian5: return static_cast<Byte>(sum >> 8);
+    case FixedFilter::kGaussian7: return static_cast<Byte>(sum >> 12);
+  }
+  return 0;
+}
+
+template <bool kClamp>
+inline Byte DirectPixel(const FilterShape& f, const Byte* const* rows, int x, int width) {
+  const int r = f.radius;
+  std::uint32_t sum = 0;
+  for (int j = 0; j <= 2 * r; ++j) {
+    std::uint32_t h = 0;
+    for (int i = 0; i <= 2 * r; ++i) {
+      const int xx = kClamp ? Clamp(x + i - r, 0, width - 1) : x + i - r;
+      h += static_cast<std::uint32_t>(f.weight[i]) * rows[j][xx];
+    }
+    sum += static_cast<std::uint32_t>(f.weight[j]) * h;
+  }
+  return Scale(f.kind, sum);
+}
+
+void Direct(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>& d) {
+  const int r = f.radius, width = s.width, height = s.height;
+  const Byte* rows[7];
+  for (int y = 0; y < height; ++y) {
+    for (int j = 0; j <= 2 * r; ++j)
+      rows[j] = reinterpret_cast<const Byte*>(s.Row(Clamp(y + j - r, 0, height - 1)));
+    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    int x = 0;
+    for (; x < r && x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
+    for (; x < width - r; ++x) out[x] = DirectPixel<false>(f, rows, x, width);
+    for (; x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
+  }
+}
+
+// Separable form; false when its buffers cannot be had (the caller then
+// takes the direct form, which needs none).
+bool Separable(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>& d,
+               const SimdRoutines& simd) {
+  const int r = f.radius, n = 2 * r + 1, width = s.width, height = s.height;
+  const std::size_t w = static_cast<std::size_t>(width);
+  Byte* padded = Allocate<Byte>(w + 2 * r);
+  std::uint16_t* ring = Allocate<std::uint16_t>(w * n);
+  if (padded == nullptr || ring == nullptr) {
+    Free(padded);
+    Free(ring);
+    return false;
+  }
+  int computed = -1;  // last source row summed into the ring
+  const std::uint16_t* rows[7];
+  for (int y = 0; y < height; ++y) {
+    const int need = y + r < height - 1 ? y + r : height - 1;
+    while (computed < need) {
+      ++computed;
+      const Byte* src = reinterpret_cast<const Byte*>(s.Row(computed));
+      std::memcpy(padded + r, src, w);
+      for (int i = 0; i < r; ++i) {
+        padded[i] = src[0];
+        padded[r + width + i] = src[width - 1];
+      }
+      std::uint16_t* h = ring + w * static_cast<std::size_t>(computed % n);
+      int x = simd.horizontal(f.kind, padded, width, h);
+      for (; x < width; ++x) {
+        std::uint32_t sum = 0;
+        for (int i = 0; i < n; ++i) sum += static_cast<std::uint32_t>(f.weight[i]) * padded[x + i];
+        h[x] = static_cast<std::uint16_t>(sum);
+      }
+    }
+    for (int j = 0; j < n; ++j)
+      rows[j] = ring + w * static_cast<std::size_t>(Clamp(y + j - r, 0, height - 1) % n);
+    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    int x = simd.vertical(f.kind, rows, width, out);
+    for (; x < width; ++x) {
+      std::uint32_t sum = 0;
+      for (int j = 0; j < n; ++j) sum += static_cast<std::uint32_t>(f.weight[j]) * rows[j][x];
+      out[x] = Scale(f.kind, sum);
+    }
+  }
+  Free(padded);
+  Free(ring);
+  return true;
+}
+
+// In place on one ROI. A pixel of row y reads final rows above, its own row
+// as it is being written and original rows below. Rows other than its own
+// are combined from their horizontal sums (those of the rows above taken
+// again once they are final); only the row's own part goes pixel by pixel.
+// The first and last rows, where taps clamp onto the row itself, go pixel by
+// pixel entirely. False when the buffers are not to be had.
+bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& simd) {
+  const int r = f.radius, n = 2 * r + 1, width = img.width, height = img.height;
+  const std::size_t w = static_cast<std::size_t>(width);
+  Byte* padded = Allocate<Byte>(w + 2 * r);
+  std::uint16_t* ring = Allocate<std::uint16_t>(w * n);
+  std::uint32_t* partial = Allocate<std::uint32_t>(w);
+  if (padded == nullptr || ring == nullptr || partial == nullptr) {
+    Free(padded);
+    Free(ring);
+    Free(partial);
+    return false;
+  }
+  auto slot = [&](int row) { return ring + w * static_cast<std::size_t>(row % n); };
+  auto horizontal = [&](int row) {
+    const Byte* src = reinterpret_cast<const Byte*>(img.Row(row));
+    std::memcpy(padded + r, src, w);
+    for (int i = 0; i < r; ++i) {
+      padded[i] = src[0];
+      padded[r + width + i] = src[width - 1];
+    }
+    std::uint16_t* h = slot(row);
+    int x = simd.horizontal(f.kind, padded, width, h);
+    for (; x < width; ++x) {
+      std::uint32_t sum = 0;
+      for (int i = 0; i < n; ++i) sum += static_cast<std::uint32_t>(f.weight[i]) * padded[x + i];
+      h[x] = static_cast<std::uint16_t>(sum);
+    }
+  };
+  const Rows<const EBW8> view{img.base, img.pitch, img.width, img.height};
+  const Byte* rows[7];
+  int computed = -1;
+  for (int y = 0; y < height; ++y) {
+    const int need = y + r < height - 1 ? y + r : height - 1;
+    while (computed < need) horizontal(++computed);  // rows not yet written
+    Byte* out = reinterpret_cast<Byte*>(img.Row(y));
+    if (y == 0 || y == height - 1) {
+      for (int j = 0; j < n; ++j)
+        rows[j] = reinterpret_cast<const Byte*>(view.Row(Clamp(y + j - r, 0, height - 1)));
+      int x = 0;
+      for (; x < r && x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
+      for (; x < width - r; ++x) out[x] = DirectPixel<false>(f, rows, x, width);
+      for (; x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
+    } else {
+      std::memset(partial, 0, w * sizeof(std::uint32_t));
+      for (int j = 0; j < n; ++j) {
+        if (j == r) continue;
+        const std::uint16_t* h = slot(Clamp(y + j - r, 0, height - 1));
+        const std::uint32_t wj = static_cast<std::uint32_t>(f.weight[j]);
+        for (int x = 0; x < width; ++x) partial[x] += wj * h[x];
+      }
+      const std::uint32_t wc = static_cast<std::uint32_t>(f.weight[r]);
+      auto ownPart = [&](int x, bool clamp) {
+        std::uint32_t own = 0;
+        for (int i = 0; i < n; ++i) {
+          const int xx = clamp ? Clamp(x + i - r, 0, width - 1) : x + i - r;
+          own += static_cast<std::uint32_t>(f.weight[i]) * out[xx];
+        }
+        out[x] = Scale(f.kind, partial[x] + wc * own);
+      };
+      int x = 0;
+      for (; x < r && x < width; ++x) ownPart(x, true);
+      for (; x < width - r; ++x) ownPart(x, false);
+      for (; x < width; ++x) ownPart(x, true);
+    }
+    horizontal(y);  // row y is final now
+  }
+  Free(padded);
+  Free(ring);
+  Free(partial);
+  return true;
+}
+
+bool Overlap(const EROI<EBW8>* a, const EROI<EBW8>* b) {
+  if (!SameImage(a, b)) return false;
+  const int ax = a->GetTotalOrgX(), ay = a->GetTotalOrgY();
+  const int bx = b->GetTotalOrgX(), by = b->GetTotalOrgY();
+  return ax < bx + b->GetWidth() && bx < ax + a->GetWidth() && ay < by + b->GetHeight() &&
+         by < ay + a->GetHeight();
+}
+
+void RunFilter(FixedFilter kind, EROI<EBW8>* src, EROI<EBW8>* dst, const char* label) {
+  mirel::Frame frame(label);
+  if (!frame.NotVoid(src) || !frame.SameSize(src, dst) || !frame.NotVoid(dst)) return;
+  const FilterShape& f = Shape(kind);
+  const Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
+  const Rows<EBW8> d = RowsOf(dst);
+  const SimdRoutines simd = ActiveRoutines();
+  if (simd.horizontal != nullptr) {
+    if (!Overlap(src, dst)) {
+      if (Separable(f, s, d, simd)) return;
+    } else if (src->GetTotalOrgX() == dst->GetTotalOrgX() &&
+               src->GetTotalOrgY() == dst->GetTotalOrgY()) {
+      if (InPlace(f, d, simd)) return;
+    }
+  }
+  Direct(f, s, d);
+}
+
+}  // namespace
+}  // namespace filter
+}  // namespace mirel
+
+void ImgConvolUniform5x5(EROI<EBW8>* src, EROI<EBW8>* dst) {
+  mirel::filter::RunFilter(mirel::filter::FixedFilter::kUniform5, src, dst, "ConvolUniform5x5");
+}
+void ImgConvolGaussian5x5(EROI<EBW8>* src, EROI<EBW8>* dst) {
+  mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian5, src, dst, "ConvolGaussian5x5");
+}
+void ImgConvolUniform7x7(EROI<EBW8>* src, EROI<EBW8>* dst) {
+  mirel::filter::RunFilter(mirel::filter::FixedFilter::kUniform7, src, dst, "ImgConvolUniform7x7");
+}
+void ImgConvolGaussian7x7(EROI<EBW8>* src, EROI<EBW8>* dst) {
+  mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian7, src, dst, "ImgConvolGaussian7x7");
+}
