@@ -146,6 +146,40 @@ inline Byte FixedPixel(const Window& w, const std::int32_t* coef, const Byte* co
   return Finish(acc, a);
 }
 
+// Fills the block routine's job for a window: the tap ranges of its terms,
+// and its coefficients packed two a word as signed 16-bit halves. A
+// coefficient k is split as hi * 65536 + lo with both halves signed; hi
+// wraps, which changes nothing modulo 2^32.
+void PrepareBlockJob(const Window& w, const std::int32_t* coef, const FixedArith& a, BlockJob& job) {
+  job.pairs = (w.terms + 1) / 2;
+  job.singleTaps = true;
+  int taps = 0;
+  for (int i = 0; i < 2 * job.pairs; ++i) {
+    if (i < w.terms) {
+      taps += w.term[i].taps;
+      job.singleTaps = job.singleTaps && w.term[i].taps == 1;
+    }
+    job.termEnd[i] = taps;
+  }
+  std::uint16_t lo[kMaxTerms] = {}, hi[kMaxTerms] = {};
+  job.wide = false;
+  for (int i = 0; i < w.terms; ++i) {
+    const std::uint32_t k = static_cast<std::uint32_t>(coef[i]);
+    lo[i] = static_cast<std::uint16_t>(k & 0xffffu);
+    const std::uint32_t loSigned =
+        static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<std::int16_t>(lo[i])));
+    hi[i] = static_cast<std::uint16_t>((k - loSigned) >> 16);
+    job.wide = job.wide || hi[i] != 0;
+  }
+  for (int p = 0; p < job.pairs; ++p) {
+    job.pairCoef[p] = static_cast<std::int32_t>(lo[2 * p] | (static_cast<std::uint32_t>(lo[2 * p + 1]) << 16));
+    job.pairCoefHi[p] = static_cast<std::int32_t>(hi[2 * p] | (static_cast<std::uint32_t>(hi[2 * p + 1]) << 16));
+  }
+  job.offset = static_cast<std::int32_t>(a.offset);
+  job.shift = a.shift;
+  job.absolute = a.absolute;
+}
+
 // Runs a fixed-point window over the ROI. `scalarCoef` serves the pixels
 // computed one by one; `blockCoef`, when given, the block stretches (with
 // frameRowsByPixel, of the interior rows only). Pixels are produced in row
@@ -160,34 +194,7 @@ void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_
 
   BlockJob job;
   if (useBlocks) {
-    job.pairs = (w.terms + 1) / 2;
-    job.singleTaps = true;
-    int taps = 0;
-    for (int i = 0; i < 2 * job.pairs; ++i) {
-      if (i < w.terms) {
-        taps += w.term[i].taps;
-        job.singleTaps = job.singleTaps && w.term[i].taps == 1;
-      }
-      job.termEnd[i] = taps;
-    }
-    // k = hi * 65536 + lo with both halves signed 16-bit; hi wraps, which
-    // changes nothing modulo 2^32.
-    std::uint16_t lo[kMaxTerms] = {}, hi[kMaxTerms] = {};
-    job.wide = false;
-    for (int i = 0; i < w.terms; ++i) {
-      const std::uint32_t k = static_cast<std::uint32_t>(blockCoef[i]);
-      lo[i] = static_cast<std::uint16_t>(k & 0xffffu);
-      const std::uint32_t loSigned = static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<std::int16_t>(lo[i])));
-      hi[i] = static_cast<std::uint16_t>((k - loSigned) >> 16);
-      job.wide = job.wide || hi[i] != 0;
-    }
-    for (int p = 0; p < job.pairs; ++p) {
-      job.pairCoef[p] = static_cast<std::int32_t>(lo[2 * p] | (static_cast<std::uint32_t>(lo[2 * p + 1]) << 16));
-      job.pairCoefHi[p] = static_cast<std::int32_t>(hi[2 * p] | (static_cast<std::uint32_t>(hi[2 * p + 1]) << 16));
-    }
-    job.offset = static_cast<std::int32_t>(a.offset);
-    job.shift = a.shift;
-    job.absolute = a.absolute;
+    PrepareBlockJob(w, blockCoef, a, job);
   }
 
   const Byte* rows[7];
@@ -250,33 +257,7 @@ bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith
   if (sums == nullptr) return false;
 
   BlockJob job;
-  job.pairs = (off.terms + 1) / 2;
-  job.singleTaps = true;
-  int taps = 0;
-  for (int i = 0; i < 2 * job.pairs; ++i) {
-    if (i < off.terms) {
-      taps += off.term[i].taps;
-      job.singleTaps = job.singleTaps && off.term[i].taps == 1;
-    }
-    job.termEnd[i] = taps;
-  }
-  std::uint16_t lo[kMaxTerms] = {}, hi[kMaxTerms] = {};
-  job.wide = false;
-  for (int i = 0; i < off.terms; ++i) {
-    const std::uint32_t k = static_cast<std::uint32_t>(offCoef[i]);
-    lo[i] = static_cast<std::uint16_t>(k & 0xffffu);
-    const std::uint32_t loSigned =
-        static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<std::int16_t>(lo[i])));
-    hi[i] = static_cast<std::uint16_t>((k - loSigned) >> 16);
-    job.wide = job.wide || hi[i] != 0;
-  }
-  for (int p = 0; p < job.pairs; ++p) {
-    job.pairCoef[p] = static_cast<std::int32_t>(lo[2 * p] | (static_cast<std::uint32_t>(lo[2 * p + 1]) << 16));
-    job.pairCoefHi[p] = static_cast<std::int32_t>(hi[2 * p] | (static_cast<std::uint32_t>(hi[2 * p + 1]) << 16));
-  }
-  job.offset = static_cast<std::int32_t>(a.offset);
-  job.shift = a.shift;
-  job.absolute = a.absolute;
+  PrepareBlockJob(off, offCoef, a, job);
 
   const Byte* rows[7];
   for (int y = 0; y < height; ++y) {
