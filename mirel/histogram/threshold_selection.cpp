@@ -8,6 +8,7 @@
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/runtime.h"
+#include "mirel/foundation/untyped_vector.h"
 #include "mirel/histogram/histogram.h"
 
 namespace {
@@ -258,26 +259,29 @@ float Residue(float q, float best, uint32_t n) {
   return static_cast<float>(std::sqrt((static_cast<double>(q) - best) / static_cast<float>(n)));
 }
 
-// The iterative isodata search on cumulated tables c and w of h[min..max].
+// The iterative isodata search. c[i] and w[i] are the count and the sum of
+// k * h[k] over bins min..i, and nothing below min (the tables hold max + 1
+// entries). A midpoint can fall below min only in the older form, whose sum
+// leaves out bin min's product; it then reads an empty lower class.
 template <class Sum>
 unsigned int Isodata(const unsigned int* h, unsigned int min, unsigned int max, Sum* c, Sum* w, bool legacyStart) {
   Sum cc = 0, ww = 0;
+  for (unsigned int i = 0; i < min; ++i) c[i] = w[i] = 0;
   for (unsigned int i = min; i <= max; ++i) {
     cc += h[i];
     if (!(legacyStart && i == min)) ww += static_cast<Sum>(static_cast<uint32_t>(i * h[i]));
-    c[i - min] = cc;
-    w[i - min] = ww;
+    c[i] = cc;
+    w[i] = ww;
   }
   const Sum ct = cc, wt = ww;
   Sum t = (static_cast<Sum>(min) + max + 1) >> 1;
   for (int round = 0; round < 16; ++round) {
-    const Sum cl = c[t - min], wl = w[t - min];
+    const Sum cl = c[t], wl = w[t];
     const Sum m1 = cl != 0 ? wl / cl : (t + min) >> 1;
     const Sum m2 = ct - cl != 0 ? (wt - wl) / (ct - cl) : (t + max + 1) >> 1;
     Sum t2 = (m1 + m2) >> 1;
-    // Only wrapped sums (more than 2^32 in the 8-bit tables) can leave the
-    // range; keep the table reads inside it.
-    if (t2 < min) t2 = min;
+    // Only wrapped sums (more than 2^32 in the 8-bit tables) can pass max;
+    // keep the table reads inside.
     if (t2 > max) t2 = max;
     if (t2 == t) break;
     t = t2;
@@ -438,6 +442,36 @@ EBW8 ImgIsodataThreshold(EBWHistogramVector* histogram, unsigned int min, unsign
     return EBW8(0);
   uint32_t c[256], w[256];
   return EBW8(static_cast<unsigned char>(Isodata<uint32_t>(histogram->GetDataPtr(), min, max, c, w, false)));
+}
+
+unsigned int ImgIsodataThreshold(EVector* histogram, unsigned int min, unsigned int max) {
+  // The older frame: each code is armed before its test and stands while
+  // the test runs; success ends with a clear state.
+  static const char kLabel[] = "ImgIsodataThreshold ( EVector)";
+  auto fail = [](unsigned int result) {
+    ETraceError(kLabel);
+    return result;
+  };
+  ESetError(E_ERROR_BAD_RANGE);
+  if (min > 255) return fail(0);
+  ESetError(E_ERROR_BAD_ARGUMENT_1);
+  if (max > 255) return fail(0);
+  ESetError(E_ERROR_BAD_ARGUMENT);
+  if (min >= max) return fail(0);
+  const unsigned int start = (min + max + 1) >> 1;
+  ESetError(E_ERROR_VECTOR_KIND);
+  if (histogram == nullptr || histogram->GetVectType() != 2) return fail(start);
+  ESetError(E_ERROR_VOID_VECTOR);
+  if (histogram->GetDataPtr() == nullptr) return fail(start);
+  ESetError(E_ERROR_VECTOR_LENGTH);
+  if (histogram->GetItemBytes() != 4 ||
+      static_cast<long long>(histogram->GetAllocatedSize()) < 4LL * (static_cast<long long>(max) + 1))
+    return fail(start);
+  uint32_t c[256], w[256];
+  const unsigned int t =
+      Isodata<uint32_t>(static_cast<const unsigned int*>(histogram->GetDataPtr()), min, max, c, w, true);
+  EOk();
+  return t;
 }
 
 EBW16 ImgIsodataThresholdBW16(EBWHistogramVector* histogram, unsigned int min, unsigned int max) {

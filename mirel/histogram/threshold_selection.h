@@ -37,6 +37,8 @@
 #include "mirel/foundation/pixel.h"
 #include "mirel/histogram/histogram_vector.h"
 
+class EVector;
+
 enum IMG_THRESHOLD_MODES : unsigned int {
   // Smallest sum of squared distances of the two classes to black (0) and
   // white (255, or 65535 in 16 bits); the highest threshold wins a tie.
@@ -119,6 +121,14 @@ MIREL_API EBW8 ImgMaxEntropyThreshold(EBWHistogramVector* histogram, float& aver
 // stop at a fixed point or after 16 rounds. Label
 // "ImgIsodataThreshold ( EBWHistogramVector)".
 MIREL_API EBW8 ImgIsodataThreshold(EBWHistogramVector* histogram, unsigned int min, unsigned int max);
+
+// The older form on an untyped histogram (kind 2, 32-bit bins). Checks min,
+// max and their order as above, then the kind (1607) and the data (1601),
+// and a vector too short for bin max (1602); after these last three it
+// returns the starting midpoint (min + max + 1) / 2 rather than 0. The
+// cumulated sum of the bin products starts at bin min + 1 (bin min adds
+// its count but not its product). Label "ImgIsodataThreshold ( EVector)".
+MIREL_API unsigned int ImgIsodataThreshold(EVector* histogram, unsigned int min, unsigned int max);
 
 // The same on a 65536-bin histogram (64-bit sums). This form does not clear
 // the error state on entry; it clears it on success. Label
