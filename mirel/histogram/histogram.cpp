@@ -1,9 +1,14 @@
 #include "mirel/histogram/histogram.h"
 
+#include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/histogram/histogram_internal.h"
+#include "mirel/point/lut.h"
 
 namespace mirel {
 namespace hist {
@@ -88,10 +93,298 @@ void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
 void ImgHistogram(const EROI<EBW8>* src, EBWHistogramVector* histogram) {
   const int mmx = EGetMMX();
   mirel::Frame frame("ImgHistogram");
-  if (!frame.NotVoid(src) || !frame.Require(histogram != nullptr, E_ERROR_VOID_IMAGE)) return;
+  if (!frame.NotVoid(src) || !frame.Require(histogram != nullptr, E_ERROR_BAD_ARGUMENT)) return;
   EOk();
   histogram->SetNumElements(256);
   if (EGetError() != E_OK) return;
   histogram->Clear();
   CountBW8(src, histogram->GetDataPtr(), mmx != 0);
+}
+
+namespace {
+
+// Fills the bins of a bit-field histogram of 16 or 32-bit pixels.
+template <class P>
+void FieldHistogram(mirel::Frame& frame, const EROI<P>* src, EBWHistogramVector* histogram, unsigned int msb,
+                    unsigned int bits, int saturate) {
+  constexpr unsigned int kWidth = sizeof(P) * 8;
+  if (!frame.NotVoid(src) || !frame.Require(histogram != nullptr, E_ERROR_BAD_ARGUMENT)) return;
+  if (!frame.Require(msb < kWidth, E_ERROR_BAD_ARGUMENT_1)) return;
+  if (msb == kWidth - 1) saturate = 0;
+  const long long signedShift = static_cast<long long>(msb) - static_cast<long long>(bits) + 1;
+  if (!frame.Require(signedShift >= 0, E_ERROR_BAD_ARGUMENT_2)) return;
+  const unsigned int shift = static_cast<unsigned int>(signedShift) & 31u;
+  const unsigned int count = 1u << (bits & 31u);
+  const unsigned int highest = count - 1u;
+  EOk();
+  histogram->SetNumElements(count);
+  if (EGetError() != E_OK) return;
+  histogram->Clear();
+  unsigned int* h = histogram->GetDataPtr();
+  const mirel::Rows<const P> rows = mirel::RowsOf(src);
+  // Four tight loops: with or without the clamp, with or without a shift.
+  // Without the clamp, a pixel with bits above the field (which the caller
+  // promised not to pass) is folded into the bins rather than written past
+  // them.
+  for (int y = 0; y < rows.height; ++y) {
+    const P* p = rows.Row(y);
+    const int w = rows.width;
+    if (saturate != 0) {
+      if (shift == 0) {
+        for (int x = 0; x < w; ++x) {
+          const std::uint32_t b = p[x].value;
+          ++h[b < highest ? b : highest];
+        }
+      } else {
+        for (int x = 0; x < w; ++x) {
+          const std::uint32_t b = static_cast<std::uint32_t>(p[x].value) >> shift;
+          ++h[b < highest ? b : highest];
+        }
+      }
+    } else {
+      if (shift == 0) {
+        for (int x = 0; x < w; ++x) ++h[static_cast<std::uint32_t>(p[x].value) & highest];
+      } else {
+        for (int x = 0; x < w; ++x) ++h[(static_cast<std::uint32_t>(p[x].value) >> shift) & highest];
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void ImgHistogram(const EROI<EBW16>* src, EBWHistogramVector* histogram, unsigned int msb, unsigned int bits,
+                  int saturate) {
+  mirel::Frame frame("ImgHistogram ( EBW16)");
+  FieldHistogram(frame, src, histogram, msb, bits, saturate);
+}
+
+void ImgHistogram(const EROI<EBW32>* src, EBWHistogramVector* histogram, unsigned int msb, unsigned int bits,
+                  int saturate) {
+  mirel::Frame frame("ImgHistogram ( EBW32)");
+  FieldHistogram(frame, src, histogram, msb, bits, saturate);
+}
+
+void ImgCumulateHistogram(const EBWHistogramVector* src, EBWHistogramVector* dst) {
+  mirel::Frame frame("ImgCumulateHistogram");
+  if (!frame.Require(src != nullptr && dst != nullptr, E_ERROR_BAD_ARGUMENT)) return;
+  const unsigned int n = src->GetNumElements();
+  if (dst->GetNumElements() != n) {
+    EOk();
+    dst->SetNumElements(n);
+    if (EGetError() != E_OK) return;
+  }
+  const unsigned int* s = src->GetDataPtr();
+  unsigned int* d = dst->GetDataPtr();
+  unsigned int sum = 0;
+  for (unsigned int i = 0; i < n; ++i) {
+    sum += s[i];
+    d[i] = sum;
+  }
+}
+
+void ImgSetupEqualize(const EBWHistogramVector* histogram, EBW8Vector* table) {
+  mirel::Frame frame("ImgSetupEqualize ( EBWHistogramVector)");
+  if (!frame.Require(histogram != nullptr && histogram->GetNumElements() == 256, E_ERROR_VECTOR_SIZE) ||
+      !frame.Require(table != nullptr, E_ERROR_BAD_ARGUMENT))
+    return;
+  EOk();
+  table->SetMaxElements(256, 1);
+  if (EGetError() != E_OK) return;
+  table->Empty();
+  const unsigned int* h = histogram->GetDataPtr();
+  unsigned int total = 0;
+  for (int i = 0; i < 256; ++i) total += h[i];
+  unsigned int below = 0;  // pixels strictly below i
+  for (int i = 0; i < 256; ++i) {
+    // An empty histogram has no distribution: its table is all zeros.
+    const std::uint64_t v = total == 0 ? 0 : static_cast<std::uint64_t>(below) * 255u / total;
+    table->AddElement(EBW8(static_cast<unsigned char>(v)));
+    below += h[i];
+  }
+}
+
+void ImgEqualize(const EROI<EBW8>* src, EROI<EBW8>* dst) {
+  mirel::Frame frame("ImgEqualize");
+  if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
+  EBWHistogramVector histogram(256);
+  EBW8Vector table(0, 1);
+  ImgHistogram(src, &histogram);
+  if (EGetError() != E_OK) return;
+  ImgSetupEqualize(&histogram, &table);
+  if (EGetError() != E_OK) return;
+  ImgLut(src, dst, &table);
+}
+
+void ImgEqualize(const EROI<EBW16>* src, EROI<EBW16>* dst) {
+  std::unique_ptr<std::uint64_t[]> sums(new (std::nothrow) std::uint64_t[65536]);
+  mirel::Frame frame("ImgEqualize (BW16)");
+  if (!frame.Require(sums != nullptr, E_ERROR_OUT_OF_MEMORY)) return;
+  if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
+  EBWHistogramVector histogram(65536);
+  ImgHistogram(src, &histogram, 15, 16, 1);
+  if (EGetError() != E_OK) return;
+  const unsigned int* h = histogram.GetDataPtr();
+  std::uint64_t running = 0;
+  for (int i = 0; i < 65536; ++i) {
+    running += h[i];
+    sums[i] = running;
+  }
+  const std::uint64_t total = sums[65535];
+  if (total == 0) return;
+  // One output value per input value, then a table walk.
+  std::unique_ptr<std::uint16_t[]> map(new (std::nothrow) std::uint16_t[65536]);
+  if (map == nullptr) {
+    frame.Fail(E_ERROR_OUT_OF_MEMORY);
+    return;
+  }
+  for (int i = 0; i < 65536; ++i) {
+    const std::uint64_t v = sums[i] * 65535u / total;
+    map[i] = static_cast<std::uint16_t>(v > 65535u ? 65535u : v);
+  }
+  const mirel::Rows<const EBW16> s = mirel::RowsOf(src);
+  const mirel::Rows<EBW16> d = mirel::RowsOf(dst);
+  for (int y = 0; y < s.height; ++y) {
+    const EBW16* sp = s.Row(y);
+    EBW16* dp = d.Row(y);
+    for (int x = 0; x < s.width; ++x) dp[x] = map[sp[x].value];
+  }
+}
+
+namespace {
+
+// A feature of the bins min..max; get(i) is the count of bin i. Integer
+// features come back in `integer` (and *isInteger is set), the others in the
+// float result.
+template <class Get>
+float Feature(Get get, int min, int max, int feature, std::uint32_t* integer, bool* isInteger) {
+  *isInteger = true;
+  switch (feature) {
+    case IMG_FEATURE_MAX_COUNT_BIN:
+    case IMG_FEATURE_MAX_COUNT: {
+      std::uint32_t best = 0;
+      int at = 0;
+      for (int i = min; i <= max; ++i) {
+        const std::uint32_t c = get(i);
+        if (c > best) {
+          best = c;
+          at = i;
+        }
+      }
+      *integer = feature == IMG_FEATURE_MAX_COUNT ? best : static_cast<std::uint32_t>(at);
+      return 0.0f;
+    }
+    case IMG_FEATURE_MIN_COUNT_BIN:
+    case IMG_FEATURE_MIN_COUNT: {
+      std::uint32_t best = 0xFFFFFFFFu;
+      int at = 0;
+      for (int i = min; i <= max; ++i) {
+        const std::uint32_t c = get(i);
+        if (c != 0 && c < best) {
+          best = c;
+          at = i;
+        }
+      }
+      *integer = feature == IMG_FEATURE_MIN_COUNT ? best : static_cast<std::uint32_t>(at);
+      return 0.0f;
+    }
+    case IMG_FEATURE_FIRST_BIN: {
+      int i = min;
+      while (i <= max && get(i) == 0) ++i;
+      *integer = static_cast<std::uint32_t>(i);
+      return 0.0f;
+    }
+    case IMG_FEATURE_LAST_BIN: {
+      int i = max;
+      while (i >= min && get(i) == 0) --i;
+      *integer = static_cast<std::uint32_t>(i);
+      return 0.0f;
+    }
+    case IMG_FEATURE_TOTAL: {
+      std::uint32_t sum = 0;
+      for (int i = min; i <= max; ++i) sum += get(i);
+      *integer = sum;
+      return 0.0f;
+    }
+    case IMG_FEATURE_MEAN: {
+      *isInteger = false;
+      std::uint32_t n = 0, s1 = 0;
+      for (int i = min; i <= max; ++i) {
+        const std::uint32_t c = get(i);
+        n += c;
+        s1 += c * static_cast<std::uint32_t>(i);
+      }
+      if (n == 0) return 0.0f;
+      return static_cast<float>(static_cast<double>(s1) / static_cast<double>(n));
+    }
+    case IMG_FEATURE_STD_DEV: {
+      *isInteger = false;
+      std::uint32_t n = 0;
+      float s1 = 0.0f, s2 = 0.0f;
+      for (int i = min; i <= max; ++i) {
+        const std::uint32_t c = get(i);
+        const std::uint32_t ui = static_cast<std::uint32_t>(i);
+        n += c;
+        s1 += static_cast<float>(static_cast<std::int32_t>(c * ui));
+        s2 += static_cast<float>(static_cast<std::int32_t>(c * ui * ui));
+      }
+      const std::int32_t sn = static_cast<std::int32_t>(n);
+      if (sn <= 0) return 0.0f;
+      const float fn = static_cast<float>(sn);
+      const float var = (s2 - s1 * s1 / fn) / fn;
+      return var > 0.0f ? std::sqrt(var) : 0.0f;  // rounding may leave a tiny negative
+    }
+    default:
+      *isInteger = false;
+      return 0.0f;
+  }
+}
+
+// The float result of a feature: integer features read as signed 32-bit.
+template <class Get>
+float FeatureAsFloat(Get get, int min, int max, int feature) {
+  std::uint32_t integer = 0;
+  bool isInteger = false;
+  const float f = Feature(get, min, max, feature, &integer, &isInteger);
+  return isInteger ? static_cast<float>(static_cast<std::int32_t>(integer)) : f;
+}
+
+}  // namespace
+
+float ImgAnalyseHistogram(const EBWHistogramVector* histogram, IMG_HISTOGRAM_FEATURE feature, int min, int max) {
+  mirel::Frame frame("ImgAnalyseHistogram");
+  if (!frame.Require(histogram != nullptr && histogram->GetNumElements() == 256, E_ERROR_VECTOR_SIZE) ||
+      !frame.Require(min >= 0, E_ERROR_BAD_ARGUMENT_1) || !frame.Require(max <= 255, E_ERROR_BAD_ARGUMENT_2) ||
+      !frame.Require(max >= min, E_ERROR_BAD_ARGUMENT))
+    return 0.0f;
+  const unsigned int* h = histogram->GetDataPtr();
+  const int f = static_cast<int>(feature);
+  if (f < 0 || f > 8) {
+    ETraceError("ImgAnalyseHistogram");  // leaves the clear state clear
+    return 0.0f;
+  }
+  return FeatureAsFloat([h](int i) { return h[i]; }, min, max, f);
+}
+
+float ImgAnalyseHistogramBW16(const EBWHistogramVector* histogram, IMG_HISTOGRAM_FEATURE feature, int min,
+                              int max) {
+  mirel::Frame frame("ImgAnalyseHistogram (BW16)");
+  if (!frame.Require(histogram != nullptr && histogram->GetNumElements() == 65536, E_ERROR_VECTOR_SIZE) ||
+      !frame.Require(min >= 0, E_ERROR_BAD_ARGUMENT_1) || !frame.Require(max <= 65536, E_ERROR_BAD_ARGUMENT_2) ||
+      !frame.Require(max >= min, E_ERROR_BAD_ARGUMENT))
+    return 0.0f;
+  const int f = static_cast<int>(feature);
+  if (f < 0 || f > 8) return 0.0f;
+  // The scans are handed bin `min` as their base and index it by min..max:
+  // bin i of the scan is bin min + i of the histogram. Bins past the end
+  // read as 0.
+  const unsigned int* h = histogram->GetDataPtr();
+  const unsigned int count = histogram->GetNumElements();
+  const unsigned int base = static_cast<unsigned int>(min);
+  return FeatureAsFloat(
+      [h, count, base](int i) {
+        const unsigned int at = base + static_cast<unsigned int>(i);
+        return at < count ? h[at] : 0u;
+      },
+      min, max, f);
 }
