@@ -20,6 +20,8 @@ def main():
     order = []
     for b in data["benchmarks"]:
         name = b["name"]
+        if name.endswith("/real_time"):
+            name = name[: -len("/real_time")]
         row, _, side = name.rpartition("/")
         side = side.split("/")[0]
         if row not in rows:
