@@ -20,18 +20,42 @@ bool HasBins(const EBWHistogramVector* histogram, unsigned int bins) {
   return histogram != nullptr && histogram->GetNumElements() == bins && histogram->GetDataPtr() != nullptr;
 }
 
+// The best score of an 8-bit search, kept rounded to single precision. A
+// candidate is compared, unrounded, with the rounded value, so one a hair
+// beyond it wins even where the unrounded best was better. A candidate equal
+// to the unrounded best (the same split again, as a threshold moves over
+// empty bins) does not win, so the first of identical splits stays.
+struct RoundedBest {
+  float rounded;
+  double exact;
+  explicit RoundedBest(double start) : rounded(static_cast<float>(start)), exact(start) {}
+  bool Above(double x) const { return x > rounded && x != exact; }
+  bool Below(double x) const { return x < rounded && x != exact; }
+  void Set(double x) {
+    rounded = static_cast<float>(x);
+    exact = x;
+  }
+};
+
+// The best score of a 16-bit search, in double precision.
+struct DoubleBest {
+  double value;
+  explicit DoubleBest(double start) : value(start) {}
+  bool Below(double x) const { return x < value; }
+  void Set(double x) { value = x; }
+};
+
 // Arithmetic of the 8-bit search: 32-bit wrapping counts and sums, best
 // scores kept in single precision, costs compared as unsigned 32-bit values.
 struct Grey8 {
   using Sum = uint32_t;
-  using Best = float;
+  using Best = RoundedBest;
   static constexpr unsigned int kWhite = 255;
-  static constexpr Best kBestStart = 3.4028235e38f;
+  static constexpr double kBestStart = 3.4028235e38f;
   static constexpr Sum kCostStart = 0xFFFFFFFFu;
 
   static bool Positive(Sum v) { return v != 0; }
   static double Real(Sum v) { return static_cast<double>(v); }
-  static Best Store(double v) { return static_cast<float>(v); }
   static bool CostBelow(Sum a, Sum b) { return a < b; }
   // Products of the setup, formed in the sum's own width.
   static Sum Setup(uint32_t h, uint32_t i) { return h * i; }
@@ -47,14 +71,13 @@ struct Grey8 {
 // double precision scores, costs compared as signed 64-bit values.
 struct Grey16 {
   using Sum = uint64_t;
-  using Best = double;
+  using Best = DoubleBest;
   static constexpr unsigned int kWhite = 0xFFFF;
-  static constexpr Best kBestStart = std::numeric_limits<double>::max();
+  static constexpr double kBestStart = std::numeric_limits<double>::max();
   static constexpr Sum kCostStart = 0x7FFFFFFFFFFFFFFFull;
 
   static bool Positive(Sum v) { return static_cast<int64_t>(v) > 0; }
   static double Real(Sum v) { return static_cast<double>(static_cast<int64_t>(v)); }
-  static Best Store(double v) { return v; }
   static bool CostBelow(Sum a, Sum b) { return static_cast<int64_t>(a) < static_cast<int64_t>(b); }
   static Sum Setup(uint32_t h, uint32_t i) { return static_cast<Sum>(h) * i; }
   static double IsodataScore(Sum s1, Sum n1, Sum s2, Sum n2, unsigned int t) {
@@ -101,7 +124,7 @@ void SelectThreshold(const unsigned int* h, unsigned int& threshold, float& belo
     double a = 0.0, b = 0.0;  // sums of h*ln(h), lower and upper class
     if (mode == IMG_THRESHOLD_MAX_ENTROPY)
       for (unsigned int i = min; i <= max; ++i) b += XLogX(h[i]);
-    typename G::Best bestScore = G::kBestStart;
+    typename G::Best bestScore(G::kBestStart);
     for (unsigned int i = min; i <= max; ++i) {
       if (G::Positive(c.n1) && G::Positive(c.n2)) {
         double score;
@@ -112,8 +135,8 @@ void SelectThreshold(const unsigned int* h, unsigned int& threshold, float& belo
         } else {
           score = a / G::Real(c.n1) - std::log(G::Real(c.n1)) + b / G::Real(c.n2) - std::log(G::Real(c.n2));
         }
-        if (score < bestScore) {
-          bestScore = G::Store(score);
+        if (bestScore.Below(score)) {
+          bestScore.Set(score);
           t = i;
           best = c;
           found = true;
@@ -225,15 +248,15 @@ ResidueSearch TwoClassResidue(const unsigned int* h, float& below, float& above)
     r.s += h[i] * i;
   }
   const float fn = static_cast<float>(r.n), fs = static_cast<float>(r.s);
-  float best = static_cast<float>(static_cast<double>(fs) * fs / fn);
+  RoundedBest best(static_cast<double>(fs) * fs / fn);
   uint32_t n1 = 0, s1 = 0, n2 = r.n, s2 = r.s;
   for (unsigned int i = 0; i < 256; ++i) {
     if (n1 != 0 && n2 != 0) {
       const float f1 = static_cast<float>(n1), g1 = static_cast<float>(s1);
       const float f2 = static_cast<float>(n2), g2 = static_cast<float>(s2);
       const double x = static_cast<double>(g1) * g1 / f1 + static_cast<double>(g2) * g2 / f2;
-      if (x > best) {
-        best = static_cast<float>(x);
+      if (best.Above(x)) {
+        best.Set(x);
         r.t = i;
         below = g1 / f1;
         above = g2 / f2;
@@ -244,7 +267,7 @@ ResidueSearch TwoClassResidue(const unsigned int* h, float& below, float& above)
     n2 -= h[i];
     s2 -= h[i] * i;
   }
-  r.best = best;
+  r.best = best.rounded;
   return r;
 }
 
@@ -363,7 +386,7 @@ float ImgThreeLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& low
   }
   const float q = SquareSum(h);
   const float fn = static_cast<float>(n), fs = static_cast<float>(s);
-  float best = static_cast<float>(static_cast<double>(fs) * fs / fn);
+  RoundedBest best(static_cast<double>(fs) * fs / fn);
   unsigned int t1Best = 0, t2Best = 0;
   uint32_t nl = 0, sl = 0;
   for (unsigned int t1 = 0; t1 < 256; ++t1) {
@@ -376,8 +399,8 @@ float ImgThreeLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& low
           const float fnm = static_cast<float>(nm), fsm = static_cast<float>(sm);
           const float fnh = static_cast<float>(nh), fsh = static_cast<float>(sh);
           const double x = low + static_cast<double>(fsh) * fsh / fnh + static_cast<double>(fsm) * fsm / fnm;
-          if (x > best) {
-            best = static_cast<float>(x);
+          if (best.Above(x)) {
+            best.Set(x);
             t1Best = t1;
             t2Best = t2;
             lowAverage = fsl / fnl;
@@ -396,7 +419,7 @@ float ImgThreeLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& low
   }
   lowThreshold = EBW8(static_cast<unsigned char>(t1Best));
   highThreshold = EBW8(static_cast<unsigned char>(t2Best));
-  return Residue(q, best, n);
+  return Residue(q, best.rounded, n);
 }
 
 EBW8 ImgMaxEntropyThreshold(EBWHistogramVector* histogram, float& averageBelow, float& averageAbove) {
@@ -410,15 +433,15 @@ EBW8 ImgMaxEntropyThreshold(EBWHistogramVector* histogram, float& averageBelow, 
     s += h[i] * i;
     b += XLogX(h[i]);
   }
-  float best = static_cast<float>(std::log(static_cast<double>(n)) - b / n);
+  RoundedBest best(std::log(static_cast<double>(n)) - b / n);
   unsigned int t = 0;
   uint32_t n1 = 0, s1 = 0, n2 = n, s2 = s;
   for (unsigned int i = 0; i < 256; ++i) {
     if (n1 != 0 && n2 != 0) {
       const double d1 = n1, d2 = n2;
       const double e = std::log(d2) + std::log(d1) - b / d2 - a / d1;
-      if (e > best) {
-        best = static_cast<float>(e);
+      if (best.Above(e)) {
+        best.Set(e);
         t = i;
         averageBelow = Grey8::Average(s1, n1);
         averageAbove = Grey8::Average(s2, n2);

@@ -44,6 +44,17 @@ Hist RandomHist(Rng& rng, unsigned int n, int kind) {
   return h;
 }
 
+// Best score rounded to single precision; the unrounded winner's own value
+// does not win again (identical splits keep the first).
+struct Best {
+  float rounded;
+  double exact;
+  explicit Best(double v) : rounded(float(v)), exact(v) {}
+  bool Above(double x) const { return x > rounded && x != exact; }
+  bool Below(double x) const { return x < rounded && x != exact; }
+  void Set(double x) { rounded = float(x), exact = x; }
+};
+
 struct Pick {
   unsigned int t;
   float below, above;
@@ -70,7 +81,7 @@ Pick Select8(const Hist& h, unsigned int mode, float relative, unsigned int mn, 
   unsigned int t = 0;
   bool found = false;
   if (mode == IMG_THRESHOLD_MIN_RESIDUE || mode == IMG_THRESHOLD_ISODATA || mode == IMG_THRESHOLD_MAX_ENTROPY) {
-    float best = 3.4028235e38f;
+    Best best(3.4028235e38f);
     for (unsigned int c = mn; c <= mx; ++c) {
       const uint32_t a1 = c > mn ? count(mn, c - 1) : 0, b1 = c > mn ? sum(mn, c - 1) : 0;
       const uint32_t a2 = count(c, mx), b2 = sum(c, mx);
@@ -85,8 +96,8 @@ Pick Select8(const Hist& h, unsigned int mode, float relative, unsigned int mn, 
         for (unsigned int i = mn; i <= mx; ++i) (i < c ? ea : eb) += XLogX(h[i]);
         score = ea / a1 - std::log(double(a1)) + eb / a2 - std::log(double(a2));
       }
-      if (score < best) {
-        best = static_cast<float>(score);
+      if (best.Below(score)) {
+        best.Set(score);
         t = c, n1 = a1, s1 = b1, n2 = a2, s2 = b2, found = true;
       }
     }
@@ -354,7 +365,7 @@ Residue2 MinResidueModel(const Hist& h) {
   Residue2 r;
   uint32_t s = 0;
   for (unsigned int i = 0; i < 256; ++i) r.n += h[i], s += h[i] * i;
-  r.best = float(double(float(s)) * float(s) / float(r.n));
+  Best best(double(float(s)) * float(s) / float(r.n));
   for (unsigned int t = 0; t < 256; ++t) {
     uint32_t n1 = 0, s1 = 0;
     for (unsigned int i = 0; i < t; ++i) n1 += h[i], s1 += h[i] * i;
@@ -362,8 +373,9 @@ Residue2 MinResidueModel(const Hist& h) {
     if (n1 == 0 || n2 == 0) continue;
     const float f1 = float(n1), g1 = float(s1), f2 = float(n2), g2 = float(s2);
     const double x = double(g1) * g1 / f1 + double(g2) * g2 / f2;
-    if (x > r.best) r.best = float(x), r.t = t, r.below = g1 / f1, r.above = g2 / f2;
+    if (best.Above(x)) best.Set(x), r.t = t, r.below = g1 / f1, r.above = g2 / f2;
   }
+  r.best = best.rounded;
   return r;
 }
 
@@ -399,6 +411,26 @@ TEST(MinResidue, Worked) {
   Load(v, Hist(256, 0));
   EXPECT_EQ(ImgMinResidueThreshold(&v, b, a), 0);
   EXPECT_EQ(EGetError(), E_OK);
+}
+
+TEST(MinResidue, IdenticalSplitsKeepTheLowestThreshold) {
+  // Two clusters with empty bins between: every t in the gap makes the same
+  // split, whichever way the best score rounds.
+  Rng rng(23);
+  EBWHistogramVector v;
+  for (int iter = 0; iter < 60; ++iter) {
+    Hist h(256, 0);
+    const unsigned int gap = 60 + rng() % 100;
+    for (unsigned int i = gap - 40; i < gap; ++i) h[i] = rng() % 5000;
+    for (unsigned int i = gap + 30; i < gap + 90; ++i) h[i] = rng() % 5000;
+    h[gap - 1] = h[gap + 30] = 1000;
+    Load(v, h);
+    float b = 0, a = 0;
+    EXPECT_EQ(ImgMinResidueThreshold(&v, b, a), gap) << iter;
+    unsigned int t = IMG_THRESHOLD_MIN_RESIDUE;
+    ImgHistogramThreshold(&v, t, b, a, 0.f, 0, 255);
+    EXPECT_EQ(t, gap) << iter;
+  }
 }
 
 TEST(MinResidue, MatchesModelOnRandomHistograms) {
@@ -448,7 +480,7 @@ TEST(ThreeLevels, WorkedAndModel) {
     std::vector<uint32_t> pc(257, 0), ps(257, 0);
     for (unsigned int i = 0; i < 256; ++i) pc[i + 1] = pc[i] + r[i], ps[i + 1] = ps[i] + r[i] * i;
     const uint32_t n = pc[256], s = ps[256];
-    float best = float(double(float(s)) * float(s) / float(n));
+    Best best(double(float(s)) * float(s) / float(n));
     unsigned int b1 = 0, b2 = 0;
     float wl = -1, wm = -1, wh = -1;
     for (unsigned int t1 = 0; t1 < 256; ++t1)
@@ -458,8 +490,8 @@ TEST(ThreeLevels, WorkedAndModel) {
         if (nl == 0 || nm == 0 || nh == 0) continue;
         const double x = double(float(sl)) * float(sl) / float(nl) + double(float(sh)) * float(sh) / float(nh) +
                          double(float(sm)) * float(sm) / float(nm);
-        if (x > best) {
-          best = float(x), b1 = t1, b2 = t2;
+        if (best.Above(x)) {
+          best.Set(x), b1 = t1, b2 = t2;
           wl = float(sl) / float(nl), wm = float(sm) / float(nm), wh = float(sh) / float(nh);
         }
       }
@@ -470,7 +502,7 @@ TEST(ThreeLevels, WorkedAndModel) {
     EXPECT_EQ(a, wl);
     EXPECT_EQ(b, wm);
     EXPECT_EQ(c, wh);
-    const float want = float(std::sqrt((double(Q(r)) - best) / float(n)));
+    const float want = float(std::sqrt((double(Q(r)) - best.rounded) / float(n)));
     if (!std::isnan(want)) {
       EXPECT_EQ(res, want) << iter;
     }
@@ -496,7 +528,7 @@ TEST(MaxEntropy, WorkedAndModel) {
     uint32_t n = 0, s = 0;
     double all = 0;
     for (unsigned int i = 0; i < 256; ++i) n += h[i], s += h[i] * i, all += XLogX(h[i]);
-    float best = float(std::log(double(n)) - all / n);
+    Best best(std::log(double(n)) - all / n);
     unsigned int t = 0;
     float wb = -1, wa = -1;
     for (unsigned int c = 0; c < 256; ++c) {
@@ -506,7 +538,7 @@ TEST(MaxEntropy, WorkedAndModel) {
       const uint32_t n2 = n - n1, s2 = s - s1;
       if (n1 == 0 || n2 == 0) continue;
       const double e = std::log(double(n2)) + std::log(double(n1)) - (all - e1) / n2 - e1 / n1;
-      if (e > best) best = float(e), t = c, wb = float(s1) / float(n1), wa = float(s2) / float(n2);
+      if (best.Above(e)) best.Set(e), t = c, wb = float(s1) / float(n1), wa = float(s2) / float(n2);
     }
     b = a = -1;
     EXPECT_EQ(ImgMaxEntropyThreshold(&v, b, a), t) << iter;
