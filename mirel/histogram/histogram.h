@@ -41,7 +41,7 @@
 #include "mirel/foundation/vector.h"
 #include "mirel/histogram/histogram_vector.h"
 
-class EVector;
+#include "mirel/foundation/untyped_vector.h"
 
 enum IMG_HISTOGRAM_FEATURE {
   IMG_FEATURE_MAX_COUNT_BIN = 0,  // index of the largest bin (lowest on a tie); 0 when all are 0

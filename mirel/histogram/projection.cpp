@@ -4,8 +4,10 @@
 #include <cstring>
 #include <vector>
 
+#include "mirel/foundation/armed_frame_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
+#include "mirel/foundation/untyped_vector.h"
 #include "mirel/histogram/projection_internal.h"
 
 #if defined(MIREL_X86_SIMD)
@@ -250,4 +252,36 @@ short ImgProjectOnAColumn(const EROI<EBW16>* src, EBW16Vector* projection) {
 }
 short ImgProjectOnAColumn(const EROI<EC24>* src, EC24Vector* projection) {
   return ColourAverage("ImgProjectOnAColumn ( C24 Image Average)", src, projection, false);
+}
+
+// ---------------------------------------------------------------- older forms on EVector
+
+namespace {
+
+// Sums of the columns (onRow) or rows into a kind 2 vector of n items.
+short UntypedSums(const char* label, const EROI<EBW8>* src, EVector* v, bool onRow, E_ERRORS noData) {
+  const int mmx = EGetMMX();
+  mirel::ArmedFrame frame(label);
+  MIREL_ARMED_CHECK(frame, E_ERROR_VOID_IMAGE, src != nullptr && src->Void() == 0);
+  MIREL_ARMED_CHECK(frame, noData, v != nullptr);
+  const int n = onRow ? src->GetWidth() : src->GetHeight();
+  if (v->SetType(2, 1, n) != 0) return frame.Fail();
+  MIREL_ARMED_CHECK(frame, noData, v->GetDataPtr() != nullptr || n == 0);
+  if (n > 0) {
+    std::uint32_t* out = static_cast<std::uint32_t*>(v->GetDataPtr());
+    if (onRow) mirel::proj::ColumnSums8(RowsOf(src), out, mmx);
+    else mirel::proj::RowSums8(RowsOf(src), out, mmx);
+  }
+  return frame.Done();
+}
+
+}  // namespace
+
+short ImgProjectOnARow(const EROI<EBW8>* src, EVector* projection) {
+  return UntypedSums("ImgProjectOnARow ( EVector)", src, projection, true, E_ERROR_VOID_VECTOR);
+}
+
+short ImgProjectOnAColumn(const EROI<EBW8>* src, EVector* projection) {
+  // This one reports a vector without data as a missing image.
+  return UntypedSums("ImgProjectOnAColumn", src, projection, false, E_ERROR_VOID_IMAGE);
 }

@@ -20,7 +20,7 @@
 #include "mirel/foundation/image.h"
 #include "mirel/foundation/vector.h"
 
-class EVector;
+#include "mirel/foundation/untyped_vector.h"
 
 MIREL_API short ImgProjectOnARow(const EROI<EBW8>* src, EBW32Vector* projection);
 MIREL_API short ImgProjectOnARow(const EROI<EBW8>* src, EBW8Vector* projection);

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Bounded fuzz run of vector file loading: builds the libFuzzer target with
+# AddressSanitizer in its own build directory (build-fuzz) and runs it for
+# about a minute on a small seed corpus. Skipped when clang is missing.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+
+if ! command -v clang++ >/dev/null 2>&1; then
+  echo "fuzz run skipped: clang++ not found"
+  exit 0
+fi
+
+build=build-fuzz
+flags="-fsanitize=address,undefined,fuzzer-no-link -fno-omit-frame-pointer -fno-sanitize-recover=undefined"
+CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_SHARED_LIBS=OFF \
+  -DMIREL_BUILD_TESTS=OFF -DMIREL_BUILD_BENCH=OFF -DMIREL_BUILD_EXAMPLES=OFF -DMIREL_BUILD_FUZZ=ON \
+  -DCMAKE_CXX_FLAGS="$flags" \
+  -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=address,undefined" >/dev/null
+cmake --build "$build" --target mirel_fuzz_load -j"$(nproc)" >/dev/null 2>&1 || true
+target="$build/tools/fuzz/mirel_fuzz_load"
+if [ ! -x "$target" ]; then
+  echo "fuzz run skipped: libFuzzer not available to clang++"
+  exit 0
+fi
+
+corpus=$(mktemp -d)
+trap 'rm -rf "$corpus"' EXIT
+# Seeds: an empty file, an empty vector of each record type, short bodies.
+printf ''                                      > "$corpus/empty"
+printf 'E\x06\x01B\x00\x00\x00\x00'            > "$corpus/path0"
+printf 'E\x06\x01B\x02\x00\x00\x00\x01\x00\x02\x00\xff\xff\x00\x80' > "$corpus/path2"
+printf 'E\x07\x01C\x01\x00\x00\x00\x05\x00\x06\x00\xab\x00' > "$corpus/bw8"
+printf 'E\x08\x01L\x01\x00\x00\x00\x05\x00\x06\x00\x01\x02\x03\x00' > "$corpus/c24"
+printf 'E\x09\x01M\x01\x00\x00\x00\x01\x00\x00\x00\x02\x00\x00\x00\x00\x00\x80\x3f\xff\xff\xff\xff\x04\x00\x00\x00' > "$corpus/peak"
+printf 'E\x0b\x01O\x01\x00\x00\x00\x09\x00\x0a\x00\xef\xbe' > "$corpus/bw16"
+printf 'E\x09\x01M\xff\xff\xff\xff\x00\x00' > "$corpus/huge"
+printf 'E\x06\x01B\x09\x00\x00\x00\x01\x00' > "$corpus/short"
+
+set +e
+ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  "$target" -max_total_time=60 -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 "$corpus" 2>&1 | tail -n 20
+status=${PIPESTATUS[0]}
+set -e
+if [ "$status" -ne 0 ]; then
+  echo "fuzz run FAILED (status $status)"
+  exit "$status"
+fi
+echo "fuzz run passed"
