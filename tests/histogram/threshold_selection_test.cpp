@@ -289,12 +289,18 @@ Pick Select16(const Hist& h, unsigned int mode, float relative, unsigned int mn,
       const uint32_t p = h[i] * i;
       a1 += h[i], b1 += p, a2 -= h[i], b2 -= p;
     }
-  } else if (mode == IMG_THRESHOLD_MIN_DISTANCE) {
+  } else if (mode == IMG_THRESHOLD_MIN_DISTANCE || mode == IMG_THRESHOLD_MIN_SQUARED_DISTANCE) {
+    const bool sq = mode == IMG_THRESHOLD_MIN_SQUARED_DISTANCE;
     int64_t l = s[m], u = 0, a1 = n, a2 = 0, best = INT64_MAX;
+    if (sq) {
+      l = n * int64_t(mn) * mn;
+      for (unsigned int i = mn; i <= mx; ++i) l += int64_t(uint64_t(h[i]) * i * i);
+    }
     for (unsigned int i = mx + 1; i-- > mn;) {
       if (l + u < best) best = l + u, t = i, n1 = a1, s1 = l, n2 = a2, s2 = u, found = true;
-      l -= uint32_t(h[i] * i);
-      u += uint32_t(h[i] * (65535 - i));
+      const uint32_t up = 65535 - i;
+      l -= sq ? uint32_t(h[i] * i * i) : uint32_t(h[i] * i);
+      u += sq ? uint32_t(h[i] * up * up) : uint32_t(h[i] * up);
       a1 -= h[i], a2 += h[i];
     }
   } else {
@@ -326,7 +332,8 @@ TEST(HistogramThreshold, SixteenBitMatchesModel) {
     Load(v, h);
     const float rel = static_cast<float>(rng() % 1001) / 1000.f;
     for (unsigned int mode : {unsigned(IMG_THRESHOLD_MIN_RESIDUE), unsigned(IMG_THRESHOLD_ISODATA),
-                              unsigned(IMG_THRESHOLD_MIN_DISTANCE), unsigned(IMG_THRESHOLD_RELATIVE),
+                              unsigned(IMG_THRESHOLD_MIN_DISTANCE), unsigned(IMG_THRESHOLD_MIN_SQUARED_DISTANCE),
+                              unsigned(IMG_THRESHOLD_RELATIVE),
                               mn + static_cast<unsigned int>(rng() % (mx - mn + 1))}) {
       Pick p{mode, 0, 0};
       ImgHistogramThresholdBW16(&v, p.t, p.below, p.above, rel, mn, mx);
