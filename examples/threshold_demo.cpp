@@ -257,8 +257,9 @@ void MakeFrame(EImage<EBW8>& image) {
   };
   const Disc washers[] = {{150, 140, 70, 205}, {640, 150, 60, 215}, {660, 450, 80, 200}};
   const Disc screws[] = {{150, 140, 25, 40}, {640, 150, 20, 35}, {660, 450, 30, 45}, {130, 470, 35, 30}};
+  // The scene, sharp.
+  std::vector<double> scene(static_cast<size_t>(w) * h);
   for (int y = 0; y < h; ++y) {
-    EBW8* row = image.GetImagePtr(0, y);
     for (int x = 0; x < w; ++x) {
       const double dx = (x - w * 0.4) / w, dy = (y - h * 0.45) / h;
       double v = 95.0 - 90.0 * (dx * dx + dy * dy) + 0.02 * x;  // shading
@@ -274,7 +275,24 @@ void MakeFrame(EImage<EBW8>& image) {
       for (const Disc& d : screws)
         if ((x - d.x) * (x - d.x) + (y - d.y) * (y - d.y) < d.r * d.r) v = d.v;
       if (x > 300 && x < 500 && y > 480 && y < 520) v = 20.0;  // slot
-      // Noise: a sum of uniforms, roughly Gaussian with sigma 6.
+      scene[static_cast<size_t>(y) * w + x] = v;
+    }
+  }
+  // The lens softens edges: a 5x5 binomial blur, rows then columns.
+  const double tap[5] = {1 / 16.0, 4 / 16.0, 6 / 16.0, 4 / 16.0, 1 / 16.0};
+  std::vector<double> pass(scene.size());
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x) {
+      double sum = 0;
+      for (int k = -2; k <= 2; ++k) sum += tap[k + 2] * scene[static_cast<size_t>(y) * w + std::clamp(x + k, 0, w - 1)];
+      pass[static_cast<size_t>(y) * w + x] = sum;
+    }
+  for (int y = 0; y < h; ++y) {
+    EBW8* row = image.GetImagePtr(0, y);
+    for (int x = 0; x < w; ++x) {
+      double v = 0;
+      for (int k = -2; k <= 2; ++k) v += tap[k + 2] * pass[static_cast<size_t>(std::clamp(y + k, 0, h - 1)) * w + x];
+      // Sensor noise: a sum of uniforms, roughly Gaussian with sigma 6.
       int n = 0;
       for (int k = 0; k < 4; ++k) n += static_cast<int>(next() % 21);
       v += (n - 40) * 0.6;
@@ -298,7 +316,7 @@ struct Marker {
 
 // The histogram as bars (2 pixels a bin, square-root scale so that small
 // classes show), a grey-level ramp beneath, and a vertical line at each
-// threshold: bin t starts at the left edge of the line.
+// threshold, drawn over the first column of bin t.
 Picture Plot(const unsigned int* bins, const std::vector<Marker>& markers) {
   const int margin = 16, plotH = 300, rampH = 14, w = 512 + 2 * margin, h = plotH + rampH + 3 * margin;
   Picture pic;
@@ -327,11 +345,17 @@ Picture Plot(const unsigned int* bins, const std::vector<Marker>& markers) {
     }
   }
   for (int x = margin - 1; x <= margin + 512; ++x) put(x, base, Rgb{0, 0, 0});
-  for (const Marker& m : markers) {
+  // The first marker is drawn last and twice as wide, so that it stays in
+  // sight where thresholds coincide.
+  for (size_t k = markers.size(); k-- > 0;) {
+    const Marker& m = markers[k];
     if (m.threshold > 256) continue;
     const int x = margin + 2 * static_cast<int>(m.threshold);
     for (int y = margin; y < base; ++y)
-      if (!m.dashed || (y / 6) % 2 == 0) put(x, y, m.colour);
+      if (!m.dashed || (y / 6) % 2 == 0) {
+        put(x, y, m.colour);
+        if (k == 0) put(x - 1, y, m.colour);
+      }
   }
   return pic;
 }
@@ -400,14 +424,15 @@ int main(int argc, char** argv) {
     const char* name;
     unsigned int value;
     Rgb colour;
+    const char* colourName;
   };
   const Mode modes[] = {
-      {"minimum residue", IMG_THRESHOLD_MIN_RESIDUE, Rgb{220, 30, 30}},
-      {"maximum entropy", IMG_THRESHOLD_MAX_ENTROPY, Rgb{30, 150, 40}},
-      {"isodata (exhaustive)", IMG_THRESHOLD_ISODATA, Rgb{30, 80, 220}},
-      {"min distance", IMG_THRESHOLD_MIN_DISTANCE, Rgb{230, 140, 0}},
-      {"min squared distance", IMG_THRESHOLD_MIN_SQUARED_DISTANCE, Rgb{160, 40, 180}},
-      {"relative 0.5 (median)", IMG_THRESHOLD_RELATIVE, Rgb{0, 170, 170}},
+      {"minimum residue", IMG_THRESHOLD_MIN_RESIDUE, Rgb{220, 30, 30}, "red, bold"},
+      {"maximum entropy", IMG_THRESHOLD_MAX_ENTROPY, Rgb{30, 150, 40}, "green"},
+      {"isodata (exhaustive)", IMG_THRESHOLD_ISODATA, Rgb{30, 80, 220}, "blue"},
+      {"min distance", IMG_THRESHOLD_MIN_DISTANCE, Rgb{230, 140, 0}, "orange"},
+      {"min squared distance", IMG_THRESHOLD_MIN_SQUARED_DISTANCE, Rgb{160, 40, 180}, "purple"},
+      {"relative 0.5 (median)", IMG_THRESHOLD_RELATIVE, Rgb{0, 170, 170}, "teal"},
   };
   std::vector<Marker> markers;
   std::printf("\n%-24s %9s %14s %14s   %s\n", "mode", "threshold", "average below", "average above", "plot colour");
@@ -419,8 +444,7 @@ int main(int argc, char** argv) {
       std::printf("%-24s failed: %s\n", m.name, EGetErrorText(EGetError()));
       continue;
     }
-    std::printf("%-24s %9u %14.2f %14.2f   rgb(%d,%d,%d)\n", m.name, t, below, above, m.colour.r, m.colour.g,
-                m.colour.b);
+    std::printf("%-24s %9u %14.2f %14.2f   %s\n", m.name, t, below, above, m.colourName);
     markers.push_back({m.name, t, m.colour, false});
   }
   std::printf("(the two distance modes report the mean cost of each class, not its mean grey level)\n");
