@@ -55,11 +55,88 @@ namespace {
 using mirel::hist::ByteCounter;
 using mirel::hist::CountBytesPlain;
 
+// Counter of pixel pairs for images whose neighbouring pixels are close, as
+// camera images are: one increment for two pixels, into a table indexed by
+// the pair (256 KiB, of which such an image touches a few lines near the
+// diagonal). The two marginals of the pair table are the histogram of the
+// first and of the second pixel of each pair; their sum is the histogram.
+class PairCounter {
+ public:
+  explicit PairCounter(std::uint32_t* table) : table_(table) { std::memset(single_, 0, sizeof(single_)); }
+  void Add(const unsigned char* p, std::size_t n) {
+    std::uint32_t* t = table_;
+    std::size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+      std::uint16_t a, b, c, d;
+      std::memcpy(&a, p + i, 2);
+      std::memcpy(&b, p + i + 2, 2);
+      std::memcpy(&c, p + i + 4, 2);
+      std::memcpy(&d, p + i + 6, 2);
+      ++t[a];
+      ++t[b];
+      ++t[c];
+      ++t[d];
+    }
+    for (; i < n; ++i) ++single_[p[i]];
+  }
+  void Flush(unsigned int* out) {
+    // Row r of the table holds the pairs whose high byte is r: its sum
+    // counts r once a pair, and the sum of all rows counts each low byte.
+    std::uint32_t columns[256] = {};
+    for (int r = 0; r < 256; ++r) {
+      const std::uint32_t* row = table_ + 256 * r;
+      std::uint32_t sum = 0;
+      for (int c = 0; c < 256; ++c) {
+        sum += row[c];
+        columns[c] += row[c];
+      }
+      out[r] += sum;
+    }
+    for (int v = 0; v < 256; ++v) out[v] += columns[v] + single_[v];
+  }
+
+ private:
+  std::uint32_t* table_;
+  std::uint32_t single_[256];
+};
+
+// Whether neighbouring pixels of a few sample rows are mostly close, so that
+// the pair counter will find its table in the cache.
+bool LooksSmooth(const mirel::Rows<const EBW8>& rows) {
+  int close = 0, total = 0;
+  for (int k = 0; k < 8; ++k) {
+    const int y = static_cast<int>(static_cast<long long>(rows.height - 1) * k / 7);
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(rows.Row(y));
+    const int n = rows.width < 1024 ? rows.width : 1024;
+    for (int x = 0; x + 1 < n; ++x) {
+      const int d = p[x] - p[x + 1];
+      close += (d <= 16 && d >= -16) ? 1 : 0;
+      ++total;
+    }
+  }
+  return close * 8 >= total * 7;
+}
+
+// Above this many pixels the pair table pays for its clearing and summing.
+constexpr long long kPairCounterPixels = 1 << 20;
+
 // Counts the pixels of an EBW8 ROI, or of its runs, into `out` (256 bins,
 // already cleared).
 void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
   const int runCount = src->GetNumRuns();
   const unsigned char* first = reinterpret_cast<const unsigned char*>(src->GetImagePtr(0, 0));
+  const mirel::Rows<const EBW8> rows = mirel::RowsOf(src);
+  if (fast && runCount <= 0 && static_cast<long long>(rows.width) * rows.height >= kPairCounterPixels &&
+      LooksSmooth(rows)) {
+    std::unique_ptr<std::uint32_t[]> table(new (std::nothrow) std::uint32_t[65536]());
+    if (table != nullptr) {
+      PairCounter pairs(table.get());
+      for (int y = 0; y < rows.height; ++y)
+        pairs.Add(reinterpret_cast<const unsigned char*>(rows.Row(y)), static_cast<std::size_t>(rows.width));
+      pairs.Flush(out);
+      return;
+    }
+  }
   ByteCounter* counter = nullptr;
   ByteCounter local;  // 4 KiB on the stack
   if (fast) counter = &local;
@@ -78,7 +155,6 @@ void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
       add(p, static_cast<std::size_t>(run.end - run.start));
     }
   } else {
-    const mirel::Rows<const EBW8> rows = mirel::RowsOf(src);
     for (int y = 0; y < rows.height; ++y)
       add(reinterpret_cast<const unsigned char*>(rows.Row(y)), static_cast<std::size_t>(rows.width));
   }
@@ -250,18 +326,20 @@ void ImgEqualize(const EROI<EBW16>* src, EROI<EBW16>* dst) {
 
 namespace {
 
-// A feature of the bins min..max; get(i) is the count of bin i. Integer
-// features come back in `integer` (and *isInteger is set), the others in the
-// float result.
+// A feature of the bins min..max; get(i) is the count of bin i. Only the
+// bins lo..hi (inside min..max) are read: the caller knows the others are 0.
+// Integer features come back in `integer` (and *isInteger is set), the others
+// in the float result.
 template <class Get>
-float Feature(Get get, int min, int max, int feature, std::uint32_t* integer, bool* isInteger) {
+float Feature(Get get, int min, int max, long long lo, long long hi, int feature, std::uint32_t* integer,
+              bool* isInteger) {
   *isInteger = true;
   switch (feature) {
     case IMG_FEATURE_MAX_COUNT_BIN:
     case IMG_FEATURE_MAX_COUNT: {
       std::uint32_t best = 0;
-      int at = 0;
-      for (int i = min; i <= max; ++i) {
+      long long at = 0;
+      for (long long i = lo; i <= hi; ++i) {
         const std::uint32_t c = get(i);
         if (c > best) {
           best = c;
@@ -274,8 +352,8 @@ float Feature(Get get, int min, int max, int feature, std::uint32_t* integer, bo
     case IMG_FEATURE_MIN_COUNT_BIN:
     case IMG_FEATURE_MIN_COUNT: {
       std::uint32_t best = 0xFFFFFFFFu;
-      int at = 0;
-      for (int i = min; i <= max; ++i) {
+      long long at = 0;
+      for (long long i = lo; i <= hi; ++i) {
         const std::uint32_t c = get(i);
         if (c != 0 && c < best) {
           best = c;
@@ -286,27 +364,35 @@ float Feature(Get get, int min, int max, int feature, std::uint32_t* integer, bo
       return 0.0f;
     }
     case IMG_FEATURE_FIRST_BIN: {
-      int i = min;
-      while (i <= max && get(i) == 0) ++i;
-      *integer = static_cast<std::uint32_t>(i);
+      *integer = static_cast<std::uint32_t>(max) + 1u;  // none found
+      for (long long i = lo; i <= hi; ++i) {
+        if (get(i) != 0) {
+          *integer = static_cast<std::uint32_t>(i);
+          break;
+        }
+      }
       return 0.0f;
     }
     case IMG_FEATURE_LAST_BIN: {
-      int i = max;
-      while (i >= min && get(i) == 0) --i;
-      *integer = static_cast<std::uint32_t>(i);
+      *integer = static_cast<std::uint32_t>(min) - 1u;  // none found
+      for (long long i = hi; i >= lo; --i) {
+        if (get(i) != 0) {
+          *integer = static_cast<std::uint32_t>(i);
+          break;
+        }
+      }
       return 0.0f;
     }
     case IMG_FEATURE_TOTAL: {
       std::uint32_t sum = 0;
-      for (int i = min; i <= max; ++i) sum += get(i);
+      for (long long i = lo; i <= hi; ++i) sum += get(i);
       *integer = sum;
       return 0.0f;
     }
     case IMG_FEATURE_MEAN: {
       *isInteger = false;
-      std::uint32_t n = 0, s1 = 0;
-      for (int i = min; i <= max; ++i) {
+      std::uint32_t n = 0, s1 = 0;  // 32-bit sums with wrap-around
+      for (long long i = lo; i <= hi; ++i) {
         const std::uint32_t c = get(i);
         n += c;
         s1 += c * static_cast<std::uint32_t>(i);
@@ -318,10 +404,11 @@ float Feature(Get get, int min, int max, int feature, std::uint32_t* integer, bo
       *isInteger = false;
       std::uint32_t n = 0;
       float s1 = 0.0f, s2 = 0.0f;
-      for (int i = min; i <= max; ++i) {
+      for (long long i = lo; i <= hi; ++i) {
         const std::uint32_t c = get(i);
         const std::uint32_t ui = static_cast<std::uint32_t>(i);
         n += c;
+        // Each term in 32 bits read as signed; the sums in single precision.
         s1 += static_cast<float>(static_cast<std::int32_t>(c * ui));
         s2 += static_cast<float>(static_cast<std::int32_t>(c * ui * ui));
       }
@@ -342,7 +429,7 @@ template <class Get>
 float FeatureAsFloat(Get get, int min, int max, int feature) {
   std::uint32_t integer = 0;
   bool isInteger = false;
-  const float f = Feature(get, min, max, feature, &integer, &isInteger);
+  const float f = Feature(get, min, max, min, max, feature, &integer, &isInteger);
   return isInteger ? static_cast<float>(static_cast<std::int32_t>(integer)) : f;
 }
 
@@ -360,7 +447,7 @@ float ImgAnalyseHistogram(const EBWHistogramVector* histogram, IMG_HISTOGRAM_FEA
     ETraceError("ImgAnalyseHistogram");  // leaves the clear state clear
     return 0.0f;
   }
-  return FeatureAsFloat([h](int i) { return h[i]; }, min, max, f);
+  return FeatureAsFloat([h](long long i) { return h[i]; }, min, max, f);
 }
 
 float ImgAnalyseHistogramBW16(const EBWHistogramVector* histogram, IMG_HISTOGRAM_FEATURE feature, int min,
@@ -379,7 +466,7 @@ float ImgAnalyseHistogramBW16(const EBWHistogramVector* histogram, IMG_HISTOGRAM
   const unsigned int count = histogram->GetNumElements();
   const unsigned int base = static_cast<unsigned int>(min);
   return FeatureAsFloat(
-      [h, count, base](int i) {
+      [h, count, base](long long i) {
         const unsigned int at = base + static_cast<unsigned int>(i);
         return at < count ? h[at] : 0u;
       },
@@ -465,13 +552,16 @@ short AnalyseUntyped(EVector* histogram, int min, int max, int feature, R& resul
   MIREL_ARMED_CHECK(frame, E_ERROR_VOID_VECTOR, histogram->GetDataPtr() != nullptr);
   const bool served = integerForm ? (feature >= 0 && feature <= 6) : (feature == 7 || feature == 8);
   if (!served) return frame.Done();
-  // The range is not checked; bins outside the vector's room read as 0.
+  // The range is not checked; bins outside the vector's room count as 0,
+  // so only the part of min..max inside the room is read.
   const unsigned int* h = static_cast<const unsigned int*>(histogram->GetDataPtr());
-  const unsigned int items = Items32(histogram);
-  auto get = [h, items](int i) { return i >= 0 && static_cast<unsigned int>(i) < items ? h[i] : 0u; };
+  const long long items = static_cast<long long>(Items32(histogram));
+  const long long lo = min > 0 ? min : 0;
+  const long long hi = static_cast<long long>(max) < items - 1 ? max : items - 1;
+  auto get = [h](long long i) { return h[i]; };
   std::uint32_t integer = 0;
   bool isInteger = false;
-  const float f = Feature(get, min, max, feature, &integer, &isInteger);
+  const float f = Feature(get, min, max, lo, hi, feature, &integer, &isInteger);
   if (integerForm) result = static_cast<R>(static_cast<std::int32_t>(integer));
   else result = static_cast<R>(f);
   return frame.Done();

@@ -40,12 +40,9 @@ void Lut8Rows(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const unsigned
   if (mmx != 0) {
     const int level = cpu::ActiveSimdLevel();
     if (level >= cpu::kAVX512 && Lut8RowsAVX512(src, dst, table)) return;
+    // Below AVX2 the nibble shuffles lose to the unrolled scalar walk.
     if (level >= cpu::kAVX2) {
       Lut8RowsAVX2(src, dst, table);
-      return;
-    }
-    if (level >= cpu::kSSE41) {
-      Lut8RowsSSSE3(src, dst, table);
       return;
     }
   }

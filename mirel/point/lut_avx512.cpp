@@ -1,7 +1,7 @@
 // AVX-512 forms of the 8-bit table walk and of the 16-bit block formula of
-// the 8-bit gain. The table walk uses two-table byte permutes where the
-// processor has them (VBMI) and masked nibble shuffles otherwise; row tails
-// are done with masked loads and stores.
+// the 8-bit gain. The table walk needs the two-table byte permutes of VBMI
+// (the caller falls back to AVX2 without them); row tails are done with
+// masked loads and stores.
 #include <immintrin.h>
 
 #include "mirel/point/lut_internal.h"
@@ -12,10 +12,8 @@ namespace {
 
 #if defined(__GNUC__)
 #define MIREL_TARGET_VBMI __attribute__((target("avx512vbmi")))
-bool HasVbmi() {
-  static const bool has = __builtin_cpu_supports("avx512vbmi") != 0;
-  return has;
-}
+// Reads the processor model that the runtime detected at load; cheap.
+bool HasVbmi() { return __builtin_cpu_supports("avx512vbmi") != 0; }
 #else
 #define MIREL_TARGET_VBMI
 bool HasVbmi() { return false; }
@@ -55,51 +53,35 @@ MIREL_TARGET_VBMI void LutRowsVbmi(const Rows<const EBW8>& src, const Rows<EBW8>
   }
 }
 
-void LutRowsNibble(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const unsigned char* table) {
-  __m512i t[16];
-  for (int h = 0; h < 16; ++h) {
-    alignas(64) unsigned char row[64];
-    for (int j = 0; j < 64; ++j) row[j] = table[16 * h + (j & 15)];
-    t[h] = _mm512_load_si512(row);
-  }
-  const __m512i nibble = _mm512_set1_epi8(0x0F);
-  const std::size_t n = static_cast<std::size_t>(src.width);
-  for (int y = 0; y < src.height; ++y) {
-    const unsigned char* s = reinterpret_cast<const unsigned char*>(src.Row(y));
-    unsigned char* d = reinterpret_cast<unsigned char*>(dst.Row(y));
-    for (std::size_t i = 0; i < n; i += 64) {
-      const __mmask64 k = TailMask(n - i);
-      const __m512i x = _mm512_maskz_loadu_epi8(k, s + i);
-      const __m512i lo = _mm512_and_si512(x, nibble);
-      const __m512i hi = _mm512_and_si512(_mm512_srli_epi16(x, 4), nibble);
-      __m512i acc = _mm512_setzero_si512();
-      for (int h = 0; h < 16; ++h) {
-        const __mmask64 m = _mm512_cmpeq_epi8_mask(hi, _mm512_set1_epi8(static_cast<char>(h)));
-        acc = _mm512_mask_shuffle_epi8(acc, m, t[h], lo);
-      }
-      _mm512_mask_storeu_epi8(d + i, k, acc);
-    }
-  }
-}
-
 }  // namespace
 
 bool Lut8RowsAVX512(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const unsigned char* table) {
-  if (HasVbmi()) LutRowsVbmi(src, dst, table);
-  else LutRowsNibble(src, dst, table);
+  if (!HasVbmi()) return false;
+  LutRowsVbmi(src, dst, table);
   return true;
 }
 
 void GainBlocksAVX512(const unsigned char* s, unsigned char* d, std::size_t n, std::uint16_t g, std::int16_t o) {
   const __m512i vg = _mm512_set1_epi16(static_cast<short>(g));
   const __m512i vo = _mm512_set1_epi16(o);
-  for (std::size_t i = 0; i < n; i += 32) {
+  const __m512i zero = _mm512_setzero_si512();
+  std::size_t i = 0;
+  // 64 pixels a round: widen within 128-bit lanes, and pack back the same way.
+  for (; i + 64 <= n; i += 64) {
+    const __m512i x = _mm512_loadu_si512(s + i);
+    __m512i lo = _mm512_unpacklo_epi8(x, zero);
+    __m512i hi = _mm512_unpackhi_epi8(x, zero);
+    lo = _mm512_adds_epi16(_mm512_srli_epi16(_mm512_mullo_epi16(lo, vg), 5), vo);
+    hi = _mm512_adds_epi16(_mm512_srli_epi16(_mm512_mullo_epi16(hi, vg), 5), vo);
+    _mm512_storeu_si512(d + i, _mm512_packus_epi16(lo, hi));
+  }
+  for (; i < n; i += 32) {
     const std::size_t left = n - i;
     const __mmask32 k = left >= 32 ? ~static_cast<__mmask32>(0) : ((static_cast<__mmask32>(1) << left) - 1);
     const __m512i x = _mm512_cvtepu8_epi16(_mm256_maskz_loadu_epi8(k, s + i));
     const __m512i v = _mm512_adds_epi16(_mm512_srli_epi16(_mm512_mullo_epi16(x, vg), 5), vo);
     // Saturate to 0..255 and narrow.
-    const __m512i c = _mm512_min_epi16(_mm512_max_epi16(v, _mm512_setzero_si512()), _mm512_set1_epi16(255));
+    const __m512i c = _mm512_min_epi16(_mm512_max_epi16(v, zero), _mm512_set1_epi16(255));
     _mm256_mask_storeu_epi8(d + i, k, _mm512_maskz_cvtepi16_epi8(~static_cast<__mmask32>(0), c));
   }
 }

@@ -26,9 +26,8 @@ inline unsigned char GainBlockPixel(unsigned char x, std::uint16_t g, std::int16
 }
 
 #if defined(MIREL_X86_SIMD)
-void Lut8RowsSSSE3(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const unsigned char* table);
 void Lut8RowsAVX2(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const unsigned char* table);
-// Returns false when the processor lacks what the routine needs.
+// Returns false when the processor lacks the byte permutes (VBMI) it needs.
 bool Lut8RowsAVX512(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const unsigned char* table);
 
 // Block formula of the gain over n pixels (any n; the caller passes the

@@ -59,6 +59,30 @@ TEST(HistogramBW8, MatchesReferenceOnRandomRoisOnEveryPath) {
   }
 }
 
+TEST(HistogramBW8, LargeSmoothAndNoisyImagesOnEveryPath) {
+  // Large images with close neighbours take the pair counter on the fast
+  // paths; the noisy one and the scalar path do not. All count alike.
+  Rng rng(12);
+  EImage<EBW8> image;
+  EROI<EBW8> roi;
+  testsupport::PlaceRandom(image, roi, 1027, 1031, rng);
+  for (int noisy = 0; noisy < 2; ++noisy) {
+    for (int y = 0; y < image.GetHeight(); ++y)
+      for (int x = 0; x < image.GetWidth(); ++x) {
+        const int v = noisy ? static_cast<int>(rng() & 255) : (x / 5 + y / 7 + static_cast<int>(rng() % 9)) & 255;
+        image.SetPixel(static_cast<unsigned char>(v), x, y);
+      }
+    const std::vector<unsigned int> want = ReferenceBW8(roi);
+    for (int path : testsupport::AllPaths()) {
+      testsupport::PathGuard guard(path);
+      EBWHistogramVector hist;
+      ImgHistogram(&roi, &hist);
+      ASSERT_EQ(EGetError(), E_OK);
+      ASSERT_EQ(Bins(hist), want) << "path " << path << " noisy " << noisy;
+    }
+  }
+}
+
 TEST(HistogramBW8, CountsOnlyRunsWithAddressesOrOffsets) {
   Rng rng(5);
   for (int path : testsupport::AllPaths()) {

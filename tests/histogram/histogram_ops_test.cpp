@@ -70,6 +70,11 @@ TEST(HistogramField, SixteenAndThirtyTwoBitAgainstReference) {
     ASSERT_EQ(EGetError(), E_OK);
     EXPECT_EQ(Bins(h), FieldReference(img32, c.msb, c.bits, c.sat != 0)) << c.msb << " " << c.bits;
   }
+  // msb at the top bit: saturate is forced off.
+  EBWHistogramVector on, off;
+  ImgHistogram(&r16, &on, 15, 8, 1);
+  ImgHistogram(&r16, &off, 15, 8, 0);
+  EXPECT_EQ(Bins(on), Bins(off));
   // bits = 32: one bin holding every pixel.
   ImgHistogram(&img32, &h, 31, 32, 1);
   EXPECT_EQ(Bins(h), std::vector<unsigned int>{23u * 4u});
@@ -152,6 +157,32 @@ TEST(HistogramOps, EqualizeEightBitMatchesModelOnEveryPath) {
   ImgEqualize(&a, &b);
   EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
   EXPECT_STREQ(EGetErrorTrace(), "ImgEqualize");
+}
+
+TEST(HistogramOps, EqualizeCountsTheRunsAndMapsEveryPixel) {
+  EImage<EBW8> s(10, 2), d(10, 2);
+  for (int x = 0; x < 10; ++x) {
+    s.SetPixel(static_cast<unsigned char>(x), x, 0);
+    s.SetPixel(static_cast<unsigned char>(x + 100), x, 1);
+  }
+  ERun run{0, 4, 0, 0};  // pixels 0..3 of row 0
+  s.SetRuns(&run, 1, 1);
+  ImgEqualize(&s, &d);
+  ASSERT_EQ(EGetError(), E_OK);
+  for (int x = 0; x < 10; ++x) {
+    const unsigned below = x < 4 ? static_cast<unsigned>(x) : 4u;
+    EXPECT_EQ(d.GetPixel(x, 0).value, below * 255 / 4) << x;
+    EXPECT_EQ(d.GetPixel(x, 1).value, 255) << x;
+  }
+}
+
+TEST(HistogramOps, EmptyHistogramGivesAZeroTable) {
+  EBWHistogramVector h;
+  SetBins(h, std::vector<unsigned int>(256, 0));
+  EBW8Vector table;
+  ImgSetupEqualize(&h, &table);
+  ASSERT_EQ(table.GetNumElements(), 256u);
+  for (unsigned int i = 0; i < 256; ++i) ASSERT_EQ(table[i].value, 0);
 }
 
 TEST(HistogramOps, EqualizeSixteenBit) {

@@ -87,6 +87,15 @@ TEST(LegacyHistogram, AnalyseIntAndFloatForms) {
   f = 4.5f;
   EXPECT_EQ(ImgAnalyseHistogram(&h, 0, 255, IMG_FEATURE_TOTAL, f), 0);
   EXPECT_EQ(f, 4.5f);
+  // The range is not checked: bins outside the vector count as empty.
+  ASSERT_EQ(ImgAnalyseHistogram(&h, -7, 100000, IMG_FEATURE_TOTAL, i), 0);
+  EXPECT_EQ(i, 8);
+  ASSERT_EQ(ImgAnalyseHistogram(&h, 300, 400, IMG_FEATURE_FIRST_BIN, i), 0);
+  EXPECT_EQ(i, 401);
+  ASSERT_EQ(ImgAnalyseHistogram(&h, -3, 2, IMG_FEATURE_LAST_BIN, i), 0);
+  EXPECT_EQ(i, -4);
+  ASSERT_EQ(ImgAnalyseHistogram(&h, -50, 2147483647, IMG_FEATURE_LAST_BIN, i), 0);
+  EXPECT_EQ(i, 9);
   // Wrong kind: 1602, result untouched.
   EVector table;
   ASSERT_EQ(table.SetType(3, 1, 256), 0);
