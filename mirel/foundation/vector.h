@@ -50,7 +50,8 @@ namespace mirel {
 namespace detail {
 
 // Slot of a record type in the vector file format table; -1 for types that
-// have no file format. Specialised next to the records.
+// have no file format. Each record type with a format names its slot next
+// to its definition.
 template <class T>
 struct VectorFileSlot {
   static constexpr int value = -1;
@@ -161,7 +162,7 @@ class MIREL_API EVectorTemplate {
 
   // By value; a zeroed record and 1011 when i is out of range.
   T GetElement(int i) const {
-    if (i < 0 || static_cast<unsigned int>(i) >= m_un32NumElements) {
+    if (i < 0 || !Holds(static_cast<unsigned int>(i))) {
       ESetError(E_ERROR_INDEX_OUT_OF_RANGE);
       ETraceError("EVector::GetElement");
       T zero;
@@ -174,16 +175,16 @@ class MIREL_API EVectorTemplate {
   // Sets 1011 when i is out of range; the record is still written when i
   // lies inside the allocated storage, and dropped otherwise.
   void SetElement(int i, T element) {
-    if (i < 0 || static_cast<unsigned int>(i) >= m_un32NumElements) {
+    if (i < 0 || !Holds(static_cast<unsigned int>(i))) {
       ESetError(E_ERROR_INDEX_OUT_OF_RANGE);
       ETraceError("EVector::SetElement");
-      if (i < 0 || static_cast<unsigned int>(i) >= m_un32MaxElements) return;
+      if (i < 0 || static_cast<unsigned int>(i) >= m_un32MaxElements || m_pData == nullptr) return;
     }
     m_pData[i] = element;
   }
 
   T& operator[](unsigned int i) const {
-    if (i >= m_un32NumElements) {
+    if (!Holds(i)) {
       ESetError(E_ERROR_INDEX_OUT_OF_RANGE);
       ETraceError("EVector::operator[]");
       return Dummy();
@@ -193,7 +194,7 @@ class MIREL_API EVectorTemplate {
 
   // Closes the gap at i, keeping the order.
   void RemoveElement(unsigned int i) {
-    if (i >= m_un32NumElements) {
+    if (!Holds(i)) {
       ESetError(E_ERROR_INDEX_OUT_OF_RANGE);
       ETraceError("EVector::RemoveElement");
       return;
@@ -236,6 +237,10 @@ class MIREL_API EVectorTemplate {
       return;
     }
     if (write != 0) {
+      if (m_pData == nullptr && m_un32NumElements != 0) {  // a count left without storage
+        ESetError(E_ERROR_FILE_WRITE);
+        return;
+      }
       const unsigned char count[4] = {
           static_cast<unsigned char>(m_un32NumElements), static_cast<unsigned char>(m_un32NumElements >> 8),
           static_cast<unsigned char>(m_un32NumElements >> 16), static_cast<unsigned char>(m_un32NumElements >> 24)};
@@ -299,6 +304,9 @@ class MIREL_API EVectorTemplate {
   }
 
  protected:
+  // Index i names a stored element. Also false for the count that a failed
+  // counted constructor leaves without storage.
+  bool Holds(unsigned int i) const { return i < m_un32NumElements && m_pData != nullptr; }
   static T* Allocate(unsigned int n) {
     if (static_cast<std::size_t>(n) > static_cast<std::size_t>(-1) / sizeof(T)) return nullptr;
     return static_cast<T*>(std::malloc(static_cast<std::size_t>(n) * sizeof(T)));

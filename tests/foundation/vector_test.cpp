@@ -138,6 +138,9 @@ TEST(TypedVector, FailedAllocationLeavesTheVectorAsItWas) {
   EXPECT_EQ(failed.GetNumElements(), 0x80000001u);
   EXPECT_EQ(failed.GetDataPtr(), nullptr);
   EOk();
+  failed.RemoveElement(0);  // reported, never moved through the null pointer
+  EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
+  EOk();
 }
 
 TEST(TypedVector, AssignmentAndCopyToReplaceContent) {
@@ -149,7 +152,8 @@ TEST(TypedVector, AssignmentAndCopyToReplaceContent) {
   EXPECT_EQ(b.GetMaxElements(), 9u);
   EXPECT_NE(b.GetDataPtr(), a.GetDataPtr());
   EXPECT_EQ(b[8], 108u);
-  b = b;  // self-assignment keeps everything
+  EVectorTemplate<unsigned int>& alias = b;
+  b = alias;  // self-assignment keeps everything
   EXPECT_EQ(b[8], 108u);
   EVectorTemplate<unsigned int> c;
   EXPECT_EQ(a.CopyTo(&c), &c);

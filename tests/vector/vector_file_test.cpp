@@ -3,6 +3,8 @@
 #include <fstream>
 #include <random>
 #include <iterator>
+#include <memory>
+#include <typeinfo>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -91,8 +93,17 @@ TEST(Records, PathAndPeakVectorsConstruction) {
   EXPECT_EQ(a.GetNumElements(), 0u);
   a.SetClosed(1);
   EXPECT_EQ(a.GetClosed(), 1);
+  a.AddElement(EPath{3, 4});
   EPathVector copy(a);
   EXPECT_EQ(copy.GetClosed(), 1);
+  EXPECT_EQ(copy[0].m_n16Y, 4);
+  // CopyTo(nullptr) makes a bare vector, not the named one; the caller owns it.
+  std::unique_ptr<EVectorTemplate<EPath>> bare(a.CopyTo(nullptr));
+  ASSERT_NE(bare, nullptr);
+  const EVectorTemplate<EPath>& made = *bare;
+  EXPECT_TRUE(typeid(made) == typeid(EVectorTemplate<EPath>));
+  EXPECT_EQ(bare->GetNumElements(), 1u);
+  EXPECT_EQ(bare->GetMaxElements(), 1u);
   EBW16PathVector b(12);
   EXPECT_EQ(b.GetMaxElements(), 12u);
   EXPECT_EQ(b.GetNumElements(), 0u);

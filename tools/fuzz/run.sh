@@ -16,12 +16,12 @@ CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_SHA
   -DMIREL_BUILD_TESTS=OFF -DMIREL_BUILD_BENCH=OFF -DMIREL_BUILD_EXAMPLES=OFF -DMIREL_BUILD_FUZZ=ON \
   -DCMAKE_CXX_FLAGS="$flags" \
   -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=address,undefined" >/dev/null
-cmake --build "$build" --target mirel_fuzz_load -j"$(nproc)" >/dev/null 2>&1 || true
-target="$build/tools/fuzz/mirel_fuzz_load"
-if [ ! -x "$target" ]; then
+if ! grep -q '^MIREL_HAVE_LIBFUZZER:INTERNAL=1' "$build/CMakeCache.txt"; then
   echo "fuzz run skipped: libFuzzer not available to clang++"
   exit 0
 fi
+cmake --build "$build" --target mirel_fuzz_load -j"$(nproc)" >/dev/null
+target="$build/tools/fuzz/mirel_fuzz_load"
 
 corpus=$(mktemp -d)
 trap 'rm -rf "$corpus"' EXIT
