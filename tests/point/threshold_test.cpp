@@ -193,6 +193,27 @@ TEST(Threshold, ModesUseTheSelectedThreshold) {
   }
 }
 
+TEST(Threshold, ModeCountsOnlyTheRunMask) {
+  // Left half 40, right half 200, one middle column 90. With a run mask on
+  // the left half and the middle column only, the minimum-residue threshold
+  // falls between 40 and 90 (41), so 90 and 200 both become white; without
+  // the mask it falls at 91 and the middle column stays black.
+  EImage<EBW8> src(21, 3), dst(21, 3);
+  for (int y = 0; y < 3; ++y)
+    for (int x = 0; x < 21; ++x) src.GetImagePtr(x, y)->value = static_cast<unsigned char>(x < 10 ? 40 : x == 10 ? 90 : 200);
+  ImgThreshold(&src, &dst, IMG_THRESHOLD_MIN_RESIDUE, 0, 255, 0.f);
+  EXPECT_EQ(dst.GetImagePtr(10, 0)->value, 0);
+  EROI<EBW8> roi(&src, 0, 0, 21, 3);
+  std::vector<ERun> runs;
+  for (int y = 0; y < 3; ++y) {
+    const std::intptr_t row = static_cast<std::intptr_t>(y) * roi.GetRowPitch();
+    runs.push_back(ERun{row, row + 11, 0, y});
+  }
+  roi.SetRuns(runs.data(), static_cast<int>(runs.size()), 1);
+  EXPECT_EQ(ImgThreshold(&roi, &dst, IMG_THRESHOLD_MIN_RESIDUE, 0, 255, 0.f), 0);
+  for (int x = 0; x < 21; ++x) EXPECT_EQ(dst.GetImagePtr(x, 2)->value, x < 10 ? 0 : 255) << x;
+}
+
 TEST(Threshold, ChecksLeaveTheDestinationAlone) {
   Rng rng(10);
   EImage<EBW8> src(20, 4), dst(20, 4), small(19, 4);
