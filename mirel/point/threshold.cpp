@@ -12,6 +12,11 @@
 #if defined(MIREL_X86_SIMD)
 #include <emmintrin.h>
 #include <tmmintrin.h>
+#if defined(__GNUC__)
+#define MIREL_TARGET_SSSE3 __attribute__((target("ssse3")))
+#else
+#define MIREL_TARGET_SSSE3
+#endif
 #endif
 
 namespace mirel {
@@ -154,8 +159,8 @@ struct BoxTables {
 };
 
 // Returns the number of pixels done (a multiple of 16).
-__attribute__((target("ssse3"))) int BoxRowSSSE3(const unsigned char* s, unsigned char* d, int w,
-                                                  const BoxTables& t) {
+MIREL_TARGET_SSSE3 int BoxRowSSSE3(const unsigned char* s, unsigned char* d, int w,
+                                   const BoxTables& t) {
   __m128i l[3], sp[3], g[3][3];
   for (int v = 0; v < 3; ++v) {
     l[v] = _mm_load_si128(reinterpret_cast<const __m128i*>(t.lo[v]));
