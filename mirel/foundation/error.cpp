@@ -59,6 +59,7 @@ constexpr CodeText kTexts[] = {
     {E_ERROR_CONTOUR_EMPTY, "The contour holds no point."},
     {E_ERROR_VOID_VECTOR, "The vector has no data."},
     {E_ERROR_VECTOR_LENGTH, "The vector is too short."},
+    {E_ERROR_VECTOR_WRONG_TYPE, "The untyped vector is not of the kind this operation takes."},
     {E_ERROR_VECTOR_TYPE, "The vector is empty or the range does not fit it."},
     {E_ERROR_VECTOR_GROUP, "The vector's item width is not supported here."},
     {E_ERROR_VECTOR_DATA_TYPE, "The vector's data type is wrong."},

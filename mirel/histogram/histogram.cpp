@@ -479,7 +479,7 @@ namespace {
 
 // The code of the older equalization table setup for a histogram that is
 // not a vector of kind 2.
-constexpr E_ERRORS kNotAHistogram = static_cast<E_ERRORS>(1603);
+constexpr E_ERRORS kNotAHistogram = E_ERROR_VECTOR_WRONG_TYPE;
 
 // Items of 32 bits that an EVector's room holds.
 unsigned int Items32(const EVector* v) { return static_cast<unsigned int>(v->GetAllocatedSize()) / 4u; }
