@@ -6,8 +6,8 @@
 //   * The three forms that draw on `dst` write only the overlay's
 //     non-transparent pixels, at (x + i, y + j), packed to the destination's
 //     format (EC16: 5-6-5 from the top bits of the components 0, 1, 2;
-//     EC15: 5-5-5). x and y are not tested: the caller keeps the picture
-//     inside the destination.
+//     EC15: 5-5-5). Overlay pixels that would fall outside the destination
+//     are not drawn.
 //   * The form with a grey source makes the whole destination: it sizes
 //     `dst` like `src`, then every pixel is the overlay pixel where the
 //     overlay (placed at x, y; negative values shift it up and left) covers
