@@ -20,6 +20,9 @@ def main():
     order = []
     for b in data["benchmarks"]:
         name = b["name"]
+        # Google Benchmark appends "/real_time" to rows that time wall clock.
+        if name.endswith("/real_time"):
+            name = name[: -len("/real_time")]
         row, _, side = name.rpartition("/")
         side = side.split("/")[0]
         if row not in rows:
