@@ -29,7 +29,7 @@ namespace {
 
 using u8 = unsigned char;
 using u16 = unsigned short;
-using mirel::arith::BlockFn;
+using mirel::arith::BlockRun;
 using mirel::arith::kConstImage;
 using mirel::arith::kImageConst;
 using mirel::arith::kImageImage;
@@ -42,22 +42,25 @@ bool In(int op, std::initializer_list<int> list) {
   return false;
 }
 
-// The block routine for this call, or null for the scalar path.
-BlockFn PickBlocks() {
+// The block routine of `op` in `form` for this call: null on the scalar path
+// or when the operation has no block form. Reads EGetMMX() once.
+BlockRun PickBlocks(int op, int form) {
   if (EGetMMX() == 0) return nullptr;
 #if defined(MIREL_X86_SIMD)
   switch (mirel::cpu::ActiveSimdLevel()) {
     case mirel::cpu::kAVX512:
-      return mirel::arith::BlocksAvx512;
+      return mirel::arith::PickAvx512(op, form);
     case mirel::cpu::kAVX2:
-      return mirel::arith::BlocksAvx2;
+      return mirel::arith::PickAvx2(op, form);
     case mirel::cpu::kSSE2:
     case mirel::cpu::kSSE41:
-      return mirel::arith::BlocksSse2;
+      return mirel::arith::PickSse2(op, form);
     default:
       return nullptr;
   }
 #else
+  (void)op;
+  (void)form;
   return nullptr;
 #endif
 }
@@ -83,15 +86,14 @@ ByteRows BytesOf(const EGenericROI* roi) {
 // `blocks` is null on the scalar path or when the operation has no block
 // form. `a` or `b` may be null when that operand is the constant.
 template <class Scalar>
-inline void WalkRow(BlockFn blocks, int op, int form, const u8* a, const u8* b, u8 c, u8* d,
-                    std::size_t n, Scalar&& scalar) {
+inline void WalkRow(BlockRun blocks, const u8* a, const u8* b, u8 c, u8* d, std::size_t n,
+                    Scalar&& scalar) {
   if (blocks != nullptr) {
     const std::size_t head = (8 - (reinterpret_cast<std::uintptr_t>(d) & 7)) & 7;
     if (n >= head + 8) {
       const std::size_t mid = (n - head) & ~static_cast<std::size_t>(7);
       scalar(0, head);
-      blocks(op, form, a != nullptr ? a + head : d + head, b != nullptr ? b + head : d + head, c,
-             d + head, mid);
+      blocks(a != nullptr ? a + head : d + head, b != nullptr ? b + head : d + head, c, d + head, mid);
       scalar(head + mid, n);
       return;
     }
@@ -247,10 +249,10 @@ bool WithBinaryOp(int op, F&& f) {
 
 // Byte fill: every byte of the rows takes `value`.
 void ByteFill(u8 value, const ByteRows& d) {
-  const BlockFn blocks = PickBlocks();
+  const BlockRun blocks = PickBlocks(0, kConstImage);
   for (int y = 0; y < d.height; ++y) {
     u8* pd = d.Row(y);
-    WalkRow(blocks, 0, kConstImage, nullptr, nullptr, value, pd, d.bytes,
+    WalkRow(blocks, nullptr, nullptr, value, pd, d.bytes,
             [&](std::size_t lo, std::size_t hi) {
               if (hi > lo) std::memset(pd + lo, value, hi - lo);
             });
@@ -271,16 +273,16 @@ void TripleFill(EC24 value, const ByteRows& d) {
 
 // Byte unary, operations 0 and 1, same pixel type on both sides.
 void ByteUnary(int op, const ByteRows& s, const ByteRows& d) {
-  const BlockFn blocks = PickBlocks();
+  const BlockRun blocks = PickBlocks(op, kImageImage);
   for (int y = 0; y < d.height; ++y) {
     const u8* ps = s.Row(y);
     u8* pd = d.Row(y);
     if (op == 0) {
-      WalkRow(blocks, 0, kImageImage, ps, ps, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
+      WalkRow(blocks, ps, ps, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
         if (hi > lo) std::memmove(pd + lo, ps + lo, hi - lo);
       });
     } else {
-      WalkRow(blocks, 1, kImageImage, ps, ps, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
+      WalkRow(blocks, ps, ps, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
         for (std::size_t i = lo; i < hi; ++i) pd[i] = static_cast<u8>(~ps[i]);
       });
     }
@@ -306,15 +308,14 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
     }
     return;
   }
-  const BlockFn picked = PickBlocks();
+  const BlockRun blocks = PickBlocks(op, kImageImage);
   const bool known = WithBinaryOp(op, [&](auto tag) {
     constexpr int OP = decltype(tag)::value;
-    const BlockFn blocks = mirel::arith::HasBlockForm(OP) ? picked : nullptr;
     for (int y = 0; y < d.height; ++y) {
       const u8* pa = a.Row(y);
       const u8* pb = b.Row(y);
       u8* pd = d.Row(y);
-      WalkRow(blocks, OP, kImageImage, pa, pb, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
+      WalkRow(blocks, pa, pb, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
         for (std::size_t i = lo; i < hi; ++i) {
           if constexpr (OP == 21) {
             if (pa[i] == 0) pd[i] = pb[i];
@@ -333,13 +334,13 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
 // Walks rows mapping every byte through `table`, with blocks for the
 // operations that have them. `form` says which operand is the constant.
 void TableWalk(int op, int form, u8 c, const u8* table, const ByteRows& s, const ByteRows& d) {
-  const BlockFn blocks = mirel::arith::HasBlockForm(op) ? PickBlocks() : nullptr;
+  const BlockRun blocks = PickBlocks(op, form);
   for (int y = 0; y < d.height; ++y) {
     const u8* ps = s.Row(y);
     u8* pd = d.Row(y);
     const u8* a = form == kConstImage ? nullptr : ps;
     const u8* b = form == kConstImage ? ps : nullptr;
-    WalkRow(blocks, op, form, a, b, c, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
+    WalkRow(blocks, a, b, c, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
       for (std::size_t i = lo; i < hi; ++i) pd[i] = table[ps[i]];
     });
   }
@@ -374,12 +375,12 @@ void ImageConstBW8(int op, u8 c, const ByteRows& s, const ByteRows& d) {
     return;
   }
   if (op == ALO_SET_WHERE_ZERO || op == ALO_SET_WHERE_NONZERO) {
-    const BlockFn blocks = PickBlocks();
+    const BlockRun blocks = PickBlocks(op, kImageConst);
     const bool where_zero = op == ALO_SET_WHERE_ZERO;
     for (int y = 0; y < d.height; ++y) {
       const u8* ps = s.Row(y);
       u8* pd = d.Row(y);
-      WalkRow(blocks, op, kImageConst, ps, nullptr, c, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
+      WalkRow(blocks, ps, nullptr, c, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
         for (std::size_t i = lo; i < hi; ++i)
           if ((ps[i] == 0) == where_zero) pd[i] = c;
       });

@@ -39,10 +39,7 @@ struct V256 {
 
 }  // namespace
 
-bool BlocksAvx2(int op, int form, const unsigned char* a, const unsigned char* b, unsigned char c,
-                unsigned char* d, std::size_t n) {
-  return Blocks<V256>(op, form, a, b, c, d, n);
-}
+BlockRun PickAvx2(int op, int form) { return Pick<V256>(op, form); }
 
 }  // namespace arith
 }  // namespace mirel

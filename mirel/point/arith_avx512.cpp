@@ -40,10 +40,7 @@ struct V512 {
 
 }  // namespace
 
-bool BlocksAvx512(int op, int form, const unsigned char* a, const unsigned char* b, unsigned char c,
-                  unsigned char* d, std::size_t n) {
-  return Blocks<V512>(op, form, a, b, c, d, n);
-}
+BlockRun PickAvx512(int op, int form) { return Pick<V512>(op, form); }
 
 }  // namespace arith
 }  // namespace mirel

@@ -20,33 +20,18 @@ enum BlockForm : int {
   kImageConst = 2,  // a is a row, b is the constant c
 };
 
-// Processes n bytes (a multiple of 8) of the operation `op` and returns
-// true, or returns false, touching nothing, when `op` has no block form.
-// The unused operand pointer must still point to readable memory of n bytes
-// (callers pass the destination).
-using BlockFn = bool (*)(int op, int form, const unsigned char* a, const unsigned char* b,
-                         unsigned char c, unsigned char* d, std::size_t n);
-
-// True for the operations that have a block form.
-inline bool HasBlockForm(int op) {
-  switch (op) {
-    case 0: case 1: case 2: case 3: case 4: case 9: case 10: case 11:
-    case 13: case 14: case 15: case 16: case 17: case 18: case 19: case 20:
-    case 21: case 22: case 23: case 24: case 25: case 26: case 27: case 28:
-    case 33:
-      return true;
-    default:
-      return false;
-  }
-}
+// Processes n bytes (a multiple of 8) of one operation in one operand
+// form. The operand that is the constant is not read, but its pointer must
+// still be one to n readable bytes (callers pass the destination).
+using BlockRun = void (*)(const unsigned char* a, const unsigned char* b, unsigned char c,
+                          unsigned char* d, std::size_t n);
 
 #if defined(MIREL_X86_SIMD)
-bool BlocksSse2(int op, int form, const unsigned char* a, const unsigned char* b, unsigned char c,
-                unsigned char* d, std::size_t n);
-bool BlocksAvx2(int op, int form, const unsigned char* a, const unsigned char* b, unsigned char c,
-                unsigned char* d, std::size_t n);
-bool BlocksAvx512(int op, int form, const unsigned char* a, const unsigned char* b, unsigned char c,
-                  unsigned char* d, std::size_t n);
+// The block routine of `op` in `form` for one instruction set, or null when
+// the operation has no block form. Picked once per call, run once per row.
+BlockRun PickSse2(int op, int form);
+BlockRun PickAvx2(int op, int form);
+BlockRun PickAvx512(int op, int form);
 #endif
 
 }  // namespace arith

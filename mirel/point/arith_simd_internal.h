@@ -1,6 +1,6 @@
 // Vector bodies of the byte block routines, shared by the per-instruction-set
 // sources. A source defines its widest vector type (a "lane set" with the
-// members of V128 below) and instantiates Blocks<Wide>. Everything here has
+// members of V128 below) and instantiates Pick<Wide>. Everything here has
 // internal linkage, so code built for one instruction set never leaks into
 // another source.
 #ifndef MIREL_POINT_ARITH_SIMD_INTERNAL_H_
@@ -194,28 +194,35 @@ inline void Run(const A& a, const B& b, u8* d, std::size_t n) {
   RunWidth<H64, OP>(a, b, d, i, n);
 }
 
+template <class W, int OP, int FORM>
+void RunEntry(const u8* a, const u8* b, u8 c, u8* d, std::size_t n) {
+  if constexpr (FORM == kConstImage) {
+    (void)a;
+    Run<W, OP>(ConstOperand{c}, RowOperand{b}, d, n);
+  } else if constexpr (FORM == kImageConst) {
+    (void)b;
+    Run<W, OP>(RowOperand{a}, ConstOperand{c}, d, n);
+  } else {
+    (void)c;
+    Run<W, OP>(RowOperand{a}, RowOperand{b}, d, n);
+  }
+}
+
 template <class W, int OP>
-void RunForm(int form, const u8* a, const u8* b, u8 c, u8* d, std::size_t n) {
+BlockRun PickForm(int form) {
   switch (form) {
-    case kConstImage:
-      Run<W, OP>(ConstOperand{c}, RowOperand{b}, d, n);
-      break;
-    case kImageConst:
-      Run<W, OP>(RowOperand{a}, ConstOperand{c}, d, n);
-      break;
-    default:
-      Run<W, OP>(RowOperand{a}, RowOperand{b}, d, n);
-      break;
+    case kConstImage: return &RunEntry<W, OP, kConstImage>;
+    case kImageConst: return &RunEntry<W, OP, kImageConst>;
+    default: return &RunEntry<W, OP, kImageImage>;
   }
 }
 
 template <class W>
-bool Blocks(int op, int form, const u8* a, const u8* b, u8 c, u8* d, std::size_t n) {
+BlockRun Pick(int op, int form) {
   switch (op) {
 #define MIREL_BLOCK_CASE(k) \
   case k:                   \
-    RunForm<W, k>(form, a, b, c, d, n); \
-    return true;
+    return PickForm<W, k>(form);
     MIREL_BLOCK_CASE(0) MIREL_BLOCK_CASE(1) MIREL_BLOCK_CASE(2) MIREL_BLOCK_CASE(3)
     MIREL_BLOCK_CASE(4) MIREL_BLOCK_CASE(9) MIREL_BLOCK_CASE(10) MIREL_BLOCK_CASE(11)
     MIREL_BLOCK_CASE(13) MIREL_BLOCK_CASE(14) MIREL_BLOCK_CASE(15) MIREL_BLOCK_CASE(16)
@@ -225,7 +232,7 @@ bool Blocks(int op, int form, const u8* a, const u8* b, u8 c, u8* d, std::size_t
     MIREL_BLOCK_CASE(33)
 #undef MIREL_BLOCK_CASE
     default:
-      return false;
+      return nullptr;
   }
 }
 

@@ -7,10 +7,7 @@
 namespace mirel {
 namespace arith {
 
-bool BlocksSse2(int op, int form, const unsigned char* a, const unsigned char* b, unsigned char c,
-                unsigned char* d, std::size_t n) {
-  return Blocks<V128>(op, form, a, b, c, d, n);
-}
+BlockRun PickSse2(int op, int form) { return Pick<V128>(op, form); }
 
 }  // namespace arith
 }  // namespace mirel
