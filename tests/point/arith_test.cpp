@@ -318,6 +318,37 @@ TEST(OperBW8, InPlaceMatchesSeparateDestination) {
   }
 }
 
+// The same for the colour, 16-bit and mixed workers.
+TEST(OperInPlace, ColourAndWordWorkers) {
+  Rng rng(8);
+  for (int op : {2, 3, 12, 21, 22, 33}) {
+    const int w = 1 + static_cast<int>(rng() % 40), h = 2;
+    Pic<EC24> a(w, h, rng, true), b(w, h, rng, true);
+    Pic<EBW8> g(w, h, rng, true);
+    Pic<EBW16> a16(w, h, rng, true), b16(w, h, rng, true);
+    const EC24 c = RandomC24(rng);
+    EImage<EC24> ref(w, h), in_place(w, h);
+    auto run24 = [&](const std::function<void(EROI<EC24>*, EROI<EC24>*)>& f) {
+      ImgCopy(&a.roi, &ref);
+      ImgCopy(&a.roi, &in_place);
+      f(&a.roi, &ref);
+      f(&in_place, &in_place);
+      EXPECT_EQ(EGetError(), E_OK);
+      EXPECT_EQ(testsupport::Bytes(in_place), testsupport::Bytes(ref)) << "op " << op;
+    };
+    run24([&](EROI<EC24>* s, EROI<EC24>* d) { ImgOper(AsOp(op), s, &b.roi, d); });
+    run24([&](EROI<EC24>* s, EROI<EC24>* d) { ImgOper(AsOp(op), s, c, d); });
+    run24([&](EROI<EC24>* s, EROI<EC24>* d) { ImgOper(AsOp(op), s, &g.roi, d); });
+    EImage<EBW16> ref16(w, h), in_place16(w, h);
+    ImgCopy(&a16.roi, &ref16);
+    ImgCopy(&a16.roi, &in_place16);
+    ImgOper(AsOp(op), &a16.roi, &b16.roi, &ref16);
+    ImgOper(AsOp(op), &in_place16, &b16.roi, &in_place16);
+    EXPECT_EQ(EGetError(), E_OK);
+    EXPECT_EQ(testsupport::Bytes(in_place16), testsupport::Bytes(ref16)) << "op " << op;
+  }
+}
+
 TEST(CopyBW8, ConstAndImage) {
   ForEveryOp(1, 7, [](int op, Rng& rng) {
     if (op > 0) return;  // ImgCopy takes no operation
