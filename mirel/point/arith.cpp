@@ -570,13 +570,14 @@ void CopyRows(const EROI<T>* src, EROI<T>* dst) {
     if (d.bytes != 0) std::memmove(d.Row(y), s.Row(y), d.bytes);
 }
 
+// Repeats the constant along the first row, then copies that row down.
 template <class T>
 void FillRows(T value, EROI<T>* dst) {
-  const int w = dst->GetWidth();
-  for (int y = 0; y < dst->GetHeight(); ++y) {
-    u8* row = static_cast<u8*>(dst->GetGenericImagePtr(0, y));
-    for (int x = 0; x < w; ++x) std::memcpy(row + sizeof(T) * static_cast<std::size_t>(x), &value, sizeof(T));
-  }
+  const ByteRows d = BytesOf(dst);
+  if (d.height == 0 || d.bytes == 0) return;
+  u8* first = d.Row(0);
+  for (std::size_t i = 0; i < d.bytes; i += sizeof(T)) std::memcpy(first + i, &value, sizeof(T));
+  for (int y = 1; y < d.height; ++y) std::memcpy(d.Row(y), first, d.bytes);
 }
 
 template <class T>
