@@ -1,0 +1,40 @@
+// Block stretches of the byte workers of ImgOper and ImgCopy.
+//
+// A worker walks a row as a scalar head up to an 8-byte aligned destination,
+// a stretch of whole 8-byte blocks and a scalar tail. The block stretch is
+// handed to one of the routines below, picked once per call by instruction
+// set. Within the stretch they process the widest vectors they can, then
+// 16 and 8 bytes; each byte of the result is the same as the scalar formula.
+#ifndef MIREL_POINT_ARITH_INTERNAL_H_
+#define MIREL_POINT_ARITH_INTERNAL_H_
+
+#include <cstddef>
+
+namespace mirel {
+namespace arith {
+
+// How the two operands of a block routine are given.
+enum BlockForm : int {
+  kImageImage = 0,  // a and b are rows
+  kConstImage = 1,  // a is the constant c, b is a row
+  kImageConst = 2,  // a is a row, b is the constant c
+};
+
+// Processes n bytes (a multiple of 8) of one operation in one operand
+// form. The operand that is the constant is not read, but its pointer must
+// still be one to n readable bytes (callers pass the destination).
+using BlockRun = void (*)(const unsigned char* a, const unsigned char* b, unsigned char c,
+                          unsigned char* d, std::size_t n);
+
+#if defined(MIREL_X86_SIMD)
+// The block routine of `op` in `form` for one instruction set, or null when
+// the operation has no block form. Picked once per call, run once per row.
+BlockRun PickSse2(int op, int form);
+BlockRun PickAvx2(int op, int form);
+BlockRun PickAvx512(int op, int form);
+#endif
+
+}  // namespace arith
+}  // namespace mirel
+
+#endif  // MIREL_POINT_ARITH_INTERNAL_H_
