@@ -1,7 +1,12 @@
 #!/usr/bin/env python3
 """Runs the benchmark suite (or reads its JSON) and prints one table:
 operation, MirelImage time, OpenCV time, and the ratio OpenCV / MirelImage
-(above 1 means MirelImage is faster)."""
+(above 1 means MirelImage is faster).
+
+Usage: tools/bench_table.py [mirel_bench | results.json] [benchmark flags...]
+Each row is run --benchmark_repetitions times (default 5, in random order
+among the other rows) and the median is reported, which keeps the table steady on
+a machine that is doing other work."""
 import json
 import subprocess
 import sys
@@ -13,13 +18,17 @@ def main():
             data = json.load(f)
     else:
         binary = sys.argv[1] if len(sys.argv) > 1 else "build/bench/mirel_bench"
-        out = subprocess.run([binary, "--benchmark_format=json", "--benchmark_min_time=0.3"] + sys.argv[2:],
+        flags = ["--benchmark_format=json", "--benchmark_min_time=0.2", "--benchmark_repetitions=5",
+                 "--benchmark_report_aggregates_only=true", "--benchmark_enable_random_interleaving=true"]
+        out = subprocess.run([binary] + flags + sys.argv[2:],
                              check=True, capture_output=True, text=True).stdout
         data = json.loads(out)
     rows = {}
     order = []
     for b in data["benchmarks"]:
-        name = b["name"].replace("/real_time", "")
+        if b.get("run_type") == "aggregate" and b.get("aggregate_name") != "median":
+            continue
+        name = b.get("run_name", b["name"]).replace("/real_time", "")
         row, _, side = name.rpartition("/")
         side = side.split("/")[0]
         if row not in rows:
