@@ -195,34 +195,28 @@ TEST(Lut, ChecksLeaveTheDestinationAlone) {
   EBW8Vector v300(300), v256(256), v65536(65536);
   EBW16Vector short16(300);
   testsupport::FillRandom(d8, rng);
-  struct Case {
-    std::function<void()> run;
-    E_ERRORS code;
-    const char* label;
-  };
-  const Case cases[] = {
-      {[&] { ImgLut(&p.s, &p.d, &v300); }, E_ERROR_VECTOR_SIZE, "ImgLut"},
-      {[&] { ImgLut(&p.s, &small, &v256); }, E_ERROR_SIZE_MISMATCH, "ImgLut"},
-      // The raw form reports without a label.
-      {[&] { ImgLut(&empty, &p.d, v256.GetDataPtr()); }, E_ERROR_VOID_IMAGE, ""},
-      {[&] { ImgLut(&p.s, &empty, v256.GetDataPtr()); }, E_ERROR_VOID_IMAGE, ""},
-      {[&] { ImgLut(&s16, &d8, &v300, 0); }, E_ERROR_VECTOR_SIZE, "ImgLut ( BW16 to BW8)"},
-      {[&] { ImgLut(&s16, &d8, &v65536, 1); }, E_ERROR_BAD_ARGUMENT_2, "ImgLut ( BW16 to BW8)"},
-      {[&] { ImgLut(&s16, &s16, &short16); }, E_ERROR_VECTOR_SIZE, "ImgLut (BW16)"},
-      {[&] { ImgGainOffset(&s16, &d16small, 1.0f, 0.0f); }, E_ERROR_SIZE_MISMATCH, "ImgGainOffset (BW16)"},
-      {[&] { ImgGainOffset(&c, &csmall, EColor(1, 1, 1), EColor(0, 0, 0)); }, E_ERROR_SIZE_MISMATCH, "ImgGainOffset"},
-      {[&] { ImgTransform(&p.s, &small, Invert, 1); }, E_ERROR_SIZE_MISMATCH, "ImgTransform"},
-      {[&] { ImgTransform(&s16, &d16small, Half); }, E_ERROR_SIZE_MISMATCH, "ImgTransform (BW16)"},
-  };
-  for (const Case& k : cases) {
+  auto expect = [&](E_ERRORS code, const char* label, const std::function<void()>& run) {
     const Bytes d = testsupport::Snapshot(p.di), d8b = testsupport::Snapshot(d8), s16b = testsupport::Snapshot(s16);
-    k.run();
-    EXPECT_EQ(EGetError(), k.code) << k.label;
-    EXPECT_STREQ(EGetErrorTrace(), k.label);
-    EXPECT_EQ(testsupport::Snapshot(p.di), d) << k.label;
-    EXPECT_EQ(testsupport::Snapshot(d8), d8b) << k.label;
-    EXPECT_EQ(testsupport::Snapshot(s16), s16b) << k.label;
-  }
+    run();
+    EXPECT_EQ(EGetError(), code) << label;
+    EXPECT_STREQ(EGetErrorTrace(), label);
+    EXPECT_EQ(testsupport::Snapshot(p.di), d) << label;
+    EXPECT_EQ(testsupport::Snapshot(d8), d8b) << label;
+    EXPECT_EQ(testsupport::Snapshot(s16), s16b) << label;
+  };
+  expect(E_ERROR_VECTOR_SIZE, "ImgLut", [&] { ImgLut(&p.s, &p.d, &v300); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgLut", [&] { ImgLut(&p.s, &small, &v256); });
+  // The raw form reports without a label.
+  expect(E_ERROR_VOID_IMAGE, "", [&] { ImgLut(&empty, &p.d, v256.GetDataPtr()); });
+  expect(E_ERROR_VOID_IMAGE, "", [&] { ImgLut(&p.s, &empty, v256.GetDataPtr()); });
+  expect(E_ERROR_VECTOR_SIZE, "ImgLut ( BW16 to BW8)", [&] { ImgLut(&s16, &d8, &v300, 0); });
+  expect(E_ERROR_BAD_ARGUMENT_2, "ImgLut ( BW16 to BW8)", [&] { ImgLut(&s16, &d8, &v65536, 1); });
+  expect(E_ERROR_VECTOR_SIZE, "ImgLut (BW16)", [&] { ImgLut(&s16, &s16, &short16); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgGainOffset (BW16)", [&] { ImgGainOffset(&s16, &d16small, 1.0f, 0.0f); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgGainOffset", [&] { ImgGainOffset(&c, &csmall, EColor(1, 1, 1), EColor(0, 0, 0)); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgTransform", [&] { ImgTransform(&p.s, &small, Invert, 1); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgTransform (BW16)", [&] { ImgTransform(&s16, &d16small, Half); });
 }
 
 }  // namespace
+

@@ -20,7 +20,7 @@ void FillFew(EImage<EC24>& img, Rng& rng) {
 
 bool Same(const EC24& a, const EC24& b) { return a.c[0] == b.c[0] && a.c[1] == b.c[1] && a.c[2] == b.c[2]; }
 
-EC24 Packed(const EC24& p) { return p; }
+EC24 Same24(const EC24& p) { return p; }
 EC16 Packed16(const EC24& p) { return EC16(static_cast<unsigned short>(((p.c[2] >> 3) << 11) | ((p.c[1] >> 2) << 5) | (p.c[0] >> 3))); }
 EC15 Packed15(const EC24& p) { return EC15(static_cast<unsigned short>(((p.c[2] >> 3) << 10) | ((p.c[1] >> 3) << 5) | (p.c[0] >> 3))); }
 
@@ -64,7 +64,7 @@ TEST(Overlay, DrawsNonTransparentPixels) {
     FillFew(pic, rng);
     const int dw = ow + static_cast<int>(rng() % 6), dh = oh + static_cast<int>(rng() % 4);
     const int x = static_cast<int>(rng() % (dw - ow + 1)), y = static_cast<int>(rng() % (dh - oh + 1));
-    DrawAndCompare<EC24>(pic, dw, dh, x, y, transparent, Packed, rng);
+    DrawAndCompare<EC24>(pic, dw, dh, x, y, transparent, Same24, rng);
     DrawAndCompare<EC16>(pic, dw, dh, x, y, transparent, Packed16, rng);
     DrawAndCompare<EC15>(pic, dw, dh, x, y, transparent, Packed15, rng);
   }
@@ -84,31 +84,23 @@ TEST(Overlay, ChecksLeaveTheDestinationAlone) {
   ImgCopy(EC24(4, 5, 6), &clear);
   testsupport::FillRandom(small, rng);
   testsupport::FillRandom(big, rng);
-  struct Case {
-    std::function<void()> run;
-    E_ERRORS code;
-    const char* label;
-  };
-  const Case cases[] = {
-      {[&] { ImgOverlay(&pic, &small, 0, 0, EC24(1, 1, 1)); }, E_OK, ""},
-      {[&] { ImgOverlay(&clear, &big, 1, 1, EC24(4, 5, 6)); }, E_OK, ""},
-      {[&] { ImgOverlay(&none, &small, 0, 0, EC24(1, 1, 1)); }, E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C24 Image)"},
-      {[&] { ImgOverlay(&pic, &none16, 0, 0, EC24(1, 1, 1)); }, E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C16 Image)"},
-      {[&] { ImgOverlay(&pic, &none15, 0, 0, EC24(1, 1, 1)); }, E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C15 Image)"},
-      {[&] { ImgOverlay(&none8, &pic, &big, 0, 0, EC24(0, 0, 0)); }, E_ERROR_VOID_IMAGE,
-       "ImgOverlay ( BW8 source, C24 overlay and destination)"},
-      {[&] { ImgOverlay(&grey, &none, &big, 0, 0, EC24(0, 0, 0)); }, E_ERROR_VOID_IMAGE,
-       "ImgOverlay ( BW8 source, C24 overlay and destination)"},
-  };
-  for (const Case& c : cases) {
+  auto expect = [&](E_ERRORS code, const char* label, const std::function<void()>& run) {
     const auto small_before = Snapshot(small), big_before = Snapshot(big);
     ESetError(E_ERROR_INTERNAL);
-    c.run();
-    EXPECT_EQ(EGetError(), c.code) << c.label;
-    EXPECT_STREQ(EGetErrorTrace(), c.label);
-    EXPECT_EQ(Snapshot(small), small_before) << c.label;
-    EXPECT_EQ(Snapshot(big), big_before) << c.label;
-  }
+    run();
+    EXPECT_EQ(EGetError(), code) << label;
+    EXPECT_STREQ(EGetErrorTrace(), label);
+    EXPECT_EQ(Snapshot(small), small_before) << label;
+    EXPECT_EQ(Snapshot(big), big_before) << label;
+  };
+  expect(E_OK, "", [&] { ImgOverlay(&pic, &small, 0, 0, EC24(1, 1, 1)); });
+  expect(E_OK, "", [&] { ImgOverlay(&clear, &big, 1, 1, EC24(4, 5, 6)); });
+  expect(E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C24 Image)", [&] { ImgOverlay(&none, &small, 0, 0, EC24(1, 1, 1)); });
+  expect(E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C16 Image)", [&] { ImgOverlay(&pic, &none16, 0, 0, EC24(1, 1, 1)); });
+  expect(E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C15 Image)", [&] { ImgOverlay(&pic, &none15, 0, 0, EC24(1, 1, 1)); });
+  const char* grey_label = "ImgOverlay ( BW8 source, C24 overlay and destination)";
+  expect(E_ERROR_VOID_IMAGE, grey_label, [&] { ImgOverlay(&none8, &pic, &big, 0, 0, EC24(0, 0, 0)); });
+  expect(E_ERROR_VOID_IMAGE, grey_label, [&] { ImgOverlay(&grey, &none, &big, 0, 0, EC24(0, 0, 0)); });
 }
 
 // The grey form makes the whole destination, sized like the source.

@@ -227,45 +227,36 @@ TEST(Threshold, ChecksLeaveTheDestinationAlone) {
   EROI<EC24> void24;
   testsupport::FillRandom(dst, rng);
   testsupport::FillRandom(dst16, rng);
-  struct Case {
-    std::function<void()> run;
-    E_ERRORS code;
-    const char* label;  // null: not checked
-  };
-  const EC24 k0(0, 0, 0), k1(255, 255, 255);
-  const Case cases[] = {
-      {[&] { ImgThreshold(&void8, &dst, 5, 0, 255, 0.f); }, E_ERROR_VOID_IMAGE, "ImgThreshold"},
-      {[&] { ImgThreshold(&src, &void8, 5, 0, 255, 0.f); }, E_ERROR_VOID_IMAGE, nullptr},
-      {[&] { ImgThreshold(nullptr, &dst, 5, 0, 255, 0.f); }, E_ERROR_VOID_IMAGE, nullptr},
-      {[&] { ImgThreshold(&src, &small, 5, 0, 255, 0.f); }, E_ERROR_SIZE_MISMATCH, "ImgThreshold"},
-      // 300 is no mode: the selection refuses it and names itself first.
-      {[&] { ImgThreshold(&src, &dst, 300, 0, 255, 0.f); }, E_ERROR_BAD_RANGE, "ImgHistogramThreshold <- ImgThreshold"},
-      {[&] { ImgThreshold(&src, &dst, IMG_THRESHOLD_RELATIVE, 0, 255, 2.0f); }, E_ERROR_BAD_ARGUMENT_3, nullptr},
-      {[&] { ImgDoubleThreshold(&src, &small, 1, 2, 0, 1, 2); }, E_ERROR_SIZE_MISMATCH, "ImgDoubleThreshold ( BW8 to BW8)"},
-      {[&] { ImgDoubleThreshold(&src, nullptr, 1, 2, 0, 1, 2); }, E_ERROR_VOID_IMAGE, nullptr},
-      {[&] { ImgThreshold(&src16, &dst16, 70000, 1, 9, 0.f); }, E_ERROR_BAD_RANGE,
-       "ImgHistogramThreshold (BW16) <- ImgThreshold (BW16)"},
-      {[&] { ImgThreshold(&src16, &small16, 7, 1, 9, 0.f); }, E_ERROR_SIZE_MISMATCH, "ImgThreshold (BW16)"},
-      {[&] { ImgDoubleThreshold(&src16, &small16, 7, 9, 1, 2, 3); }, E_ERROR_SIZE_MISMATCH,
-       "ImgDoubleThreshold ( BW16 to BW16)"},
-      {[&] { ImgDoubleThreshold(nullptr, &dst16, 7, 9, 1, 2, 3); }, E_ERROR_VOID_IMAGE, nullptr},
-      {[&] { ImgThreshold(&void24, &dst, k0, k1); }, E_ERROR_VOID_IMAGE, "ImgThreshold ( C24 to BW8)"},
-      {[&] { ImgThreshold(&src24, &small, k0, k1, nullptr, 0, 255); }, E_ERROR_SIZE_MISMATCH,
-       "ImgThreshold ( C24 to BW8)"},
-  };
   const Bytes before = testsupport::Snapshot(dst), before16 = testsupport::Snapshot(dst16),
               before_small = testsupport::Snapshot(small);
-  for (const Case& c : cases) {
-    const std::string name = c.label ? c.label : "";
-    c.run();
-    EXPECT_EQ(EGetError(), c.code) << name;
-    if (c.label) {
-      EXPECT_STREQ(EGetErrorTrace(), c.label);
+  auto expect = [&](E_ERRORS code, const char* label, const std::function<void()>& run) {
+    run();
+    EXPECT_EQ(EGetError(), code) << label;
+    if (*label) {
+      EXPECT_STREQ(EGetErrorTrace(), label);
     }
-    EXPECT_EQ(testsupport::Snapshot(dst), before) << name;
-    EXPECT_EQ(testsupport::Snapshot(dst16), before16) << name;
-    EXPECT_EQ(testsupport::Snapshot(small), before_small) << name;
-  }
+    EXPECT_EQ(testsupport::Snapshot(dst), before) << label;
+    EXPECT_EQ(testsupport::Snapshot(dst16), before16) << label;
+    EXPECT_EQ(testsupport::Snapshot(small), before_small) << label;
+  };
+  const EC24 k0(0, 0, 0), k1(255, 255, 255);
+  expect(E_ERROR_VOID_IMAGE, "ImgThreshold", [&] { ImgThreshold(&void8, &dst, 5, 0, 255, 0.f); });
+  expect(E_ERROR_VOID_IMAGE, "", [&] { ImgThreshold(&src, &void8, 5, 0, 255, 0.f); });
+  expect(E_ERROR_VOID_IMAGE, "", [&] { ImgThreshold(nullptr, &dst, 5, 0, 255, 0.f); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgThreshold", [&] { ImgThreshold(&src, &small, 5, 0, 255, 0.f); });
+  // 300 is no mode: the selection refuses it and names itself first.
+  expect(E_ERROR_BAD_RANGE, "ImgHistogramThreshold <- ImgThreshold", [&] { ImgThreshold(&src, &dst, 300, 0, 255, 0.f); });
+  expect(E_ERROR_BAD_ARGUMENT_3, "", [&] { ImgThreshold(&src, &dst, IMG_THRESHOLD_RELATIVE, 0, 255, 2.0f); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgDoubleThreshold ( BW8 to BW8)", [&] { ImgDoubleThreshold(&src, &small, 1, 2, 0, 1, 2); });
+  expect(E_ERROR_VOID_IMAGE, "", [&] { ImgDoubleThreshold(&src, nullptr, 1, 2, 0, 1, 2); });
+  expect(E_ERROR_BAD_RANGE, "ImgHistogramThreshold (BW16) <- ImgThreshold (BW16)",
+         [&] { ImgThreshold(&src16, &dst16, 70000, 1, 9, 0.f); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgThreshold (BW16)", [&] { ImgThreshold(&src16, &small16, 7, 1, 9, 0.f); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgDoubleThreshold ( BW16 to BW16)",
+         [&] { ImgDoubleThreshold(&src16, &small16, 7, 9, 1, 2, 3); });
+  expect(E_ERROR_VOID_IMAGE, "", [&] { ImgDoubleThreshold(nullptr, &dst16, 7, 9, 1, 2, 3); });
+  expect(E_ERROR_VOID_IMAGE, "ImgThreshold ( C24 to BW8)", [&] { ImgThreshold(&void24, &dst, k0, k1); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgThreshold ( C24 to BW8)", [&] { ImgThreshold(&src24, &small, k0, k1, nullptr, 0, 255); });
   EXPECT_EQ(ImgThreshold(&src, &dst, 5, 0, 255, 0.f), 0);
   EXPECT_EQ(EGetError(), E_OK);
 }
