@@ -56,32 +56,38 @@ int RandomWidth(Rng& rng) {
   return r == 0 ? 1 + rng() % 20 : r == 1 ? 1 + rng() % 300 : 60 + rng() % 140;
 }
 
-unsigned int RandomThreshold(Rng& rng) {
-  const unsigned r = rng() % 6;
-  return r == 0 ? 0 : r == 1 ? 255 : rng() % 256;
-}
-
-TEST(Threshold, SingleAndDoubleMatchModelOnEveryPath) {
-  Rng rng(1);
-  for (int iter = 0; iter < 150; ++iter) {
-    Pair<EBW8, EBW8> p(RandomWidth(rng), 1 + rng() % 5, rng);
-    const unsigned int t = RandomThreshold(rng);
-    const unsigned char low = rng(), high = rng() % 4 == 0 ? low : static_cast<unsigned char>(rng());
+// Random thresholds and levels; `range` is the number of grey levels. The
+// 8-bit double threshold also takes thresholds past the top level.
+template <class T>
+void SingleAndDoubleMatchModel(uint32_t seed, int iters, unsigned int range) {
+  using V = decltype(T::value);
+  Rng rng(seed);
+  auto threshold = [&] {
+    const unsigned r = rng() % 6;
+    return r == 0 ? 0 : r == 1 ? range - 1 : rng() % range;
+  };
+  for (int iter = 0; iter < iters; ++iter) {
+    Pair<T, T> p(RandomWidth(rng), 1 + rng() % 5, rng);
+    const unsigned int t = threshold();
+    const V low = static_cast<V>(rng()), high = rng() % 4 == 0 ? low : static_cast<V>(rng());
     p.ExpectOnEveryPath([&] { ImgThreshold(&p.src, &p.dst, t, low, high, 0.f); },
-                        [&](int x, int y) { return EBW8(p.src.GetImagePtr(x, y)->value >= t ? high : low); },
+                        [&](int x, int y) { return T(p.src.GetImagePtr(x, y)->value >= t ? high : low); },
                         "single " + std::to_string(iter));
-    unsigned int lt = RandomThreshold(rng), ht = RandomThreshold(rng);
-    if (iter % 7 == 0) lt = 256 + rng() % 1000;
-    if (iter % 11 == 0) ht = 256 + rng() % 1000;
-    const unsigned char lo = rng(), mid = rng(), hi = rng();
+    unsigned int lt = threshold(), ht = threshold();
+    if (range == 256 && iter % 7 == 0) lt = 256 + rng() % 1000;
+    if (range == 256 && iter % 11 == 0) ht = 256 + rng() % 1000;
+    const V lo = static_cast<V>(rng()), mid = static_cast<V>(rng()), hi = static_cast<V>(rng());
     p.ExpectOnEveryPath([&] { ImgDoubleThreshold(&p.src, &p.dst, lt, ht, lo, mid, hi); },
                         [&](int x, int y) {
                           const unsigned int v = p.src.GetImagePtr(x, y)->value;
-                          return EBW8(v > ht ? hi : v >= lt ? mid : lo);
+                          return T(v > ht ? hi : v >= lt ? mid : lo);
                         },
                         "double " + std::to_string(iter));
   }
 }
+
+TEST(Threshold, SingleAndDoubleMatchModelOnEveryPath) { SingleAndDoubleMatchModel<EBW8>(1, 150, 256); }
+TEST(Threshold16, SingleAndDoubleMatchModelOnEveryPath) { SingleAndDoubleMatchModel<EBW16>(12, 40, 65536); }
 
 TEST(Threshold, Worked) {
   EImage<EBW8> src(32, 2), dst(32, 2);
@@ -154,21 +160,7 @@ TEST(Threshold, ModeCountsOnlyTheRunMask) {
   for (int x = 0; x < 21; ++x) EXPECT_EQ(dst.GetImagePtr(x, 2)->value, x < 10 ? 0 : 255) << x;
 }
 
-TEST(Threshold16, MatchesModel) {
-  Rng rng(12);
-  for (int iter = 0; iter < 40; ++iter) {
-    Pair<EBW16, EBW16> p(RandomWidth(rng), 1 + rng() % 4, rng);
-    const unsigned int t = iter % 5 == 0 ? 0 : rng() % 65536, t2 = rng() % 65536;
-    const unsigned short lo = rng(), mid = rng(), hi = rng();
-    p.ExpectOnEveryPath([&] { ImgThreshold(&p.src, &p.dst, t, lo, hi, 0.f); },
-                        [&](int x, int y) { return EBW16(p.src.GetImagePtr(x, y)->value >= t ? hi : lo); }, "single");
-    p.ExpectOnEveryPath([&] { ImgDoubleThreshold(&p.src, &p.dst, t, t2, lo, mid, hi); },
-                        [&](int x, int y) {
-                          const unsigned int v = p.src.GetImagePtr(x, y)->value;
-                          return EBW16(v > t2 ? hi : v >= t ? mid : lo);
-                        },
-                        "double");
-  }
+TEST(Threshold16, ModeSelection) {
   EImage<EBW16> src(30, 3), dst(30, 3);
   for (int y = 0; y < 3; ++y)
     for (int x = 0; x < 30; ++x) src.GetImagePtr(x, y)->value = static_cast<unsigned short>(x < 10 ? 2000 : 40000);
