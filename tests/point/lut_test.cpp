@@ -1,5 +1,6 @@
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 namespace {
 
 using testsupport::Rng;
+using Bytes = std::vector<unsigned char>;
 
 // Random source and destination ROIs of one size on two images.
 struct Pair {
@@ -26,71 +28,26 @@ TEST(Lut8, MatchesTableOnRandomRoisOnEveryPath) {
   for (int path : testsupport::AllPaths()) {
     testsupport::PathGuard guard(path);
     for (int iter = 0; iter < 30; ++iter) {
-      const int w = 1 + static_cast<int>(rng() % 300);
-      const int h = 1 + static_cast<int>(rng() % 5);
+      const int w = 1 + static_cast<int>(rng() % 300), h = 1 + static_cast<int>(rng() % 5);
       Pair p(w, h, rng);
-      EBW8 table[256];
-      for (auto& t : table) t = static_cast<unsigned char>(rng());
-      const std::vector<unsigned char> before = testsupport::Snapshot(p.di);
-      ImgLut(&p.s, &p.d, table);
-      ASSERT_EQ(EGetError(), E_OK);
+      // Every third call in place; odd calls through the vector form.
+      EImage<EBW8>& img = iter % 3 == 0 ? p.si : p.di;
+      EROI<EBW8>& out = iter % 3 == 0 ? p.s : p.d;
+      EBW8Vector table(256);
+      for (unsigned int i = 0; i < 256; ++i) table[i] = static_cast<unsigned char>(rng());
+      // The whole destination buffer: the table over the ROI, nothing elsewhere.
+      Bytes want = testsupport::Snapshot(img);
       for (int y = 0; y < h; ++y)
         for (int x = 0; x < w; ++x)
-          ASSERT_EQ(p.d.GetPixel(x, y).value, table[p.s.GetPixel(x, y).value].value)
-              << "path " << path << " w " << w << " x " << x;
-      // Pixels outside the destination ROI keep their bytes.
-      const std::vector<unsigned char> after = testsupport::Snapshot(p.di);
-      const unsigned char* base = &p.di.GetImagePtr(0, 0)->value;
-      for (size_t i = 0; i < after.size(); ++i) {
-        const int y = static_cast<int>(i / static_cast<size_t>(p.di.GetRowPitch()));
-        const int x = static_cast<int>(i % static_cast<size_t>(p.di.GetRowPitch()));
-        const bool inside = x >= p.d.GetOrgX() && x < p.d.GetOrgX() + w && y >= p.d.GetOrgY() &&
-                            y < p.d.GetOrgY() + h;
-        if (!inside) {
-          ASSERT_EQ(after[i], before[i]) << "byte " << i;
-        }
-      }
-      (void)base;
+          want[&out.GetImagePtr(x, y)->value - &img.GetImagePtr(0, 0)->value] = table[p.s.GetPixel(x, y).value].value;
+      if (iter % 2)
+        ImgLut(&p.s, &out, &table);
+      else
+        ImgLut(&p.s, &out, table.GetDataPtr());
+      ASSERT_EQ(EGetError(), E_OK);
+      ASSERT_EQ(testsupport::Snapshot(img), want) << "path " << path << " iter " << iter;
     }
   }
-}
-
-TEST(Lut8, InPlaceAndVectorForm) {
-  Rng rng(2);
-  for (int path : testsupport::AllPaths()) {
-    testsupport::PathGuard guard(path);
-    Pair p(200, 3, rng);
-    const std::vector<unsigned char> src = testsupport::Bytes(p.s);
-    EBW8Vector table(256);
-    for (unsigned int i = 0; i < 256; ++i) table[i] = static_cast<unsigned char>(255 - i);
-    ImgLut(&p.s, &p.s, &table);
-    ASSERT_EQ(EGetError(), E_OK);
-    const std::vector<unsigned char> out = testsupport::Bytes(p.s);
-    for (size_t i = 0; i < src.size(); ++i) ASSERT_EQ(out[i], 255 - src[i]);
-  }
-}
-
-TEST(Lut8, Errors) {
-  Rng rng(3);
-  Pair p(40, 4, rng);
-  const std::vector<unsigned char> before = testsupport::Snapshot(p.di);
-  EBW8Vector bad(300);
-  ImgLut(&p.s, &p.d, &bad);
-  EXPECT_EQ(EGetError(), E_ERROR_VECTOR_SIZE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgLut");
-  EBW8Vector good(256);
-  EImage<EBW8> small(39, 4);
-  ImgLut(&p.s, &small, &good);
-  EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgLut");
-  // The raw form reports without a label.
-  EROI<EBW8> empty;
-  ImgLut(&empty, &p.d, good.GetDataPtr());
-  EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "");
-  ImgLut(&p.s, &empty, good.GetDataPtr());
-  EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
-  EXPECT_EQ(testsupport::Snapshot(p.di), before);
 }
 
 TEST(Lut16, TablesAndBitSelection) {
@@ -104,9 +61,8 @@ TEST(Lut16, TablesAndBitSelection) {
   ASSERT_EQ(EGetError(), E_OK);
   for (int y = 0; y < 5; ++y)
     for (int x = 0; x < 33; ++x) ASSERT_EQ(d16.GetPixel(x, y).value, t16[s.GetPixel(x, y).value].value);
-  ImgLut(&s, &d16, t16.GetDataPtr());
-  ASSERT_EQ(EGetError(), E_OK);
-
+  // Entry counts and shifts; 0xFFFFFFFF takes the top bits (with 256
+  // entries, the top byte).
   struct Case { unsigned int n, shift; };
   for (const Case c : {Case{256, 0xFFFFFFFFu}, Case{256, 0}, Case{256, 3}, Case{16, 12}, Case{1024, 2},
                        Case{65536, 0}, Case{1, 0}, Case{2, 15}}) {
@@ -122,25 +78,6 @@ TEST(Lut16, TablesAndBitSelection) {
         ASSERT_EQ(d8.GetPixel(x, y).value, t[(s.GetPixel(x, y).value >> shift) & (c.n - 1)].value)
             << c.n << " " << c.shift;
   }
-  // 0xFFFFFFFF with 256 entries reads the top byte.
-  s.SetPixel(0xABCD, 0, 0);
-  EBW8Vector id(256);
-  for (unsigned int i = 0; i < 256; ++i) id[i] = static_cast<unsigned char>(i);
-  ImgLut(&s, &d8, &id, 0xFFFFFFFFu);
-  EXPECT_EQ(d8.GetPixel(0, 0).value, 0xAB);
-
-  const std::vector<unsigned char> before = testsupport::Snapshot(d8);
-  EBW8Vector v300(300), v65536(65536);
-  ImgLut(&s, &d8, &v300, 0);
-  EXPECT_EQ(EGetError(), E_ERROR_VECTOR_SIZE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgLut ( BW16 to BW8)");
-  ImgLut(&s, &d8, &v65536, 1);
-  EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT_2);
-  EXPECT_EQ(testsupport::Snapshot(d8), before);
-  EBW16Vector short16(300);
-  ImgLut(&s, &d16, &short16);
-  EXPECT_EQ(EGetError(), E_ERROR_VECTOR_SIZE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgLut (BW16)");
 }
 
 // The 8-bit gain as documented: table at the head and tail of a row, the
@@ -156,67 +93,37 @@ unsigned char GainBlock(unsigned int i, int g, int o) {
   return static_cast<unsigned char>(v < 0 ? 0 : v > 255 ? 255 : v);
 }
 
-void ExpectGainModel(const EROI<EBW8>& s, const EROI<EBW8>& d, float gain, float offset, bool fast) {
-  const int g = static_cast<int>(gain * 32);
-  const int o = static_cast<int>(offset);
-  for (int y = 0; y < s.GetHeight(); ++y) {
-    const uintptr_t addr = reinterpret_cast<uintptr_t>(d.GetImagePtr(0, y));
-    const int w = s.GetWidth();
-    int head = static_cast<int>((8 - addr % 8) % 8);
-    int blocks = 0;
-    if (fast && w - head >= 8) blocks = (w - head) / 8 * 8;
-    for (int x = 0; x < w; ++x) {
-      const unsigned int v = s.GetPixel(x, y).value;
-      const bool inBlock = x >= head && x < head + blocks;
-      const unsigned char want = inBlock ? GainBlock(v, g, o) : GainTable(v, g, o);
-      ASSERT_EQ(d.GetPixel(x, y).value, want) << "gain " << gain << " offset " << offset << " x " << x
-                                              << " head " << head << " fast " << fast;
-    }
-  }
-}
-
 TEST(GainOffset8, FollowsTableAndBlockFormulaOnEveryPath) {
   Rng rng(6);
   const float gains[] = {1.0f, 0.03f, 0.5f, 2.7f, 8.0f, 9.5f, 40.0f, -1.0f, 0.0f};
   const float offsets[] = {0.0f, -20.0f, 37.9f, 300.0f, -70000.0f, 40000.0f};
   for (int path : testsupport::AllPaths()) {
     testsupport::PathGuard guard(path);
-    for (float gain : gains) {
+    for (float gain : gains)
       for (float offset : offsets) {
-        const int w = 1 + static_cast<int>(rng() % 150);
-        Pair p(w, 2, rng);
+        Pair p(1 + static_cast<int>(rng() % 150), 2, rng);
         ImgGainOffset(&p.s, &p.d, gain, offset);
         ASSERT_EQ(EGetError(), E_OK);
-        ExpectGainModel(p.s, p.d, gain, offset, path >= 0);
+        const int g = static_cast<int>(gain * 32), o = static_cast<int>(offset), w = p.s.GetWidth();
+        for (int y = 0; y < p.s.GetHeight(); ++y) {
+          const int head = static_cast<int>((8 - reinterpret_cast<uintptr_t>(p.d.GetImagePtr(0, y)) % 8) % 8);
+          const int blocks = path >= 0 && w - head >= 8 ? (w - head) / 8 * 8 : 0;
+          for (int x = 0; x < w; ++x) {
+            const unsigned int v = p.s.GetPixel(x, y).value;
+            const bool in_block = x >= head && x < head + blocks;
+            ASSERT_EQ(p.d.GetPixel(x, y).value, in_block ? GainBlock(v, g, o) : GainTable(v, g, o))
+                << "gain " << gain << " offset " << offset << " x " << x << " head " << head;
+          }
+        }
       }
-    }
-  }
-}
-
-TEST(GainOffset8, WorkedValues) {
-  Rng rng(7);
-  for (int path : testsupport::AllPaths()) {
-    testsupport::PathGuard guard(path);
-    Pair p(100, 3, rng);
-    ImgGainOffset(&p.s, &p.d, 1.0f, 0.0f);
-    EXPECT_EQ(testsupport::Bytes(p.d), testsupport::Bytes(p.s));
-    ImgGainOffset(&p.s, &p.d, 0.03f, 17.0f);  // G is 0
-    for (unsigned char b : testsupport::Bytes(p.d)) ASSERT_EQ(b, 17);
-    ImgGainOffset(&p.s, &p.d, 0.03f, -17.0f);
-    for (unsigned char b : testsupport::Bytes(p.d)) ASSERT_EQ(b, 0);
   }
   // Above a gain of 8 the block pixels keep only the low 16 bits of the product.
   EImage<EBW8> s(64, 1), d(64, 1);
-  for (int x = 0; x < 64; ++x) s.SetPixel(250, x, 0);
-  {
-    testsupport::PathGuard guard(-1);
+  ImgCopy(EBW8(250), &s);
+  for (int path : {-1, testsupport::AllPaths().back()}) {
+    testsupport::PathGuard guard(path);
     ImgGainOffset(&s, &d, 9.0f, 0.0f);
-    EXPECT_EQ(d.GetPixel(20, 0).value, 255);
-  }
-  {
-    testsupport::PathGuard guard(testsupport::AllPaths().back());
-    ImgGainOffset(&s, &d, 9.0f, 0.0f);
-    EXPECT_EQ(d.GetPixel(20, 0).value, 202);  // (72000 & 0xFFFF) >> 5
+    EXPECT_EQ(d.GetPixel(20, 0).value, path < 0 ? 255 : 202);  // (72000 & 0xFFFF) >> 5
   }
 }
 
@@ -230,9 +137,8 @@ TEST(GainOffset, ColourAndSixteenBit) {
   for (int y = 0; y < 3; ++y)
     for (int x = 0; x < 37; ++x)
       for (int k = 0; k < 3; ++k) {
-        double v = static_cast<double>(gain[k]) * c.GetPixel(x, y)[k] + offset[k];
-        const int want = v > 255 ? 255 : v < 0 ? 0 : static_cast<int>(v);
-        ASSERT_EQ(cd.GetPixel(x, y)[k], want);
+        const double v = static_cast<double>(gain[k]) * c.GetPixel(x, y)[k] + offset[k];
+        ASSERT_EQ(cd.GetPixel(x, y)[k], v > 255 ? 255 : v < 0 ? 0 : static_cast<int>(v));
       }
   EImage<EBW16> s(29, 4), d(29, 4);
   testsupport::FillRandom(s, rng);
@@ -245,13 +151,6 @@ TEST(GainOffset, ColourAndSixteenBit) {
         ASSERT_EQ(d.GetPixel(x, y).value, v < 0 ? 0 : v > 65535 ? 65535 : v);
       }
   }
-  EImage<EBW16> other(28, 4);
-  ImgGainOffset(&s, &other, 1.0f, 0.0f);
-  EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgGainOffset (BW16)");
-  EImage<EC24> cother(1, 1);
-  ImgGainOffset(&c, &cother, gain, offset);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgGainOffset");
 }
 
 int g_calls = 0;
@@ -261,33 +160,60 @@ EBW8 Invert(EBW8 v) {
 }
 EBW16 Half(EBW16 v) { return static_cast<unsigned short>(v.value / 2); }
 
-TEST(Transform, TableOrPerPixelAndTrace) {
+TEST(Transform, TableOrPerPixel) {
   Rng rng(9);
   Pair p(50, 3, rng);
-  g_calls = 0;
-  ImgTransform(&p.s, &p.d, Invert, 1);
-  EXPECT_EQ(g_calls, 256);
-  EXPECT_EQ(EGetError(), E_OK);
-  EXPECT_STREQ(EGetErrorTrace(), "");  // the label traced on success leaves a clear state
-  const std::vector<unsigned char> s = testsupport::Bytes(p.s), d = testsupport::Bytes(p.d);
-  for (size_t i = 0; i < s.size(); ++i) ASSERT_EQ(d[i], 255 - s[i]);
-  g_calls = 0;
-  ImgTransform(&p.s, &p.d, Invert, 0);
-  EXPECT_EQ(g_calls, 150);
-  EXPECT_EQ(testsupport::Bytes(p.d), d);
-  EImage<EBW8> small(3, 3);
-  ImgTransform(&p.s, &small, Invert, 1);
-  EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgTransform");
-
+  for (int table : {1, 0}) {
+    g_calls = 0;
+    ESetError(E_ERROR_INTERNAL);
+    ImgTransform(&p.s, &p.d, Invert, table);
+    EXPECT_EQ(g_calls, table ? 256 : 150);
+    EXPECT_EQ(EGetError(), E_OK);
+    EXPECT_STREQ(EGetErrorTrace(), "");  // the label traced on success leaves a clear state
+    const Bytes s = testsupport::Bytes(p.s), d = testsupport::Bytes(p.d);
+    for (size_t i = 0; i < s.size(); ++i) ASSERT_EQ(d[i], 255 - s[i]);
+  }
   EImage<EBW16> a(9, 2), b(9, 2);
   testsupport::FillRandom(a, rng);
   ImgTransform(&a, &b, Half);
   ASSERT_EQ(EGetError(), E_OK);
   for (int x = 0; x < 9; ++x) EXPECT_EQ(b.GetPixel(x, 1).value, a.GetPixel(x, 1).value / 2);
-  EImage<EBW16> c(8, 2);
-  ImgTransform(&a, &c, Half);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgTransform (BW16)");
+}
+
+// Every form's checks: the code, the label and an untouched destination.
+TEST(Lut, ChecksLeaveTheDestinationAlone) {
+  Rng rng(3);
+  Pair p(40, 4, rng);
+  EImage<EBW8> small(39, 4);
+  EImage<EBW16> s16(33, 5), d16small(8, 2);
+  EImage<EBW8> d8(33, 5);
+  EImage<EC24> c(37, 3), csmall(1, 1);
+  EROI<EBW8> empty;
+  EBW8Vector v300(300), v256(256), v65536(65536);
+  EBW16Vector short16(300);
+  testsupport::FillRandom(d8, rng);
+  auto expect = [&](E_ERRORS code, const char* label, const std::function<void()>& run) {
+    const Bytes d = testsupport::Snapshot(p.di), d8b = testsupport::Snapshot(d8), s16b = testsupport::Snapshot(s16);
+    run();
+    EXPECT_EQ(EGetError(), code) << label;
+    EXPECT_STREQ(EGetErrorTrace(), label);
+    EXPECT_EQ(testsupport::Snapshot(p.di), d) << label;
+    EXPECT_EQ(testsupport::Snapshot(d8), d8b) << label;
+    EXPECT_EQ(testsupport::Snapshot(s16), s16b) << label;
+  };
+  expect(E_ERROR_VECTOR_SIZE, "ImgLut", [&] { ImgLut(&p.s, &p.d, &v300); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgLut", [&] { ImgLut(&p.s, &small, &v256); });
+  // The raw form reports without a label.
+  expect(E_ERROR_VOID_IMAGE, "", [&] { ImgLut(&empty, &p.d, v256.GetDataPtr()); });
+  expect(E_ERROR_VOID_IMAGE, "", [&] { ImgLut(&p.s, &empty, v256.GetDataPtr()); });
+  expect(E_ERROR_VECTOR_SIZE, "ImgLut ( BW16 to BW8)", [&] { ImgLut(&s16, &d8, &v300, 0); });
+  expect(E_ERROR_BAD_ARGUMENT_2, "ImgLut ( BW16 to BW8)", [&] { ImgLut(&s16, &d8, &v65536, 1); });
+  expect(E_ERROR_VECTOR_SIZE, "ImgLut (BW16)", [&] { ImgLut(&s16, &s16, &short16); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgGainOffset (BW16)", [&] { ImgGainOffset(&s16, &d16small, 1.0f, 0.0f); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgGainOffset", [&] { ImgGainOffset(&c, &csmall, EColor(1, 1, 1), EColor(0, 0, 0)); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgTransform", [&] { ImgTransform(&p.s, &small, Invert, 1); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgTransform (BW16)", [&] { ImgTransform(&s16, &d16small, Half); });
 }
 
 }  // namespace
+

@@ -1,4 +1,5 @@
 // ImgOverlay and the thread's overlay colour.
+#include <functional>
 #include <thread>
 #include <vector>
 
@@ -7,7 +8,7 @@
 namespace {
 
 using testsupport::Rng;
-using u8 = unsigned char;
+using testsupport::Snapshot;
 
 // Overlay pixels drawn from a few colours so that the transparent one is common.
 void FillFew(EImage<EC24>& img, Rng& rng) {
@@ -19,12 +20,12 @@ void FillFew(EImage<EC24>& img, Rng& rng) {
 
 bool Same(const EC24& a, const EC24& b) { return a.c[0] == b.c[0] && a.c[1] == b.c[1] && a.c[2] == b.c[2]; }
 
-unsigned short Pack16(const EC24& p) { return static_cast<unsigned short>(((p.c[2] >> 3) << 11) | ((p.c[1] >> 2) << 5) | (p.c[0] >> 3)); }
-unsigned short Pack15(const EC24& p) { return static_cast<unsigned short>(((p.c[2] >> 3) << 10) | ((p.c[1] >> 3) << 5) | (p.c[0] >> 3)); }
+EC24 Same24(const EC24& p) { return p; }
+EC16 Packed16(const EC24& p) { return EC16(static_cast<unsigned short>(((p.c[2] >> 3) << 11) | ((p.c[1] >> 2) << 5) | (p.c[0] >> 3))); }
+EC15 Packed15(const EC24& p) { return EC15(static_cast<unsigned short>(((p.c[2] >> 3) << 10) | ((p.c[1] >> 3) << 5) | (p.c[0] >> 3))); }
 
 TEST(OverlayColor, PerThread) {
   ImgSetOverlayColor(EC24(1, 2, 3));
-  EXPECT_TRUE(Same(ImgGetOverlayColor(), EC24(1, 2, 3)));
   EC24 seen(9, 9, 9), seen_after(9, 9, 9);
   std::thread other([&] {
     seen = ImgGetOverlayColor();
@@ -37,7 +38,23 @@ TEST(OverlayColor, PerThread) {
   EXPECT_TRUE(Same(ImgGetOverlayColor(), EC24(1, 2, 3)));
 }
 
-// The three forms that draw on a destination, against a per-pixel model.
+// Draws `pic` on a random destination of type D and compares the whole
+// buffer with a model that packs each non-transparent pixel with `pack`.
+template <class D>
+void DrawAndCompare(const EImage<EC24>& pic, int dw, int dh, int x, int y, const EC24& transparent,
+                    D (*pack)(const EC24&), Rng& rng) {
+  EImage<D> dst(dw, dh);
+  testsupport::FillRandom(dst, rng);
+  EImage<D> want = dst;
+  for (int j = 0; j < pic.GetHeight(); ++j)
+    for (int i = 0; i < pic.GetWidth(); ++i)
+      if (!Same(pic.GetPixel(i, j), transparent)) want.SetPixel(pack(pic.GetPixel(i, j)), x + i, y + j);
+  ESetError(E_ERROR_INTERNAL);
+  ImgOverlay(&pic, &dst, x, y, transparent);
+  EXPECT_EQ(EGetError(), E_OK);
+  EXPECT_EQ(Snapshot(dst), Snapshot(want));
+}
+
 TEST(Overlay, DrawsNonTransparentPixels) {
   Rng rng(40);
   const EC24 transparent(10, 20, 30);
@@ -47,84 +64,43 @@ TEST(Overlay, DrawsNonTransparentPixels) {
     FillFew(pic, rng);
     const int dw = ow + static_cast<int>(rng() % 6), dh = oh + static_cast<int>(rng() % 4);
     const int x = static_cast<int>(rng() % (dw - ow + 1)), y = static_cast<int>(rng() % (dh - oh + 1));
-
-    EImage<EC24> d24(dw, dh);
-    EImage<EC16> d16(dw, dh);
-    EImage<EC15> d15(dw, dh);
-    testsupport::FillRandom(d24, rng);
-    testsupport::FillRandom(d16, rng);
-    testsupport::FillRandom(d15, rng);
-    EImage<EC24> e24 = d24;
-    EImage<EC16> e16 = d16;
-    EImage<EC15> e15 = d15;
-    for (int j = 0; j < oh; ++j)
-      for (int i = 0; i < ow; ++i) {
-        const EC24 p = pic.GetPixel(i, j);
-        if (Same(p, transparent)) continue;
-        e24.SetPixel(p, x + i, y + j);
-        e16.SetPixel(EC16(Pack16(p)), x + i, y + j);
-        e15.SetPixel(EC15(Pack15(p)), x + i, y + j);
-      }
-    ImgOverlay(&pic, &d24, x, y, transparent);
-    EXPECT_EQ(EGetError(), E_OK);
-    ImgOverlay(&pic, &d16, x, y, transparent);
-    ImgOverlay(&pic, &d15, x, y, transparent);
-    EXPECT_EQ(testsupport::Snapshot(d24), testsupport::Snapshot(e24));
-    EXPECT_EQ(testsupport::Snapshot(d16), testsupport::Snapshot(e16));
-    EXPECT_EQ(testsupport::Snapshot(d15), testsupport::Snapshot(e15));
+    DrawAndCompare<EC24>(pic, dw, dh, x, y, transparent, Same24, rng);
+    DrawAndCompare<EC16>(pic, dw, dh, x, y, transparent, Packed16, rng);
+    DrawAndCompare<EC15>(pic, dw, dh, x, y, transparent, Packed15, rng);
   }
+  EXPECT_EQ(Packed16(EC24(0xFF, 0x84, 0x08)).word, (1u << 11) | (0x21u << 5) | 0x1Fu);
+  EXPECT_EQ(Packed15(EC24(0xFF, 0x84, 0x08)).word, (1u << 10) | (0x10u << 5) | 0x1Fu);
 }
 
-TEST(Overlay, PackingOfOneColour) {
-  EImage<EC24> pic(1, 1);
-  pic.SetPixel(EC24(0xFF, 0x84, 0x08), 0, 0);
-  EImage<EC16> d16(1, 1);
-  EImage<EC15> d15(1, 1);
-  ImgOverlay(&pic, &d16, 0, 0, EC24(0, 0, 0));
-  ImgOverlay(&pic, &d15, 0, 0, EC24(0, 0, 0));
-  EXPECT_EQ(d16.GetPixel(0, 0).word, (1u << 11) | (0x21u << 5) | 0x1Fu);
-  EXPECT_EQ(d15.GetPixel(0, 0).word, (1u << 10) | (0x10u << 5) | 0x1Fu);
-}
-
-TEST(Overlay, SmallDestinationAndVoidImages) {
+// A destination too small, an all-transparent overlay: silently nothing.
+// Void images: the code, the label and an untouched destination.
+TEST(Overlay, ChecksLeaveTheDestinationAlone) {
   Rng rng(41);
-  EImage<EC24> pic(4, 4), small(3, 8), none;
-  FillFew(pic, rng);
-  testsupport::FillRandom(small, rng);
-  const auto before = testsupport::Snapshot(small);
-  ESetError(E_ERROR_INTERNAL);
-  ImgOverlay(&pic, &small, 0, 0, EC24(1, 1, 1));
-  EXPECT_EQ(EGetError(), E_OK);  // silently nothing
-  EXPECT_STREQ(EGetErrorTrace(), "");
-  EXPECT_EQ(testsupport::Snapshot(small), before);
-
-  ImgOverlay(&none, &small, 0, 0, EC24(1, 1, 1));
-  EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgOverlay ( C24 on C24 Image)");
+  EImage<EC24> pic(4, 4), small(3, 8), none, clear(2, 2), big(5, 5);
   EImage<EC16> none16;
-  ImgOverlay(&pic, &none16, 0, 0, EC24(1, 1, 1));
-  EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgOverlay ( C24 on C16 Image)");
   EImage<EC15> none15;
-  ImgOverlay(&pic, &none15, 0, 0, EC24(1, 1, 1));
-  EXPECT_STREQ(EGetErrorTrace(), "ImgOverlay ( C24 on C15 Image)");
-  EXPECT_EQ(testsupport::Snapshot(small), before);
-
-  // An overlay all of the transparent colour leaves the destination alone.
-  EImage<EC24> clear(2, 2), big(5, 5);
-  ImgCopy(EC24(4, 5, 6), &clear);
-  testsupport::FillRandom(big, rng);
-  const auto big_before = testsupport::Snapshot(big);
-  ImgOverlay(&clear, &big, 1, 1, EC24(4, 5, 6));
-  EXPECT_EQ(testsupport::Snapshot(big), big_before);
-
   EImage<EBW8> grey(4, 4), none8;
-  ImgOverlay(&none8, &pic, &big, 0, 0, EC24(0, 0, 0));
-  EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgOverlay ( BW8 source, C24 overlay and destination)");
-  ImgOverlay(&grey, &none, &big, 0, 0, EC24(0, 0, 0));
-  EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
-  EXPECT_EQ(testsupport::Snapshot(big), big_before);
+  FillFew(pic, rng);
+  ImgCopy(EC24(4, 5, 6), &clear);
+  testsupport::FillRandom(small, rng);
+  testsupport::FillRandom(big, rng);
+  auto expect = [&](E_ERRORS code, const char* label, const std::function<void()>& run) {
+    const auto small_before = Snapshot(small), big_before = Snapshot(big);
+    ESetError(E_ERROR_INTERNAL);
+    run();
+    EXPECT_EQ(EGetError(), code) << label;
+    EXPECT_STREQ(EGetErrorTrace(), label);
+    EXPECT_EQ(Snapshot(small), small_before) << label;
+    EXPECT_EQ(Snapshot(big), big_before) << label;
+  };
+  expect(E_OK, "", [&] { ImgOverlay(&pic, &small, 0, 0, EC24(1, 1, 1)); });
+  expect(E_OK, "", [&] { ImgOverlay(&clear, &big, 1, 1, EC24(4, 5, 6)); });
+  expect(E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C24 Image)", [&] { ImgOverlay(&none, &small, 0, 0, EC24(1, 1, 1)); });
+  expect(E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C16 Image)", [&] { ImgOverlay(&pic, &none16, 0, 0, EC24(1, 1, 1)); });
+  expect(E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C15 Image)", [&] { ImgOverlay(&pic, &none15, 0, 0, EC24(1, 1, 1)); });
+  const char* grey_label = "ImgOverlay ( BW8 source, C24 overlay and destination)";
+  expect(E_ERROR_VOID_IMAGE, grey_label, [&] { ImgOverlay(&none8, &pic, &big, 0, 0, EC24(0, 0, 0)); });
+  expect(E_ERROR_VOID_IMAGE, grey_label, [&] { ImgOverlay(&grey, &none, &big, 0, 0, EC24(0, 0, 0)); });
 }
 
 // The grey form makes the whole destination, sized like the source.
@@ -136,10 +112,9 @@ TEST(Overlay, GreySourceForm) {
     EImage<EBW8> grey(w, h);
     testsupport::FillRandom(grey, rng);
     const int ow = 1 + static_cast<int>(rng() % 8), oh = 1 + static_cast<int>(rng() % 4);
-    EImage<EC24> pic(ow, oh);
+    EImage<EC24> pic(ow, oh), dst(3, 2);  // dst is resized by the call
     FillFew(pic, rng);
     const int x = static_cast<int>(rng() % (w + 8)) - 6, y = static_cast<int>(rng() % (h + 6)) - 4;
-    EImage<EC24> dst(3, 2);  // resized by the call
     ImgOverlay(&grey, &pic, &dst, x, y, transparent);
     ASSERT_EQ(EGetError(), E_OK);
     ASSERT_EQ(dst.GetWidth(), w);
@@ -147,7 +122,8 @@ TEST(Overlay, GreySourceForm) {
     for (int j = 0; j < h; ++j)
       for (int i = 0; i < w; ++i) {
         const int ox = i - x, oy = j - y;
-        EC24 want(grey.GetPixel(i, j), grey.GetPixel(i, j), grey.GetPixel(i, j));
+        const unsigned char g = grey.GetPixel(i, j);
+        EC24 want(g, g, g);
         if (ox >= 0 && oy >= 0 && ox < ow && oy < oh && !Same(pic.GetPixel(ox, oy), transparent))
           want = pic.GetPixel(ox, oy);
         EXPECT_TRUE(Same(dst.GetPixel(i, j), want)) << "t " << t << " at " << i << "," << j;
