@@ -324,6 +324,7 @@ TEST(MinResidue, TwoAndThreeLevelsMatchModel) {
     float b = -1, a = -1, c = -1;
     EBW8 t = 77, u = 77;
     EXPECT_EQ(ImgMinResidueThreshold(&v, b, a), m.lo) << iter;
+    EXPECT_EQ(EGetError(), E_OK);
     EXPECT_TRUE(b == m.avg[0] && a == m.avg[2]) << iter;
     b = a = -1;
     const float res = ImgTwoLevelsMinResidueThreshold(&v, t, b, a);
