@@ -1,115 +1,90 @@
 #include <cstdint>
-#include <vector>
+#include <cstring>
+#include <type_traits>
 
-#include "test_support.h"
+#include "histogram_test_util.h"
 
 namespace {
 
 using testsupport::Rng;
 
+uint32_t Chan(EBW8 p, int) { return p.value; }
+uint32_t Chan(EBW16 p, int) { return p.value; }
+uint32_t Chan(EBW32 p, int) { return p.value; }
+uint32_t Chan(const EC24& p, int k) { return p[k]; }
+
+// Per-channel sums of each column (onRow) or each row.
 template <class P>
-std::vector<uint32_t> SumRef(const EROI<P>& roi, bool onRow) {
+std::vector<uint32_t> SumRef(const EROI<P>& roi, bool onRow, int k = 0) {
   std::vector<uint32_t> s(onRow ? roi.GetWidth() : roi.GetHeight(), 0);
   for (int y = 0; y < roi.GetHeight(); ++y)
-    for (int x = 0; x < roi.GetWidth(); ++x) s[onRow ? x : y] += roi.GetPixel(x, y).value;
+    for (int x = 0; x < roi.GetWidth(); ++x) s[onRow ? x : y] += Chan(roi.GetPixel(x, y), k);
   return s;
 }
 
 template <class V>
-std::vector<uint32_t> Values(const V& v) {
+std::vector<uint32_t> Values(const V& v, int k = 0) {
   std::vector<uint32_t> out;
-  for (unsigned int i = 0; i < v.GetNumElements(); ++i) out.push_back(v.GetDataPtr()[i].value);
+  for (unsigned int i = 0; i < v.GetNumElements(); ++i) out.push_back(Chan(v.GetDataPtr()[i], k));
   return out;
 }
 
-TEST(Projection, EightBitSumsAndAveragesOnEveryPath) {
+// Sums (when SumV is given) and averages of a random ROI, both directions,
+// against the plain loops.
+template <class P, class AvgV, class SumV = AvgV>
+void CheckProjections(Rng& rng, int w, int h, int channels, bool saturate, const std::string& what) {
+  EImage<P> img;
+  EROI<P> roi;
+  testsupport::PlaceRandom(img, roi, w, h, rng);
+  testsupport::FillRandom(img, rng);
+  if (saturate)  // all 255: the 16-bit partial sums at their limit
+    std::memset(img.GetImagePtr(0, 0), 0xFF, static_cast<size_t>(img.GetRowPitch()) * img.GetHeight());
+  AvgV avg;
+  SumV sums;
+  for (int onRow = 0; onRow < 2; ++onRow) {
+    ASSERT_EQ(onRow ? ImgProjectOnARow(&roi, &avg) : ImgProjectOnAColumn(&roi, &avg), 0);
+    if (!std::is_same<AvgV, SumV>::value) {
+      ASSERT_EQ(onRow ? ImgProjectOnARow(&roi, &sums) : ImgProjectOnAColumn(&roi, &sums), 0);
+      ASSERT_EQ(Values(sums), SumRef(roi, onRow)) << what << " w " << w << " h " << h << " row " << onRow;
+    }
+    for (int k = 0; k < channels; ++k) {
+      std::vector<uint32_t> want = SumRef(roi, onRow, k);
+      for (auto& s : want) s /= static_cast<uint32_t>(onRow ? h : w);
+      ASSERT_EQ(Values(avg, k), want) << what << " w " << w << " h " << h << " row " << onRow << " channel " << k;
+    }
+  }
+}
+
+TEST(Projection, SumsAndAveragesOnEveryPath) {
   Rng rng(41);
   for (int path : testsupport::AllPaths()) {
     testsupport::PathGuard guard(path);
     for (int iter = 0; iter < 12; ++iter) {
-      EImage<EBW8> img;
-      EROI<EBW8> roi;
-      const int w = 1 + static_cast<int>(rng() % 400);
-      const int h = 1 + static_cast<int>(rng() % (iter == 0 ? 600 : 20));
-      testsupport::PlaceRandom(img, roi, w, h, rng);
-      testsupport::FillRandom(img, rng);
-      if (iter == 1)  // all 255: the 16-bit partial sums at their limit
-        for (int y = 0; y < h; ++y)
-          for (int x = 0; x < w; ++x) roi.SetPixel(255, x, y);
-      EBW32Vector sums;
-      EBW8Vector avg;
-      for (int onRow = 0; onRow < 2; ++onRow) {
-        const std::vector<uint32_t> ref = SumRef(roi, onRow != 0);
-        short rc = onRow ? ImgProjectOnARow(&roi, &sums) : ImgProjectOnAColumn(&roi, &sums);
-        ASSERT_EQ(rc, 0);
-        ASSERT_EQ(Values(sums), ref) << "path " << path << " w " << w << " h " << h << " row " << onRow;
-        rc = onRow ? ImgProjectOnARow(&roi, &avg) : ImgProjectOnAColumn(&roi, &avg);
-        ASSERT_EQ(rc, 0);
-        const uint32_t count = static_cast<uint32_t>(onRow ? h : w);
-        ASSERT_EQ(avg.GetNumElements(), ref.size());
-        for (size_t i = 0; i < ref.size(); ++i) ASSERT_EQ(avg[static_cast<unsigned int>(i)].value, ref[i] / count);
-      }
+      const int w = 1 + static_cast<int>(rng() % 400), h = 1 + static_cast<int>(rng() % (iter < 2 ? 600 : 20));
+      CheckProjections<EBW8, EBW8Vector, EBW32Vector>(rng, w, h, 1, iter == 1, "path " + std::to_string(path));
     }
   }
-}
-
-TEST(Projection, SixteenBitAndColour) {
-  Rng rng(42);
-  EImage<EBW16> img;
-  EROI<EBW16> roi;
-  testsupport::PlaceRandom(img, roi, 53, 9, rng);
-  testsupport::FillRandom(img, rng);
-  EBW32Vector sums;
-  EBW16Vector avg;
-  for (int onRow = 0; onRow < 2; ++onRow) {
-    const std::vector<uint32_t> ref = SumRef(roi, onRow != 0);
-    ASSERT_EQ(onRow ? ImgProjectOnARow(&roi, &sums) : ImgProjectOnAColumn(&roi, &sums), 0);
-    EXPECT_EQ(Values(sums), ref);
-    ASSERT_EQ(onRow ? ImgProjectOnARow(&roi, &avg) : ImgProjectOnAColumn(&roi, &avg), 0);
-    const uint32_t count = static_cast<uint32_t>(onRow ? 9 : 53);
-    for (size_t i = 0; i < ref.size(); ++i) EXPECT_EQ(avg[static_cast<unsigned int>(i)].value, ref[i] / count);
-  }
-  EImage<EC24> cimg;
-  EROI<EC24> croi;
-  testsupport::PlaceRandom(cimg, croi, 31, 7, rng);
-  testsupport::FillRandom(cimg, rng);
-  EC24Vector cv;
-  ASSERT_EQ(ImgProjectOnARow(&croi, &cv), 0);
-  ASSERT_EQ(cv.GetNumElements(), 31u);
-  for (int x = 0; x < 31; ++x)
-    for (int k = 0; k < 3; ++k) {
-      uint32_t s = 0;
-      for (int y = 0; y < 7; ++y) s += croi.GetPixel(x, y)[k];
-      EXPECT_EQ(cv[static_cast<unsigned int>(x)][k], s / 7);
-    }
-  ASSERT_EQ(ImgProjectOnAColumn(&croi, &cv), 0);
-  ASSERT_EQ(cv.GetNumElements(), 7u);
-  for (int y = 0; y < 7; ++y)
-    for (int k = 0; k < 3; ++k) {
-      uint32_t s = 0;
-      for (int x = 0; x < 31; ++x) s += croi.GetPixel(x, y)[k];
-      EXPECT_EQ(cv[static_cast<unsigned int>(y)][k], s / 31);
-    }
+  CheckProjections<EBW16, EBW16Vector, EBW32Vector>(rng, 53, 9, 1, false, "16 bits");
+  CheckProjections<EC24, EC24Vector>(rng, 31, 7, 3, false, "colour");
 }
 
 TEST(Projection, VoidImageAndLabels) {
-  EROI<EBW8> empty;
-  EBW32Vector sums;
-  EXPECT_EQ(ImgProjectOnARow(&empty, &sums), E_ERROR_VOID_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgProjectOnARow ( BW8 Image Sum)");
-  EBW8Vector avg;
-  EXPECT_EQ(ImgProjectOnAColumn(&empty, &avg), E_ERROR_VOID_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgProjectOnAColumn ( BW8 Image Average)");
+  EROI<EBW8> e8;
   EROI<EBW16> e16;
-  EBW16Vector a16;
-  ImgProjectOnARow(&e16, &a16);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgProjectOnARow ( BW16 Image Average)");
-  ImgProjectOnAColumn(&e16, &sums);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgProjectOnAColumn ( BW16 Image Sum)");
   EROI<EC24> ec;
+  EBW32Vector sums;
+  EBW8Vector a8;
+  EBW16Vector a16;
   EC24Vector cv;
-  ImgProjectOnARow(&ec, &cv);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgProjectOnARow ( C24 Image Average)");
+  auto check = [](short rc, const char* label) {
+    EXPECT_EQ(rc, E_ERROR_VOID_IMAGE);
+    EXPECT_FAILED(E_ERROR_VOID_IMAGE, label);
+  };
+  check(ImgProjectOnARow(&e8, &sums), "ImgProjectOnARow ( BW8 Image Sum)");
+  check(ImgProjectOnAColumn(&e8, &a8), "ImgProjectOnAColumn ( BW8 Image Average)");
+  check(ImgProjectOnARow(&e16, &a16), "ImgProjectOnARow ( BW16 Image Average)");
+  check(ImgProjectOnAColumn(&e16, &sums), "ImgProjectOnAColumn ( BW16 Image Sum)");
+  check(ImgProjectOnARow(&ec, &cv), "ImgProjectOnARow ( C24 Image Average)");
 }
 
 }  // namespace
