@@ -6,29 +6,21 @@
 
 namespace {
 
-TEST(UntypedVector, NewVectorIsEmpty) {
-  EVector v;
-  EXPECT_EQ(v.GetDataPtr(), nullptr);
-  EXPECT_EQ(v.GetAllocatedSize(), 0);
-  EXPECT_EQ(v.GetNbGroup(), 0);
-  EXPECT_EQ(v.GetVectType(), 0);
-  EXPECT_EQ(v.GetUse(), 0);
-  EVector used(9);
-  EXPECT_EQ(used.GetUse(), 9);
-}
+unsigned char* Raw(EVector& v) { return static_cast<unsigned char*>(v.GetDataPtr()); }
 
 TEST(UntypedVector, KindsShapeTheVector) {
+  EVector fresh, used(9);
+  EXPECT_EQ(fresh.GetDataPtr(), nullptr);
+  EXPECT_EQ(fresh.GetAllocatedSize() + fresh.GetNbGroup() + fresh.GetVectType() + fresh.GetUse(), 0);
+  EXPECT_EQ(used.GetUse(), 9);
   struct Case {
     int kind, groups, groupLength;
     int size, type, length, use, nbGroup, bytes;
   };
   const Case cases[] = {
-      {1, 2000, 0, 8, 2, 3, 0, 2000, 24000},
-      {2, 1, 640, 8, 1, 640, 0, 1, 2560},
-      {3, 1, 256, 2, 1, 256, 0, 1, 256},
-      {3, 1, 0, 2, 1, 256, 0, 1, 256},
-      {4, 17, 3, 8, 2, 3, 5, 17, 204},
-      {5, 0, 0, 8, 2, 3, 0, 0, 24576},
+      {1, 2000, 0, 8, 2, 3, 0, 2000, 24000}, {2, 1, 640, 8, 1, 640, 0, 1, 2560},
+      {3, 1, 256, 2, 1, 256, 0, 1, 256},     {3, 1, 0, 2, 1, 256, 0, 1, 256},
+      {4, 17, 3, 8, 2, 3, 5, 17, 204},       {5, 0, 0, 8, 2, 3, 0, 0, 24576},
       {7, 12, 0, 8, 4, 1, 0, 12, 48},
   };
   for (const Case& c : cases) {
@@ -46,8 +38,7 @@ TEST(UntypedVector, KindsShapeTheVector) {
     EXPECT_EQ(v.GetAllocatedSize(), c.bytes);
     EXPECT_EQ(v.GetNbMaxGroup(), c.bytes / v.GetGroupBytes());
     ASSERT_NE(v.GetDataPtr(), nullptr);
-    const unsigned char* p = static_cast<const unsigned char*>(v.GetDataPtr());
-    EXPECT_EQ(std::count(p, p + c.bytes, 0), c.bytes);  // fresh room is zeroed
+    EXPECT_EQ(std::count(Raw(v), Raw(v) + c.bytes, 0), c.bytes);  // fresh room is zeroed
   }
 }
 
@@ -70,11 +61,18 @@ TEST(UntypedVector, RefusalsLeaveTheVectorAndReportTheCode) {
   EXPECT_EQ(v.GetAllocatedSize(), 120);
   EXPECT_EQ(v.GetDataPtr(), data);
   EXPECT_EQ(v.GetUse(), 5);
+  // SetNbGroup needs room; it never touches the room itself.
   EOk();
-}
-
-TEST(UntypedVector, SuccessLeavesAnArmedCodeStanding) {
-  EVector v;
+  v.SetNbGroup(0);
+  EXPECT_EQ(v.GetNbGroup(), 0);
+  EXPECT_EQ(v.GetAllocatedSize(), 120);
+  v.SetNbGroup(10);
+  EXPECT_EQ(EGetError(), E_OK);
+  v.SetNbGroup(11);
+  EXPECT_EQ(EGetError(), E_ERROR_VECTOR_LENGTH);
+  v.SetNbGroup(-1);
+  EXPECT_EQ(v.GetNbGroup(), 10);
+  // Success leaves a code already standing.
   ESetError(E_ERROR_VOID_VECTOR);
   EXPECT_EQ(v.SetType(5, 0, 0), 0);
   EXPECT_EQ(v.SetStructure(8, 4, 2, 2), 0);
@@ -94,56 +92,35 @@ TEST(UntypedVector, RoomIsKeptAndGrown) {
   EXPECT_EQ(v.GetAllocatedSize(), 400);
   EXPECT_EQ(v.GetNbMaxGroup(), 2);
   EXPECT_EQ(items[99], 100);
-  // Transition results: 32-bit signed pairs.
+  // Transition results: 32-bit signed pairs; the kind is kept.
   ASSERT_EQ(v.SetStructure(8, v.GetAllocatedSize() / 8, 2, 2), 0);
-  EXPECT_EQ(v.GetVectType(), 2);  // the kind is kept
+  EXPECT_EQ(v.GetVectType(), 2);
   EXPECT_EQ(v.GetNbGroup(), 50);
   EXPECT_EQ(v.GetNbMaxGroup(), 50);
-  // Reallocate keeps content and zeroes the new bytes.
+  // Reallocate keeps content and zeroes the new bytes; it never shrinks.
   ASSERT_EQ(v.Reallocate(400 + 24576), 0);
   items = static_cast<int*>(v.GetDataPtr());
   EXPECT_EQ(items[0], 1);
   EXPECT_EQ(items[99], 100);
-  EXPECT_EQ(items[100], 0);
-  EXPECT_EQ(items[(400 + 24576) / 4 - 1], 0);
-  EXPECT_EQ(v.Reallocate(8), 0);  // never shrinks
+  EXPECT_EQ(std::count(items + 100, items + (400 + 24576) / 4, 0), 24576 / 4);
+  EXPECT_EQ(v.Reallocate(8), 0);
   EXPECT_EQ(v.GetAllocatedSize(), 400 + 24576);
-}
-
-TEST(UntypedVector, SetNbGroupNeedsRoom) {
-  EVector v;
-  ASSERT_EQ(v.SetType(4, 10, 3), 0);
-  EOk();
-  v.SetNbGroup(0);
-  EXPECT_EQ(v.GetNbGroup(), 0);
-  EXPECT_EQ(v.GetAllocatedSize(), 120);  // room as it was
-  EXPECT_NE(v.GetDataPtr(), nullptr);
-  v.SetNbGroup(10);
-  EXPECT_EQ(EGetError(), E_OK);
-  v.SetNbGroup(11);
-  EXPECT_EQ(EGetError(), E_ERROR_VECTOR_LENGTH);
-  EXPECT_EQ(v.GetNbGroup(), 10);
-  v.SetNbGroup(-1);
-  EXPECT_EQ(v.GetNbGroup(), 10);
-  EOk();
 }
 
 TEST(UntypedVector, CopiesAreDeep) {
   EVector a;
   ASSERT_EQ(a.SetType(3, 1, 256), 0);
-  static_cast<unsigned char*>(a.GetDataPtr())[7] = 42;
+  Raw(a)[7] = 42;
   a.SetUse(3);
-  EVector b(a);
+  EVector b(a), c;
+  c = b;
   EXPECT_NE(b.GetDataPtr(), a.GetDataPtr());
-  EXPECT_EQ(static_cast<unsigned char*>(b.GetDataPtr())[7], 42);
   EXPECT_EQ(b.GetVectType(), 3);
   EXPECT_EQ(b.GetUse(), 3);
-  EVector c;
-  c = b;
-  static_cast<unsigned char*>(b.GetDataPtr())[7] = 1;
-  EXPECT_EQ(static_cast<unsigned char*>(c.GetDataPtr())[7], 42);
-  EVector empty;
-  c = empty;
+  Raw(a)[7] = 1;
+  Raw(b)[7] = 1;
+  EXPECT_EQ(Raw(c)[7], 42);
+  c = EVector();
   EXPECT_EQ(c.GetDataPtr(), nullptr);
   EXPECT_EQ(c.GetAllocatedSize(), 0);
 }
