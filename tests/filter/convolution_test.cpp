@@ -183,94 +183,47 @@ model::Kern RandomKernel(Rng& rng) {
   return k;
 }
 
-// Random ROIs of one size in two random images: the operation must give the
-// model's pixels inside the destination ROI and leave the rest of its image.
-template <class Model, class Op>
-::testing::AssertionResult MatchesModel(Rng& rng, int w, int h, Model model, Op op) {
-  EImage<EBW8> si, di;
-  EROI<EBW8> s, d;
-  testsupport::PlaceRandom(si, s, w, h, rng);
-  testsupport::PlaceRandom(di, d, w, h, rng);
-  testsupport::FillRandom(si, rng);
-  testsupport::FillRandom(di, rng);
-  const auto before = testsupport::Snapshot(di);
-  model::Grey gs = model::FromRoi(s), gd = model::FromRoi(d);
-  model(gs, gd);
-  op(&s, &d);
-  if (EGetError() != E_OK) return ::testing::AssertionFailure() << "error " << EGetError();
-  if (testsupport::Snapshot(di) != model::Expected(di, d, before, gd))
-    return ::testing::AssertionFailure() << w << "x" << h;
-  return ::testing::AssertionSuccess();
-}
-
 // Both kernels on random shapes, coefficients, gains (some so large that the
-// fixed-point sums wrap) and rectifiers, on every path.
+// fixed-point sums wrap) and rectifiers, on every path, some in place.
 TEST(ConvolRandom, KernelsMatchTheModelOnEveryPath) {
   Rng rng(1234);
   const float large[] = {300.0f, -4000.0f, 1e6f, 77.7f};
   for (int path : testsupport::AllPaths()) {
     testsupport::PathGuard guard(path);
-    for (int iter = 0; iter < 700; ++iter) {
+    for (int iter = 0; iter < 850; ++iter) {
       const int w = 1 + static_cast<int>(rng() % (iter % 4 == 0 ? 6 : 90));
       const int h = 1 + static_cast<int>(rng() % (iter % 4 == 1 ? 3 : 9));
       model::Kern mk = RandomKernel(rng);
-      const bool symmetric = iter % 3 == 2;
-      if (symmetric || iter % 7 == 3) {
+      const bool symmetric = iter % 3 == 2, inPlace = iter % 5 == 4, wraps = iter % 7 == 3;
+      if (symmetric || wraps) {
         mk.sx = mk.sy = 3 + 2 * static_cast<int>(rng() % 3);
         mk.c.resize(static_cast<size_t>(mk.sx * mk.sy), 1.0f);
-        if (mk.rect == 0 || mk.rect == 5) mk.rect = 1 + static_cast<int>(rng() % 3);
+        if (mk.rect == 0 || wraps) mk.rect = 1 + static_cast<int>(rng() % 3);
       }
-      if (iter % 7 == 3) {
+      if (wraps) {
         for (auto& c : mk.c) c = static_cast<float>(static_cast<int>(rng() % 7) - 3);
         mk.gain = large[rng() % 4];
         if (mk.sx == 3 && mk.rect == 2) mk.rect = 3;
       }
       EKernel k;
       model::Load(k, mk);
+      auto ref = [&](model::Grey& s, model::Grey& d) {
+        if (symmetric) {
+          model::Symmetric(mk, s, d);  // in place it reads what it has written
+        } else if (mk.sx == 3 && mk.sy == 3 && mk.rect == 2) {
+          model::Grey clean = s;  // the 8-bit arithmetic: in place as with a separate destination
+          model::EightBit(mk, clean, d);
+        } else {
+          model::Convol(mk, s, d);
+        }
+      };
       auto run = [&](EROI<EBW8>* s, EROI<EBW8>* d) {
         if (symmetric) ImgConvolSymmetricKernel(s, d, &k);
         else ImgConvolKernel(s, d, &k);
       };
-      auto ref = [&](model::Grey& s, model::Grey& d) {
-        if (symmetric) model::Symmetric(mk, s, d);
-        else model::Convol(mk, s, d);
-      };
-      ASSERT_TRUE(MatchesModel(rng, w, h, ref, run))
-          << "path " << path << " iter " << iter << " kernel " << mk.sx << "x" << mk.sy << " rect "
-          << mk.rect << " gain " << mk.gain << (symmetric ? " symmetric" : "");
-    }
-  }
-}
-
-TEST(ConvolRandom, InPlaceBehaviourOfEachArithmetic) {
-  Rng rng(77);
-  for (int path : testsupport::AllPaths()) {
-    testsupport::PathGuard guard(path);
-    for (int iter = 0; iter < 150; ++iter) {
-      EImage<EBW8> img;
-      EROI<EBW8> roi;
-      testsupport::PlaceRandom(img, roi, 1 + static_cast<int>(rng() % 80), 1 + static_cast<int>(rng() % 8), rng);
-      testsupport::FillRandom(img, rng);
-      const model::Kern mk = RandomKernel(rng);
-      EKernel k;
-      model::Load(k, mk);
-      const auto before = testsupport::Snapshot(img);
-      model::Grey g = model::FromRoi(roi);
-      const bool symmetric = iter % 3 == 0 && mk.rect != 0 && mk.sx == mk.sy && mk.sx % 2 == 1 && mk.sx >= 3 && mk.sx <= 7;
-      if (symmetric) {
-        model::Symmetric(mk, g, g);  // reads what it writes
-        ImgConvolSymmetricKernel(&roi, &roi, &k);
-      } else if (mk.sx == 3 && mk.sy == 3 && mk.rect == 2) {
-        model::Grey clean = g;
-        model::EightBit(mk, clean, g);  // as with a separate destination
-        ImgConvolKernel(&roi, &roi, &k);
-      } else {
-        model::Convol(mk, g, g);
-        ImgConvolKernel(&roi, &roi, &k);
-      }
-      ASSERT_EQ(EGetError(), E_OK);
-      ASSERT_EQ(testsupport::Snapshot(img), model::Expected(img, roi, before, g))
-          << "path " << path << " iter " << iter << " kernel " << mk.sx << "x" << mk.sy << " rect " << mk.rect;
+      ASSERT_TRUE(model::MatchesOnRandomRois(rng, w, h, inPlace, ref, run))
+          << "path " << path << " iter " << iter << " kernel " << mk.sx << "x" << mk.sy << " rect " << mk.rect
+          << " gain " << mk.gain << (symmetric ? " symmetric" : "") << (inPlace ? " in place" : "");
     }
   }
 }
