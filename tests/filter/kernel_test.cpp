@@ -1,5 +1,7 @@
 // EKernel: presets, storage rules, element access and every failure.
 #include <cstring>
+#include <memory>
+#include <sstream>
 #include <string>
 
 #include "mirel/filter/alloc_internal.h"
@@ -8,6 +10,14 @@
 namespace {
 
 std::string Trace() { return EGetErrorTrace(); }
+
+// The numbers of a kernel besides its coefficients.
+std::string Numbers(const EKernel& k) {
+  std::ostringstream s;
+  s << k.SizeX << "x" << k.SizeY << " gain " << k.Gain << " offset " << k.Offset << " rect " << k.Rectifier
+    << " outside " << k.OutsideValue << " room " << k.AllocatedSize << (k.Data ? "" : " no data");
+  return s.str();
+}
 
 short Set5x5(EKernel& k, const float* v) {
   return k.SetKernelData(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9], v[10], v[11], v[12],
@@ -22,6 +32,7 @@ short Set7x7(EKernel& k, const float* v) {
 
 TEST(Kernel, DefaultHasNoData) {
   EKernel k;
+  EXPECT_EQ(Numbers(k), "0x0 gain 1 offset 0 rect 2 outside 0 room 0 no data");
   float v = 7.0f;
   EXPECT_EQ(k.GetKernelData(0, 0, v), E_ERROR_KERNEL_NO_DATA);
   EXPECT_EQ(EGetError(), E_ERROR_KERNEL_NO_DATA);
@@ -31,9 +42,6 @@ TEST(Kernel, DefaultHasNoData) {
   EXPECT_EQ(Trace(), "EKernel::SetKernelData");
   EXPECT_EQ(k.GetSizeX(), 0);
   EXPECT_EQ(EGetError(), E_OK);  // accessors clear the state
-  EXPECT_EQ(k.GetGain(), 1.0f);
-  EXPECT_EQ(k.GetRectifier(), 2);
-  EXPECT_EQ(k.GetDataPtr(), nullptr);
 }
 
 TEST(Kernel, PresetsReadBack) {
@@ -49,12 +57,8 @@ TEST(Kernel, PresetsReadBack) {
     SCOPED_TRACE(t);
     EKernel k(static_cast<KERNEL_TYPE>(t));
     EXPECT_EQ(EGetError(), E_OK);
-    const bool pattern = t <= 3;
-    EXPECT_EQ(k.GetGain(), pattern ? 0.0f : 1.0f);
-    EXPECT_EQ(k.GetRectifier(), pattern ? 0 : 2);
-    EXPECT_EQ(k.GetOffset() + k.GetOutsideValue(), 0u);
-    EXPECT_EQ(k.GetSizeX() * 10 + k.GetSizeY(), 33);
-    EXPECT_EQ(k.GetAllocatedSize(), 9u);
+    EXPECT_EQ(Numbers(k), t <= 3 ? "3x3 gain 0 offset 0 rect 0 outside 0 room 9"  // the patterns
+                                 : "3x3 gain 1 offset 0 rect 2 outside 0 room 9");
     for (int i = 0; i < 9; ++i) {
       float v = -99.0f;
       EXPECT_EQ(k.GetKernelData(i % 3, i / 3, v), 0);
@@ -70,10 +74,7 @@ TEST(Kernel, SetKernelRefusesUnknownTypesAndZeroesTheNumbers) {
     EXPECT_EQ(k.SetKernel(static_cast<KERNEL_TYPE>(bad)), E_ERROR_INDEX_OUT_OF_RANGE);
     EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
     EXPECT_EQ(Trace(), "EKernel::SetKernel");
-    EXPECT_EQ(k.Gain, 0.0f);
-    EXPECT_EQ(k.Offset + k.OutsideValue, 0u);
-    EXPECT_EQ(k.Rectifier, 0);
-    EXPECT_EQ(k.SizeX, 3);
+    EXPECT_EQ(Numbers(k), "3x3 gain 0 offset 0 rect 0 outside 0 room 9");
     for (int i = 0; i < 9; ++i) EXPECT_EQ(k.Data[i], static_cast<float>(i));
   }
 }
@@ -83,11 +84,9 @@ TEST(Kernel, StorageGrowsButNeverShrinks) {
   EXPECT_EQ(k.SetAllocatedSize(49), 0);
   float* block = k.GetDataPtr();
   EXPECT_EQ(k.SetKernel(KERNEL_GAUSSIAN), 0);
-  EXPECT_EQ(k.GetAllocatedSize(), 49u);
-  EXPECT_EQ(k.GetDataPtr(), block);
-  EXPECT_EQ(k.GetSizeX() * 10 + k.GetSizeY(), 33);
   EXPECT_EQ(k.SetAllocatedSize(10), 0);
-  EXPECT_EQ(k.GetAllocatedSize(), 49u);
+  EXPECT_EQ(Numbers(k), "3x3 gain 1 offset 0 rect 2 outside 0 room 49");
+  EXPECT_EQ(k.GetDataPtr(), block);
 
   // 7x7 data in a 9-float block reallocates and keeps the other numbers;
   // 5x5 and 3x3 data afterwards keep 49.
@@ -99,28 +98,19 @@ TEST(Kernel, StorageGrowsButNeverShrinks) {
   float v[49];
   for (int i = 0; i < 49; ++i) v[i] = static_cast<float>(i) * 0.5f;
   EXPECT_EQ(Set7x7(s, v), 0);
-  EXPECT_EQ(s.GetSizeX(), 7);
-  EXPECT_EQ(s.GetAllocatedSize(), 49u);
+  EXPECT_EQ(Numbers(s), "7x7 gain 3 offset 4 rect 1 outside 5 room 49");
   EXPECT_EQ(std::memcmp(s.GetDataPtr(), v, sizeof v), 0);
-  EXPECT_EQ(s.GetGain(), 3.0f);
-  EXPECT_EQ(s.GetOffset(), 4u);
-  EXPECT_EQ(s.GetRectifier(), 1);
-  EXPECT_EQ(s.GetOutsideValue(), 5u);
   EXPECT_EQ(Set5x5(s, v), 0);
-  EXPECT_EQ(s.GetSizeX(), 5);
-  EXPECT_EQ(s.GetAllocatedSize(), 49u);
+  EXPECT_EQ(Numbers(s), "5x5 gain 3 offset 4 rect 1 outside 5 room 49");
   EXPECT_EQ(s.SetKernelData(1, 2, 3, 4, 5, 6, 7, 8, 9.0f), 0);
-  EXPECT_EQ(s.GetSizeY(), 3);
+  EXPECT_EQ(Numbers(s), "3x3 gain 3 offset 4 rect 1 outside 5 room 49");
   EXPECT_EQ(s.GetDataPtr()[8], 9.0f);
 }
 
 TEST(Kernel, SizeChangesReinterpretOrReallocate) {
-  EKernel small(KERNEL_SOBEL_Y);
+  EKernel small(KERNEL_SOBEL_Y), roomy, neg(KERNEL_UNIFORM);
   EXPECT_EQ(small.SetSizeX(5), 0);
-  EXPECT_EQ(small.GetSizeX(), 5);
-  EXPECT_EQ(small.GetAllocatedSize(), 15u);
-
-  EKernel roomy;
+  EXPECT_EQ(Numbers(small), "5x3 gain 1 offset 0 rect 2 outside 0 room 15");
   roomy.SetAllocatedSize(25);
   roomy.SetKernel(KERNEL_SOBEL_X);
   float* block = roomy.GetDataPtr();
@@ -129,20 +119,14 @@ TEST(Kernel, SizeChangesReinterpretOrReallocate) {
   float v = 0;
   EXPECT_EQ(roomy.GetKernelData(0, 1, v), 0);
   EXPECT_EQ(v, 2.0f);  // index 5: the last element of the middle row of Sobel X
-
   // A negative product never exceeds the capacity; a negative size at
   // construction is an allocation failure.
-  EKernel neg(KERNEL_UNIFORM);
   EXPECT_EQ(neg.SetSizeX(-1), 0);
-  EXPECT_EQ(neg.GetSizeX(), -1);
-  EXPECT_EQ(neg.GetAllocatedSize(), 9u);
   EXPECT_EQ(neg.SetSizeY(4), 0);
-  EXPECT_EQ(neg.GetSizeY(), 4);
+  EXPECT_EQ(Numbers(neg), "-1x4 gain 1 offset 0 rect 2 outside 0 room 9");
   EKernel bad(-3, 4, 1.0f, 0, 2, 0);
   EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(bad.Data, nullptr);
-  EXPECT_EQ(bad.AllocatedSize, 0u);
-  EXPECT_EQ(bad.SizeX, -3);
+  EXPECT_EQ(Numbers(bad), "-3x4 gain 1 offset 0 rect 2 outside 0 room 0 no data");
 }
 
 TEST(Kernel, ElementRangeChecksInOrder) {
@@ -171,66 +155,43 @@ TEST(Kernel, CopiesOwnTheirCoefficients) {
   EKernel b(a), c;
   c = a;
   EXPECT_NE(b.Data, a.Data);
-  EXPECT_EQ(b.Offset, 3u);
   a.Data[4] = 100.0f;
   EXPECT_EQ(b.Data[4], -8.0f);
   EXPECT_EQ(c.Data[4], -8.0f);
-  EXPECT_EQ(c.AllocatedSize, 9u);
+  EXPECT_EQ(Numbers(c), "3x3 gain 1 offset 3 rect 2 outside 0 room 9");
 }
 
 class KernelOutOfMemory : public ::testing::Test {
  protected:
   void TearDown() override { mirel::testing::FailFilterAllocations(0); }
-  static void FailNext() { mirel::testing::FailFilterAllocations(1); }
+  // Runs `op` with the next allocation failing; it must report, with `label`.
+  template <class Op>
+  static void Fails(Op op, const char* label) {
+    mirel::testing::FailFilterAllocations(1);
+    EXPECT_EQ(op(), E_ERROR_OUT_OF_MEMORY) << label;
+    EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
+    EXPECT_EQ(Trace(), label);
+  }
 };
 
 TEST_F(KernelOutOfMemory, EveryAllocationReportsWithItsLabel) {
-  FailNext();
-  EKernel sized(4, 5, 2.0f, 6, 3, 7);
-  EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::EKernel");
-  EXPECT_EQ(sized.Data, nullptr);
-  EXPECT_EQ(sized.AllocatedSize, 0u);
-  EXPECT_EQ(sized.SizeX, 4);
-  EXPECT_EQ(sized.Gain, 2.0f);
-  EXPECT_EQ(sized.OutsideValue, 7u);
-
-  EKernel k;
-  FailNext();
-  EXPECT_EQ(k.SetKernel(KERNEL_SOBEL_X), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetKernel");
-  EXPECT_EQ(k.SizeX * 10 + k.SizeY, 33);
-  EXPECT_EQ(k.Data, nullptr);
-  EXPECT_EQ(k.AllocatedSize, 0u);
-  FailNext();
-  EXPECT_EQ(k.SetKernelData(1, 2, 3, 4, 5, 6, 7, 8, 9.0f), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetKernelData 3x3");
+  std::unique_ptr<EKernel> sized;
+  Fails([&] { sized.reset(new EKernel(4, 5, 2.0f, 6, 3, 7)); return E_ERROR_OUT_OF_MEMORY; }, "EKernel::EKernel");
+  EXPECT_EQ(Numbers(*sized), "4x5 gain 2 offset 6 rect 3 outside 7 room 0 no data");
+  EKernel k, g(KERNEL_GAUSSIAN), copy(KERNEL_UNIFORM), sobel(KERNEL_SOBEL_X);
+  Fails([&] { return k.SetKernel(KERNEL_SOBEL_X); }, "EKernel::SetKernel");
+  EXPECT_EQ(Numbers(k), "3x3 gain 1 offset 0 rect 2 outside 0 room 0 no data");
+  Fails([&] { return k.SetKernelData(1, 2, 3, 4, 5, 6, 7, 8, 9.0f); }, "EKernel::SetKernelData 3x3");
   const float z[49] = {};
-  FailNext();
-  EXPECT_EQ(Set5x5(k, z), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetKernelData 5x5");
+  Fails([&] { return Set5x5(k, z); }, "EKernel::SetKernelData 5x5");
   EXPECT_EQ(k.SizeX, 5);
-  FailNext();
-  EXPECT_EQ(Set7x7(k, z), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetKernelData 5x5");  // the 7x7 form shares the 5x5 label
-  EXPECT_EQ(k.SizeX, 7);
-  EXPECT_EQ(k.Data, nullptr);
-  FailNext();
-  EXPECT_EQ(k.SetAllocatedSize(12), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetAllocatedSize");
-  EXPECT_EQ(k.AllocatedSize, 0u);
-
-  EKernel g(KERNEL_GAUSSIAN);
-  FailNext();
-  EXPECT_EQ(g.SetSizeX(6), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetAllocatedSize <- EKernel::SetSizeX");
-  FailNext();
-  EXPECT_EQ(g.SetSizeY(6), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetAllocatedSize <- EKernel::SetSizeY");
-  EXPECT_EQ(g.SizeX * 10 + g.SizeY, 33);
-
-  EKernel copy(KERNEL_UNIFORM), sobel(KERNEL_SOBEL_X);
-  FailNext();
+  Fails([&] { return Set7x7(k, z); }, "EKernel::SetKernelData 5x5");  // the 7x7 form shares the 5x5 label
+  Fails([&] { return k.SetAllocatedSize(12); }, "EKernel::SetAllocatedSize");
+  EXPECT_EQ(Numbers(k), "7x7 gain 1 offset 0 rect 2 outside 0 room 0 no data");
+  Fails([&] { return g.SetSizeX(6); }, "EKernel::SetAllocatedSize <- EKernel::SetSizeX");
+  Fails([&] { return g.SetSizeY(6); }, "EKernel::SetAllocatedSize <- EKernel::SetSizeY");
+  EXPECT_EQ(g.SizeX * 10 + g.SizeY, 33);  // the sizes stay
+  mirel::testing::FailFilterAllocations(1);
   copy = sobel;
   EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
   EXPECT_EQ(copy.Data[4], 1.0f);  // kept as it was
