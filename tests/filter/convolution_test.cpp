@@ -62,10 +62,7 @@ TEST(ConvolWorked, Rectifiers) {
   EKernel k(KERNEL_SOBEL_X);
   EXPECT_EQ(Convol(edge, k).GetPixel(4, 1).value, 0);  // rectifier 2 cuts the negative response
   k.SetRectifier(3);
-  const EImage<EBW8> mag = Convol(edge, k);
-  EXPECT_EQ(mag.GetPixel(4, 1).value, 255);  // |-800| capped
-  EXPECT_EQ(mag.GetPixel(5, 2).value, 255);
-  EXPECT_EQ(mag.GetPixel(2, 2).value, 0);
+  EXPECT_EQ(Convol(edge, k).GetPixel(4, 1).value, 255);  // |-800| capped
 
   // Rectifier 1 on a ramp (Sobel response -80) subtracts the offset at 3x3;
   // the same numbers in the corner of a 4x4 table (anchor (2, 2)) go through
