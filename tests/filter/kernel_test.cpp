@@ -1,5 +1,7 @@
 // EKernel: presets, storage rules, element access and every failure.
 #include <cstring>
+#include <memory>
+#include <sstream>
 #include <string>
 
 #include "mirel/filter/alloc_internal.h"
@@ -9,8 +11,28 @@ namespace {
 
 std::string Trace() { return EGetErrorTrace(); }
 
-TEST(Kernel, DefaultHasNoDataAndFilterDefaults) {
+// The numbers of a kernel besides its coefficients.
+std::string Numbers(const EKernel& k) {
+  std::ostringstream s;
+  s << k.SizeX << "x" << k.SizeY << " gain " << k.Gain << " offset " << k.Offset << " rect " << k.Rectifier
+    << " outside " << k.OutsideValue << " room " << k.AllocatedSize << (k.Data ? "" : " no data");
+  return s.str();
+}
+
+short Set5x5(EKernel& k, const float* v) {
+  return k.SetKernelData(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9], v[10], v[11], v[12],
+                         v[13], v[14], v[15], v[16], v[17], v[18], v[19], v[20], v[21], v[22], v[23], v[24]);
+}
+short Set7x7(EKernel& k, const float* v) {
+  return k.SetKernelData(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9], v[10], v[11], v[12],
+                         v[13], v[14], v[15], v[16], v[17], v[18], v[19], v[20], v[21], v[22], v[23], v[24],
+                         v[25], v[26], v[27], v[28], v[29], v[30], v[31], v[32], v[33], v[34], v[35], v[36],
+                         v[37], v[38], v[39], v[40], v[41], v[42], v[43], v[44], v[45], v[46], v[47], v[48]);
+}
+
+TEST(Kernel, DefaultHasNoData) {
   EKernel k;
+  EXPECT_EQ(Numbers(k), "0x0 gain 1 offset 0 rect 2 outside 0 room 0 no data");
   float v = 7.0f;
   EXPECT_EQ(k.GetKernelData(0, 0, v), E_ERROR_KERNEL_NO_DATA);
   EXPECT_EQ(EGetError(), E_ERROR_KERNEL_NO_DATA);
@@ -20,13 +42,6 @@ TEST(Kernel, DefaultHasNoDataAndFilterDefaults) {
   EXPECT_EQ(Trace(), "EKernel::SetKernelData");
   EXPECT_EQ(k.GetSizeX(), 0);
   EXPECT_EQ(EGetError(), E_OK);  // accessors clear the state
-  EXPECT_EQ(k.GetSizeY(), 0);
-  EXPECT_EQ(k.GetGain(), 1.0f);
-  EXPECT_EQ(k.GetOffset(), 0u);
-  EXPECT_EQ(k.GetRectifier(), 2);
-  EXPECT_EQ(k.GetOutsideValue(), 0u);
-  EXPECT_EQ(k.GetAllocatedSize(), 0u);
-  EXPECT_EQ(k.GetDataPtr(), nullptr);
 }
 
 TEST(Kernel, PresetsReadBack) {
@@ -39,40 +54,27 @@ TEST(Kernel, PresetsReadBack) {
       {1, 1, 1, 1, 0, 1, 1, 1, 1},       {1, 1, 1, 1, 1, 1, 1, 1, 1},
       {0, -1, 0, -1, 5, -1, 0, -1, 0},   {-1, -1, -1, -1, 9, -1, -1, -1, -1}};
   for (int t = 1; t <= 14; ++t) {
+    SCOPED_TRACE(t);
     EKernel k(static_cast<KERNEL_TYPE>(t));
     EXPECT_EQ(EGetError(), E_OK);
-    const bool pattern = t <= 3;
-    EXPECT_EQ(k.GetGain(), pattern ? 0.0f : 1.0f) << t;
-    EXPECT_EQ(k.GetRectifier(), pattern ? 0 : 2) << t;
-    EXPECT_EQ(k.GetOffset(), 0u);
-    EXPECT_EQ(k.GetOutsideValue(), 0u);
-    EXPECT_EQ(k.GetSizeX(), 3);
-    EXPECT_EQ(k.GetSizeY(), 3);
-    EXPECT_EQ(k.GetAllocatedSize(), 9u);
+    EXPECT_EQ(Numbers(k), t <= 3 ? "3x3 gain 0 offset 0 rect 0 outside 0 room 9"  // the patterns
+                                 : "3x3 gain 1 offset 0 rect 2 outside 0 room 9");
     for (int i = 0; i < 9; ++i) {
       float v = -99.0f;
       EXPECT_EQ(k.GetKernelData(i % 3, i / 3, v), 0);
-      EXPECT_EQ(v, expected[t - 1][i]) << "type " << t << " element " << i;
+      EXPECT_EQ(v, expected[t - 1][i]) << "element " << i;
     }
   }
-  EKernel sobel(KERNEL_SOBEL_X);
-  float v = 0;
-  sobel.GetKernelData(2, 1, v);
-  EXPECT_EQ(v, 2.0f);
 }
 
 TEST(Kernel, SetKernelRefusesUnknownTypesAndZeroesTheNumbers) {
   for (int bad : {0, 15, -3}) {
     EKernel k(3, 3, 5.0f, 7, 3, 9);
-    for (int i = 0; i < 9; ++i) k.GetDataPtr()[i] = static_cast<float>(i);
+    for (int i = 0; i < 9; ++i) k.Data[i] = static_cast<float>(i);
     EXPECT_EQ(k.SetKernel(static_cast<KERNEL_TYPE>(bad)), E_ERROR_INDEX_OUT_OF_RANGE);
     EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
     EXPECT_EQ(Trace(), "EKernel::SetKernel");
-    EXPECT_EQ(k.Gain, 0.0f);
-    EXPECT_EQ(k.Offset, 0u);
-    EXPECT_EQ(k.Rectifier, 0);
-    EXPECT_EQ(k.OutsideValue, 0u);
-    EXPECT_EQ(k.SizeX, 3);
+    EXPECT_EQ(Numbers(k), "3x3 gain 0 offset 0 rect 0 outside 0 room 9");
     for (int i = 0; i < 9; ++i) EXPECT_EQ(k.Data[i], static_cast<float>(i));
   }
 }
@@ -82,14 +84,12 @@ TEST(Kernel, StorageGrowsButNeverShrinks) {
   EXPECT_EQ(k.SetAllocatedSize(49), 0);
   float* block = k.GetDataPtr();
   EXPECT_EQ(k.SetKernel(KERNEL_GAUSSIAN), 0);
-  EXPECT_EQ(k.GetAllocatedSize(), 49u);
-  EXPECT_EQ(k.GetDataPtr(), block);
-  EXPECT_EQ(k.GetSizeX(), 3);
-  EXPECT_EQ(k.GetSizeY(), 3);
   EXPECT_EQ(k.SetAllocatedSize(10), 0);
-  EXPECT_EQ(k.GetAllocatedSize(), 49u);
+  EXPECT_EQ(Numbers(k), "3x3 gain 1 offset 0 rect 2 outside 0 room 49");
+  EXPECT_EQ(k.GetDataPtr(), block);
 
-  // 7x7 data in a 9-float block reallocates; 3x3 data afterwards keeps 49.
+  // 7x7 data in a 9-float block reallocates and keeps the other numbers;
+  // 5x5 and 3x3 data afterwards keep 49.
   EKernel s(KERNEL_UNIFORM);
   s.SetGain(3.0f);
   s.SetOffset(4);
@@ -97,39 +97,20 @@ TEST(Kernel, StorageGrowsButNeverShrinks) {
   s.SetOutsideValue(5);
   float v[49];
   for (int i = 0; i < 49; ++i) v[i] = static_cast<float>(i) * 0.5f;
-  EXPECT_EQ(s.SetKernelData(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9], v[10], v[11],
-                            v[12], v[13], v[14], v[15], v[16], v[17], v[18], v[19], v[20], v[21],
-                            v[22], v[23], v[24], v[25], v[26], v[27], v[28], v[29], v[30], v[31],
-                            v[32], v[33], v[34], v[35], v[36], v[37], v[38], v[39], v[40], v[41],
-                            v[42], v[43], v[44], v[45], v[46], v[47], v[48]),
-            0);
-  EXPECT_EQ(s.GetSizeX(), 7);
-  EXPECT_EQ(s.GetAllocatedSize(), 49u);
+  EXPECT_EQ(Set7x7(s, v), 0);
+  EXPECT_EQ(Numbers(s), "7x7 gain 3 offset 4 rect 1 outside 5 room 49");
   EXPECT_EQ(std::memcmp(s.GetDataPtr(), v, sizeof v), 0);
-  EXPECT_EQ(s.GetGain(), 3.0f);
-  EXPECT_EQ(s.GetOffset(), 4u);
-  EXPECT_EQ(s.GetRectifier(), 1);
-  EXPECT_EQ(s.GetOutsideValue(), 5u);
-  EXPECT_EQ(s.SetKernelData(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7], v[8], v[9], v[10], v[11],
-                            v[12], v[13], v[14], v[15], v[16], v[17], v[18], v[19], v[20], v[21],
-                            v[22], v[23], v[24]),
-            0);
-  EXPECT_EQ(s.GetSizeX(), 5);
-  EXPECT_EQ(s.GetAllocatedSize(), 49u);
+  EXPECT_EQ(Set5x5(s, v), 0);
+  EXPECT_EQ(Numbers(s), "5x5 gain 3 offset 4 rect 1 outside 5 room 49");
   EXPECT_EQ(s.SetKernelData(1, 2, 3, 4, 5, 6, 7, 8, 9.0f), 0);
-  EXPECT_EQ(s.GetSizeY(), 3);
-  float e = 0;
-  s.GetKernelData(2, 2, e);
-  EXPECT_EQ(e, 9.0f);
+  EXPECT_EQ(Numbers(s), "3x3 gain 3 offset 4 rect 1 outside 5 room 49");
+  EXPECT_EQ(s.GetDataPtr()[8], 9.0f);
 }
 
 TEST(Kernel, SizeChangesReinterpretOrReallocate) {
-  EKernel small(KERNEL_SOBEL_Y);
+  EKernel small(KERNEL_SOBEL_Y), roomy, neg(KERNEL_UNIFORM);
   EXPECT_EQ(small.SetSizeX(5), 0);
-  EXPECT_EQ(small.GetSizeX(), 5);
-  EXPECT_EQ(small.GetAllocatedSize(), 15u);
-
-  EKernel roomy;
+  EXPECT_EQ(Numbers(small), "5x3 gain 1 offset 0 rect 2 outside 0 room 15");
   roomy.SetAllocatedSize(25);
   roomy.SetKernel(KERNEL_SOBEL_X);
   float* block = roomy.GetDataPtr();
@@ -138,29 +119,18 @@ TEST(Kernel, SizeChangesReinterpretOrReallocate) {
   float v = 0;
   EXPECT_EQ(roomy.GetKernelData(0, 1, v), 0);
   EXPECT_EQ(v, 2.0f);  // index 5: the last element of the middle row of Sobel X
-  roomy.SetKernelData(1, 0, -7.5f);
-  EXPECT_EQ(roomy.GetDataPtr()[1], -7.5f);
-
-  // A negative product never exceeds the capacity.
-  EKernel neg(KERNEL_UNIFORM);
+  // A negative product never exceeds the capacity; a negative size at
+  // construction is an allocation failure.
   EXPECT_EQ(neg.SetSizeX(-1), 0);
-  EXPECT_EQ(neg.GetSizeX(), -1);
-  EXPECT_EQ(neg.GetAllocatedSize(), 9u);
   EXPECT_EQ(neg.SetSizeY(4), 0);
-  EXPECT_EQ(neg.GetSizeY(), 4);
-}
-
-TEST(Kernel, NegativeSizedConstructorReportsOutOfMemory) {
-  EKernel k(-3, 4, 1.0f, 0, 2, 0);
+  EXPECT_EQ(Numbers(neg), "-1x4 gain 1 offset 0 rect 2 outside 0 room 9");
+  EKernel bad(-3, 4, 1.0f, 0, 2, 0);
   EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(k.Data, nullptr);
-  EXPECT_EQ(k.AllocatedSize, 0u);
-  EXPECT_EQ(k.SizeX, -3);
+  EXPECT_EQ(Numbers(bad), "-3x4 gain 1 offset 0 rect 2 outside 0 room 0 no data");
 }
 
 TEST(Kernel, ElementRangeChecksInOrder) {
   EKernel k(3, 2, 1.0f, 0, 2, 0);
-  EXPECT_EQ(EGetError(), E_OK);
   EXPECT_EQ(k.SetKernelData(2, 1, 4.0f), 0);
   float v = 0;
   EXPECT_EQ(k.GetKernelData(2, 1, v), 0);
@@ -182,82 +152,46 @@ TEST(Kernel, ElementRangeChecksInOrder) {
 TEST(Kernel, CopiesOwnTheirCoefficients) {
   EKernel a(KERNEL_LAPLACIAN_8);
   a.SetOffset(3);
-  EKernel b(a);
-  EXPECT_NE(b.Data, a.Data);
-  EXPECT_EQ(std::memcmp(a.Data, b.Data, 9 * sizeof(float)), 0);
-  EXPECT_EQ(b.Offset, 3u);
-  EKernel c;
+  EKernel b(a), c;
   c = a;
+  EXPECT_NE(b.Data, a.Data);
   a.Data[4] = 100.0f;
+  EXPECT_EQ(b.Data[4], -8.0f);
   EXPECT_EQ(c.Data[4], -8.0f);
-  EXPECT_EQ(c.AllocatedSize, 9u);
+  EXPECT_EQ(Numbers(c), "3x3 gain 1 offset 3 rect 2 outside 0 room 9");
 }
 
 class KernelOutOfMemory : public ::testing::Test {
  protected:
   void TearDown() override { mirel::testing::FailFilterAllocations(0); }
-  static void FailNext() { mirel::testing::FailFilterAllocations(1); }
+  // Runs `op` with the next allocation failing; it must report, with `label`.
+  template <class Op>
+  static void Fails(Op op, const char* label) {
+    mirel::testing::FailFilterAllocations(1);
+    EXPECT_EQ(op(), E_ERROR_OUT_OF_MEMORY) << label;
+    EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
+    EXPECT_EQ(Trace(), label);
+  }
 };
 
 TEST_F(KernelOutOfMemory, EveryAllocationReportsWithItsLabel) {
-  FailNext();
-  EKernel sized(4, 5, 2.0f, 6, 3, 7);
-  EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::EKernel");
-  EXPECT_EQ(sized.Data, nullptr);
-  EXPECT_EQ(sized.AllocatedSize, 0u);
-  EXPECT_EQ(sized.SizeX, 4);
-  EXPECT_EQ(sized.Gain, 2.0f);
-  EXPECT_EQ(sized.OutsideValue, 7u);
-
-  EKernel k;
-  FailNext();
-  EXPECT_EQ(k.SetKernel(KERNEL_SOBEL_X), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetKernel");
-  EXPECT_EQ(k.SizeX, 3);
-  EXPECT_EQ(k.SizeY, 3);
-  EXPECT_EQ(k.Data, nullptr);
-  EXPECT_EQ(k.AllocatedSize, 0u);
-
-  FailNext();
-  EXPECT_EQ(k.SetKernelData(1, 2, 3, 4, 5, 6, 7, 8, 9.0f), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetKernelData 3x3");
-  float z[49] = {};
-  FailNext();
-  EXPECT_EQ(k.SetKernelData(z[0], z[1], z[2], z[3], z[4], z[5], z[6], z[7], z[8], z[9], z[10], z[11],
-                            z[12], z[13], z[14], z[15], z[16], z[17], z[18], z[19], z[20], z[21],
-                            z[22], z[23], z[24]),
-            E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetKernelData 5x5");
+  std::unique_ptr<EKernel> sized;
+  Fails([&] { sized.reset(new EKernel(4, 5, 2.0f, 6, 3, 7)); return E_ERROR_OUT_OF_MEMORY; }, "EKernel::EKernel");
+  EXPECT_EQ(Numbers(*sized), "4x5 gain 2 offset 6 rect 3 outside 7 room 0 no data");
+  EKernel k, g(KERNEL_GAUSSIAN), copy(KERNEL_UNIFORM), sobel(KERNEL_SOBEL_X);
+  Fails([&] { return k.SetKernel(KERNEL_SOBEL_X); }, "EKernel::SetKernel");
+  EXPECT_EQ(Numbers(k), "3x3 gain 1 offset 0 rect 2 outside 0 room 0 no data");
+  Fails([&] { return k.SetKernelData(1, 2, 3, 4, 5, 6, 7, 8, 9.0f); }, "EKernel::SetKernelData 3x3");
+  const float z[49] = {};
+  Fails([&] { return Set5x5(k, z); }, "EKernel::SetKernelData 5x5");
   EXPECT_EQ(k.SizeX, 5);
-  FailNext();
-  EXPECT_EQ(k.SetKernelData(z[0], z[1], z[2], z[3], z[4], z[5], z[6], z[7], z[8], z[9], z[10], z[11],
-                            z[12], z[13], z[14], z[15], z[16], z[17], z[18], z[19], z[20], z[21],
-                            z[22], z[23], z[24], z[25], z[26], z[27], z[28], z[29], z[30], z[31],
-                            z[32], z[33], z[34], z[35], z[36], z[37], z[38], z[39], z[40], z[41],
-                            z[42], z[43], z[44], z[45], z[46], z[47], z[48]),
-            E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetKernelData 5x5");  // the 7x7 form shares the 5x5 label
-  EXPECT_EQ(k.SizeX, 7);
-  EXPECT_EQ(k.Data, nullptr);
-
-  FailNext();
-  EXPECT_EQ(k.SetAllocatedSize(12), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetAllocatedSize");
-  EXPECT_EQ(k.AllocatedSize, 0u);
-
-  EKernel g(KERNEL_GAUSSIAN);
-  FailNext();
-  EXPECT_EQ(g.SetSizeX(6), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetAllocatedSize <- EKernel::SetSizeX");
-  EXPECT_EQ(g.SizeX, 3);
-  FailNext();
-  EXPECT_EQ(g.SetSizeY(6), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(Trace(), "EKernel::SetAllocatedSize <- EKernel::SetSizeY");
-  EXPECT_EQ(g.SizeY, 3);
-
-  EKernel copy(KERNEL_UNIFORM), sobel(KERNEL_SOBEL_X);
-  FailNext();
+  Fails([&] { return Set7x7(k, z); }, "EKernel::SetKernelData 5x5");  // the 7x7 form shares the 5x5 label
+  Fails([&] { return k.SetAllocatedSize(12); }, "EKernel::SetAllocatedSize");
+  EXPECT_EQ(Numbers(k), "7x7 gain 1 offset 0 rect 2 outside 0 room 0 no data");
+  Fails([&] { return g.SetSizeX(6); }, "EKernel::SetAllocatedSize <- EKernel::SetSizeX");
+  Fails([&] { return g.SetSizeY(6); }, "EKernel::SetAllocatedSize <- EKernel::SetSizeY");
+  EXPECT_EQ(g.SizeX * 10 + g.SizeY, 33);  // the sizes stay
+  mirel::testing::FailFilterAllocations(1);
   copy = sobel;
   EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
   EXPECT_EQ(copy.Data[4], 1.0f);  // kept as it was
