@@ -302,15 +302,6 @@ bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith
   return true;
 }
 
-// True when two ROIs of one image share pixels.
-bool Overlap(const EROI<EBW8>* a, const EROI<EBW8>* b) {
-  if (!SameImage(a, b)) return false;
-  const int ax = a->GetTotalOrgX(), ay = a->GetTotalOrgY();
-  const int bx = b->GetTotalOrgX(), by = b->GetTotalOrgY();
-  return ax < bx + b->GetWidth() && bx < ax + a->GetWidth() && ay < by + b->GetHeight() &&
-         by < ay + a->GetHeight();
-}
-
 // The fifteen-bit routines: checks, coefficients, then the window run.
 void FixedRoutine(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, bool symmetric,
                   const char* label) {

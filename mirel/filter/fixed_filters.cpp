@@ -205,14 +205,6 @@ bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& si
   return true;
 }
 
-bool Overlap(const EROI<EBW8>* a, const EROI<EBW8>* b) {
-  if (!SameImage(a, b)) return false;
-  const int ax = a->GetTotalOrgX(), ay = a->GetTotalOrgY();
-  const int bx = b->GetTotalOrgX(), by = b->GetTotalOrgY();
-  return ax < bx + b->GetWidth() && bx < ax + a->GetWidth() && ay < by + b->GetHeight() &&
-         by < ay + a->GetHeight();
-}
-
 void RunFilter(FixedFilter kind, EROI<EBW8>* src, EROI<EBW8>* dst, const char* label) {
   mirel::Frame frame(label);
   if (!frame.NotVoid(src) || !frame.SameSize(src, dst) || !frame.NotVoid(dst)) return;

@@ -115,6 +115,15 @@ inline bool SameImage(const EGenericROI* a, const EGenericROI* b) {
   return a->GetTopParent() == b->GetTopParent();
 }
 
+// True when two ROIs lie on the same image and share at least one pixel.
+inline bool Overlap(const EGenericROI* a, const EGenericROI* b) {
+  if (!SameImage(a, b)) return false;
+  const int ax = a->GetTotalOrgX(), ay = a->GetTotalOrgY();
+  const int bx = b->GetTotalOrgX(), by = b->GetTotalOrgY();
+  return ax < bx + b->GetWidth() && bx < ax + a->GetWidth() && ay < by + b->GetHeight() &&
+         by < ay + a->GetHeight();
+}
+
 }  // namespace mirel
 
 #endif  // MIREL_FOUNDATION_FRAME_INTERNAL_H_

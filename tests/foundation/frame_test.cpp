@@ -55,12 +55,16 @@ TEST(Frame, NestedFramesTraceInnerFirst) {
   EXPECT_STREQ(EGetErrorTrace(), "");
 }
 
-TEST(Frame, SameImageDetectsSharedPixels) {
+TEST(Frame, SameImageAndOverlap) {
   EImage<EBW8> a(10, 10), b(10, 10);
   EROI<EBW8> left(&a, 0, 0, 5, 5), right(&a, 5, 5, 5, 5);
   EXPECT_TRUE(mirel::SameImage(&left, &right));
   EXPECT_TRUE(mirel::SameImage(&left, &a));
   EXPECT_FALSE(mirel::SameImage(&left, &b));
+  EXPECT_FALSE(mirel::Overlap(&left, &right));  // corners touch, no pixel shared
+  EROI<EBW8> middle(&a, 4, 4, 2, 2);
+  EXPECT_TRUE(mirel::Overlap(&left, &middle));
+  EXPECT_TRUE(mirel::Overlap(&middle, &right));
 }
 
 }  // namespace
