@@ -4,7 +4,7 @@ operation, MirelImage time, OpenCV time, and the ratio OpenCV / MirelImage
 (above 1 means MirelImage is faster).
 
 Usage: tools/bench_table.py [mirel_bench | results.json] [benchmark flags...]
-Each row is run --benchmark_repetitions times (default 5, in random order
+Each row is run --benchmark_repetitions times (default 9, in random order
 among the other rows) and the median is reported, which keeps the table steady on
 a machine that is doing other work."""
 import json
@@ -18,7 +18,7 @@ def main():
             data = json.load(f)
     else:
         binary = sys.argv[1] if len(sys.argv) > 1 else "build/bench/mirel_bench"
-        flags = ["--benchmark_format=json", "--benchmark_min_time=0.2", "--benchmark_repetitions=5",
+        flags = ["--benchmark_format=json", "--benchmark_min_time=0.2", "--benchmark_repetitions=9",
                  "--benchmark_report_aggregates_only=true", "--benchmark_enable_random_interleaving=true"]
         out = subprocess.run([binary] + flags + sys.argv[2:],
                              check=True, capture_output=True, text=True).stdout

@@ -22,6 +22,7 @@
 
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
+#include "mirel/foundation/prefetch_internal.h"
 #include "mirel/foundation/runtime.h"
 #include "mirel/point/arith_internal.h"
 
@@ -72,6 +73,9 @@ struct ByteRows {
   std::size_t bytes;  // bytes of pixels in a row
   int height;
   u8* Row(int y) const { return base + pitch * y; }
+  // Write hint for the row after y, given at the top of row y by the
+  // workers that stream through memory.
+  void PrefetchNext(int y) const { mirel::PrefetchRowForWrite(*this, y + 1, bytes); }
 };
 
 ByteRows BytesOf(const EGenericROI* roi) {
@@ -248,12 +252,15 @@ bool WithBinaryOp(int op, F&& f) {
 // ------------------------------------------------------------ byte workers
 
 // Byte fill: every byte of the rows takes `value`.
-// The C library's memset is the fastest block stretch there is for a fill
-// (it may avoid reading the destination's lines before writing them), and
-// its bytes are those of every other path, so it serves the whole row.
+// The C library's memset is the fastest block stretch there is for a fill,
+// and its bytes are those of every other path, so it serves the whole row.
+// The next row's lines are asked for while this one is written.
 void ByteFill(u8 value, const ByteRows& d) {
   if (d.bytes == 0) return;
-  for (int y = 0; y < d.height; ++y) std::memset(d.Row(y), value, d.bytes);
+  for (int y = 0; y < d.height; ++y) {
+    d.PrefetchNext(y);
+    std::memset(d.Row(y), value, d.bytes);
+  }
 }
 
 // 3-byte fill: pixels written one by one.
@@ -269,16 +276,20 @@ void TripleFill(EC24 value, const ByteRows& d) {
 }
 
 // Byte unary, operations 0 and 1, same pixel type on both sides.
-// A copy moves each whole row with the C library's memmove, for the same
-// reason as the fill.
+// A copy moves each whole row with the C library's memmove, with the next
+// row asked for ahead, as the fill does.
 void ByteUnary(int op, const ByteRows& s, const ByteRows& d) {
   if (op == 0) {
     if (d.bytes == 0) return;
-    for (int y = 0; y < d.height; ++y) std::memmove(d.Row(y), s.Row(y), d.bytes);
+    for (int y = 0; y < d.height; ++y) {
+      d.PrefetchNext(y);
+      std::memmove(d.Row(y), s.Row(y), d.bytes);
+    }
     return;
   }
   const BlockRun blocks = PickBlocks(op, kImageImage);
   for (int y = 0; y < d.height; ++y) {
+    d.PrefetchNext(y);
     const u8* ps = s.Row(y);
     u8* pd = d.Row(y);
     WalkRow(blocks, ps, ps, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
@@ -310,6 +321,7 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
   const bool known = WithBinaryOp(op, [&](auto tag) {
     constexpr int OP = decltype(tag)::value;
     for (int y = 0; y < d.height; ++y) {
+      d.PrefetchNext(y);
       const u8* pa = a.Row(y);
       const u8* pb = b.Row(y);
       u8* pd = d.Row(y);
@@ -334,6 +346,7 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
 void TableWalk(int op, int form, u8 c, const u8* table, const ByteRows& s, const ByteRows& d) {
   const BlockRun blocks = PickBlocks(op, form);
   for (int y = 0; y < d.height; ++y) {
+    d.PrefetchNext(y);
     const u8* ps = s.Row(y);
     u8* pd = d.Row(y);
     const u8* a = form == kConstImage ? nullptr : ps;
@@ -376,6 +389,7 @@ void ImageConstBW8(int op, u8 c, const ByteRows& s, const ByteRows& d) {
     const BlockRun blocks = PickBlocks(op, kImageConst);
     const bool where_zero = op == ALO_SET_WHERE_ZERO;
     for (int y = 0; y < d.height; ++y) {
+      d.PrefetchNext(y);
       const u8* ps = s.Row(y);
       u8* pd = d.Row(y);
       WalkRow(blocks, ps, nullptr, c, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
@@ -564,8 +578,11 @@ template <class T>
 void CopyRows(const EROI<T>* src, EROI<T>* dst) {
   const ByteRows s = BytesOf(src);
   const ByteRows d = BytesOf(dst);
-  for (int y = 0; y < d.height; ++y)
-    if (d.bytes != 0) std::memmove(d.Row(y), s.Row(y), d.bytes);
+  if (d.bytes == 0) return;
+  for (int y = 0; y < d.height; ++y) {
+    d.PrefetchNext(y);
+    std::memmove(d.Row(y), s.Row(y), d.bytes);
+  }
 }
 
 // Repeats the constant along the first row, then copies that row down.
@@ -575,7 +592,10 @@ void FillRows(T value, EROI<T>* dst) {
   if (d.height == 0 || d.bytes == 0) return;
   u8* first = d.Row(0);
   for (std::size_t i = 0; i < d.bytes; i += sizeof(T)) std::memcpy(first + i, &value, sizeof(T));
-  for (int y = 1; y < d.height; ++y) std::memcpy(d.Row(y), first, d.bytes);
+  for (int y = 1; y < d.height; ++y) {
+    d.PrefetchNext(y);
+    std::memcpy(d.Row(y), first, d.bytes);
+  }
 }
 
 template <class T>

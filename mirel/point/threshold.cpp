@@ -47,6 +47,7 @@ void ClassifySSE2Impl(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const 
   for (int y = 0; y < src.height; ++y) {
     const unsigned char* s = reinterpret_cast<const unsigned char*>(src.Row(y));
     unsigned char* d = reinterpret_cast<unsigned char*>(dst.Row(y));
+    mirel::PrefetchRowForWrite(dst, y + 1, static_cast<std::size_t>(w));
     int x = 0;
     for (; x + 16 <= w; x += 16) {
       const __m128i p = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + x));
@@ -106,6 +107,7 @@ void Classify(EROI<EBW8>* src, EROI<EBW8>* dst, const Levels& levels, int mmx) {
   for (int y = 0; y < s.height; ++y) {
     const unsigned char* sp = reinterpret_cast<const unsigned char*>(s.Row(y));
     unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
+    mirel::PrefetchRowForWrite(d, y + 1, static_cast<std::size_t>(s.width));
     for (int x = 0; x < s.width; ++x) dp[x] = table[sp[x]];
   }
 }
@@ -117,6 +119,7 @@ void ForEach16(EROI<EBW16>* src, EROI<EBW16>* dst, Fn fn) {
   for (int y = 0; y < s.height; ++y) {
     const unsigned short* sp = reinterpret_cast<const unsigned short*>(s.Row(y));
     unsigned short* dp = reinterpret_cast<unsigned short*>(d.Row(y));
+    mirel::PrefetchRowForWrite(d, y + 1, sizeof(EBW16) * static_cast<std::size_t>(s.width));
     for (int x = 0; x < s.width; ++x) dp[x] = fn(sp[x]);
   }
 }
@@ -260,6 +263,7 @@ void ImgThreshold(EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum) 
   for (int y = 0; y < s.height; ++y) {
     const unsigned char* sp = reinterpret_cast<const unsigned char*>(s.Row(y));
     unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
+    mirel::PrefetchRowForWrite(d, y + 1, static_cast<std::size_t>(s.width));
     if (empty) {
       std::memset(dp, 0, static_cast<std::size_t>(s.width));
       continue;
