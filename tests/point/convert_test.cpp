@@ -1,7 +1,7 @@
 #include <cstdint>
-#include <vector>
+#include <string>
 
-#include "test_support.h"
+#include "point_support.h"
 
 namespace {
 
@@ -9,18 +9,10 @@ using testsupport::Rng;
 
 template <class S, class D, class F>
 void CheckConvert(unsigned int shift, F expect, Rng& rng) {
-  EImage<S> si;
-  EROI<S> s;
-  EImage<D> di;
-  EROI<D> d;
-  const int w = 1 + static_cast<int>(rng() % 40), h = 1 + static_cast<int>(rng() % 4);
-  testsupport::PlaceRandom(si, s, w, h, rng);
-  testsupport::PlaceRandom(di, d, w, h, rng);
-  testsupport::FillRandom(si, rng);
-  ImgConvert(&s, &d, shift);
-  ASSERT_EQ(EGetError(), E_OK);
-  for (int y = 0; y < h; ++y)
-    for (int x = 0; x < w; ++x) ASSERT_EQ(d.GetPixel(x, y).value, expect(s.GetPixel(x, y).value)) << shift;
+  pointtest::RoiPair<S, D> p(1 + static_cast<int>(rng() % 40), 1 + static_cast<int>(rng() % 4), rng);
+  p.ExpectOnEveryPath([&] { ImgConvert(&p.src, &p.dst, shift); },
+                      [&](int x, int y) { return D(expect(p.src.GetPixel(x, y).value)); },
+                      "shift " + std::to_string(shift));
 }
 
 TEST(ConvertDepth, EveryPairOnRandomRois) {
@@ -38,40 +30,31 @@ TEST(ConvertDepth, EveryPairOnRandomRois) {
 
 // The packed 4:2:2 word: the grey byte, then 128.
 TEST(ConvertDepth, To422) {
-  EImage<EBW16> w16(1, 1);
-  EImage<EBW8> w8(1, 1);
-  w8.SetPixel(7, 0, 0);
-  ImgConvertTo422(&w8, &w16);
-  const unsigned char* bytes = reinterpret_cast<const unsigned char*>(w16.GetImagePtr(0, 0));
-  EXPECT_EQ(bytes[0], 7);
-  EXPECT_EQ(bytes[1], 128);
+  Rng rng(22);
+  pointtest::RoiPair<EBW8, EBW16> p(37, 3, rng);
+  p.ExpectOnEveryPath([&] { ImgConvertTo422(&p.src, &p.dst); },
+                      [&](int x, int y) { return EBW16(static_cast<uint16_t>(0x8000 | p.src.GetPixel(x, y).value)); },
+                      "4:2:2");
 }
 
 // The size check comes before the void check; a failure leaves the
 // destination alone.
 TEST(ConvertDepth, Checks) {
-  EImage<EBW16> a(4, 4);
-  EImage<EBW8> b(4, 3);
-  const std::vector<unsigned char> before = testsupport::Snapshot(b);
-  ImgConvert(&a, &b, 8);
-  EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgConvert ( BW16 to BW8)");
-  EXPECT_EQ(testsupport::Snapshot(b), before);
-  EImage<EBW8> big(10, 10);
-  EROI<EBW8> v1(&big, 0, 0, 3, 3), v2(&big, 0, 0, 4, 4);
-  big.SetSize(0, 0);
-  EImage<EBW16> big16(10, 10);
-  EROI<EBW16> w1(&big16, 0, 0, 3, 3);
-  big16.SetSize(0, 0);
-  ImgConvertTo422(&v2, &w1);
-  EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
-  ImgConvertTo422(&v1, &w1);
-  EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgConvertTo422 ( BW8 to BW16)");
-  EImage<EBW8> e;
-  EImage<EBW32> c0;
-  ImgConvert(&c0, &e, 1);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgConvert ( BW32 to BW8)");
+  EImage<EBW16> w16(4, 4);
+  EImage<EBW8> b8(4, 3), void8;
+  EImage<EBW32> void32;
+  // ROIs that keep their sizes on images emptied under them.
+  EImage<EBW8> gone8(10, 10);
+  EImage<EBW16> gone16(10, 10);
+  EROI<EBW8> void3(&gone8, 0, 0, 3, 3), void4(&gone8, 0, 0, 4, 4);
+  EROI<EBW16> void3w(&gone16, 0, 0, 3, 3);
+  gone8.SetSize(0, 0);
+  gone16.SetSize(0, 0);
+  const pointtest::Refusals expect(w16, b8);
+  expect(E_ERROR_SIZE_MISMATCH, "ImgConvert ( BW16 to BW8)", [&] { ImgConvert(&w16, &b8, 8); });
+  expect(E_ERROR_SIZE_MISMATCH, "ImgConvertTo422 ( BW8 to BW16)", [&] { ImgConvertTo422(&void4, &void3w); });
+  expect(E_ERROR_VOID_IMAGE, "ImgConvertTo422 ( BW8 to BW16)", [&] { ImgConvertTo422(&void3, &void3w); });
+  expect(E_ERROR_VOID_IMAGE, "ImgConvert ( BW32 to BW8)", [&] { ImgConvert(&void32, &void8, 1); });
 }
 
 }  // namespace

@@ -1,21 +1,20 @@
 // ImgOverlay and the thread's overlay colour.
-#include <functional>
 #include <thread>
-#include <vector>
 
-#include "test_support.h"
+#include "point_support.h"
 
 namespace {
 
 using testsupport::Rng;
 using testsupport::Snapshot;
 
-// Overlay pixels drawn from a few colours so that the transparent one is common.
+// Overlay pixels drawn from a few colours so that the transparent one is
+// common, with neighbours of (10, 20, 30) that differ in one component.
 void FillFew(EImage<EC24>& img, Rng& rng) {
-  static const EC24 kColours[] = {EC24(0, 0, 0), EC24(10, 20, 30), EC24(10, 20, 31), EC24(255, 0, 9),
-                                  EC24(200, 100, 50)};
+  static const EC24 kColours[] = {EC24(0, 0, 0),    EC24(10, 20, 30), EC24(11, 20, 30), EC24(10, 21, 30),
+                                  EC24(10, 20, 31), EC24(255, 0, 9),  EC24(200, 100, 50)};
   for (int y = 0; y < img.GetHeight(); ++y)
-    for (int x = 0; x < img.GetWidth(); ++x) img.SetPixel(kColours[rng() % 5], x, y);
+    for (int x = 0; x < img.GetWidth(); ++x) img.SetPixel(kColours[rng() % 7], x, y);
 }
 
 bool Same(const EC24& a, const EC24& b) { return a.c[0] == b.c[0] && a.c[1] == b.c[1] && a.c[2] == b.c[2]; }
@@ -84,15 +83,7 @@ TEST(Overlay, ChecksLeaveTheDestinationAlone) {
   ImgCopy(EC24(4, 5, 6), &clear);
   testsupport::FillRandom(small, rng);
   testsupport::FillRandom(big, rng);
-  auto expect = [&](E_ERRORS code, const char* label, const std::function<void()>& run) {
-    const auto small_before = Snapshot(small), big_before = Snapshot(big);
-    ESetError(E_ERROR_INTERNAL);
-    run();
-    EXPECT_EQ(EGetError(), code) << label;
-    EXPECT_STREQ(EGetErrorTrace(), label);
-    EXPECT_EQ(Snapshot(small), small_before) << label;
-    EXPECT_EQ(Snapshot(big), big_before) << label;
-  };
+  const pointtest::Refusals expect(small, big);
   expect(E_OK, "", [&] { ImgOverlay(&pic, &small, 0, 0, EC24(1, 1, 1)); });
   expect(E_OK, "", [&] { ImgOverlay(&clear, &big, 1, 1, EC24(4, 5, 6)); });
   expect(E_ERROR_VOID_IMAGE, "ImgOverlay ( C24 on C24 Image)", [&] { ImgOverlay(&none, &small, 0, 0, EC24(1, 1, 1)); });
