@@ -18,10 +18,9 @@ const char* const kLabels[4] = {"ConvolUniform5x5", "ConvolGaussian5x5", "ImgCon
 
 TEST(FixedFilters, WorkedNumbersOnEveryPath) {
   EImage<EBW8> white(70, 9), dot(40, 8), dst(70, 9), dotDst(40, 8);
-  for (int y = 0; y < 9; ++y)
-    for (int x = 0; x < 70; ++x) white.SetPixel(EBW8(255), x, y);
-  for (int y = 0; y < 8; ++y)
-    for (int x = 0; x < 40; ++x) dot.SetPixel(EBW8(x + y == 0 ? 255 : 0), x, y);
+  ImgCopy(EBW8(255), &white);
+  ImgCopy(EBW8(0), &dot);
+  dot.SetPixel(EBW8(255), 0, 0);
   const int flat[4] = {254, 255, 254, 255};
   for (int path : testsupport::AllPaths()) {
     testsupport::PathGuard guard(path);
