@@ -259,69 +259,43 @@ TEST(ConvolRandom, WideCoefficientsInTheEightBitArithmetic) {
 
 // ---------------------------------------------------------------- errors
 
-class ConvolErrors : public ::testing::Test {
- protected:
-  void SetUp() override {
-    Rng rng(8);
-    src_.SetSize(12, 10);
-    dst_.SetSize(12, 10);
-    testsupport::FillRandom(src_, rng);
-    testsupport::FillRandom(dst_, rng);
-    before_ = testsupport::Snapshot(dst_);
-  }
-  void TearDown() override { mirel::testing::FailFilterAllocations(0); }
-  void ExpectFailure(E_ERRORS code, const std::string& trace) {
+// Every refusal: the code, the operation's label and an untouched
+// destination; the pattern kernels themselves are accepted.
+TEST(ConvolErrors, RoisKernelsAndMemory) {
+  Rng rng(8);
+  EImage<EBW8> src(12, 10), dst(12, 10), other(11, 10), empty;
+  testsupport::FillRandom(src, rng);
+  testsupport::FillRandom(dst, rng);
+  const std::vector<uint8_t> before = testsupport::Snapshot(dst);
+  auto refused = [&](E_ERRORS code, bool symmetric, EROI<EBW8>* s, EROI<EBW8>* d, EKernel* k) {
+    if (symmetric) ImgConvolSymmetricKernel(s, d, k);
+    else ImgConvolKernel(s, d, k);
     EXPECT_EQ(EGetError(), code);
-    EXPECT_EQ(std::string(EGetErrorTrace()), trace);
-    EXPECT_EQ(testsupport::Snapshot(dst_), before_);
-  }
-  EImage<EBW8> src_, dst_;
-  std::vector<uint8_t> before_;
-};
-
-TEST_F(ConvolErrors, RoisAndKernels) {
-  EKernel sobel(KERNEL_SOBEL_X), none, big(KERNEL_UNIFORM), pattern(KERNEL_PATTERN_TEE);
+    EXPECT_STREQ(EGetErrorTrace(), symmetric ? "ImgConvolSymmetricKernel" : "ImgConvolKernel BW8");
+    EXPECT_EQ(testsupport::Snapshot(dst), before) << code;
+  };
+  EKernel sobel(KERNEL_SOBEL_X), none, big(KERNEL_UNIFORM), pattern(KERNEL_PATTERN_TEE), gauss(KERNEL_GAUSSIAN);
   EKernel even(4, 4, 1.0f, 0, 2, 0), oblong(5, 3, 1.0f, 0, 2, 0);
   big.SizeX = 5;  // more than the nine floats it holds
-  EImage<EBW8> other(11, 10), empty;
-  struct Case {
-    EROI<EBW8>* src;
-    EROI<EBW8>* dst;
-    EKernel* k;
-    bool symmetric;
-    E_ERRORS code;
-  };
-  const Case cases[] = {
-      {&src_, &other, &sobel, false, E_ERROR_SIZE_MISMATCH},
-      {&empty, &empty, &sobel, false, E_ERROR_VOID_IMAGE},
-      {&src_, nullptr, &sobel, false, E_ERROR_VOID_IMAGE},
-      {&src_, &dst_, &none, false, E_ERROR_KERNEL_VOID},
-      {&src_, &dst_, &none, true, E_ERROR_KERNEL_VOID},
-      {&src_, &dst_, &big, false, E_ERROR_KERNEL_SIZE},
-      {&src_, &dst_, &pattern, true, E_ERROR_KERNEL_RECTIFIER},
-      {&src_, &dst_, &even, true, E_ERROR_KERNEL_SIZE},
-      {&src_, &dst_, &oblong, true, E_ERROR_KERNEL_SIZE},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.code);
-    if (c.symmetric) ImgConvolSymmetricKernel(c.src, c.dst, c.k);
-    else ImgConvolKernel(c.src, c.dst, c.k);
-    ExpectFailure(c.code, c.symmetric ? "ImgConvolSymmetricKernel" : "ImgConvolKernel BW8");
-  }
+  refused(E_ERROR_SIZE_MISMATCH, false, &src, &other, &sobel);
+  refused(E_ERROR_VOID_IMAGE, false, &empty, &empty, &sobel);
+  refused(E_ERROR_VOID_IMAGE, false, &src, nullptr, &sobel);
+  refused(E_ERROR_KERNEL_VOID, false, &src, &dst, &none);
+  refused(E_ERROR_KERNEL_VOID, true, &src, &dst, &none);
+  refused(E_ERROR_KERNEL_SIZE, false, &src, &dst, &big);
+  refused(E_ERROR_KERNEL_RECTIFIER, true, &src, &dst, &pattern);
+  refused(E_ERROR_KERNEL_SIZE, true, &src, &dst, &even);
+  refused(E_ERROR_KERNEL_SIZE, true, &src, &dst, &oblong);
+  EKernel floating = Table(5, 4, 0, 2, 0, 1.0f);
+  mirel::testing::FailFilterAllocations(1);
+  refused(E_ERROR_OUT_OF_MEMORY, false, &src, &dst, &floating);  // the floating-point coefficient table
+  mirel::testing::FailFilterAllocations(1);
+  refused(E_ERROR_OUT_OF_MEMORY, false, &dst, &dst, &gauss);  // the in-place copy of the source
+  mirel::testing::FailFilterAllocations(0);
   // The pattern kernels have gain 0: an image of zeros.
-  ImgConvolKernel(&src_, &dst_, &pattern);
+  ImgConvolKernel(&src, &dst, &pattern);
   EXPECT_EQ(EGetError(), E_OK);
-  ExpectAll(dst_, 0);
-}
-
-TEST_F(ConvolErrors, OutOfMemoryWritesNothing) {
-  EKernel k = Table(5, 4, 0, 2, 0, 1.0f), g(KERNEL_GAUSSIAN);
-  mirel::testing::FailFilterAllocations(1);
-  ImgConvolKernel(&src_, &dst_, &k);  // the floating-point coefficient table
-  ExpectFailure(E_ERROR_OUT_OF_MEMORY, "ImgConvolKernel BW8");
-  mirel::testing::FailFilterAllocations(1);
-  ImgConvolKernel(&dst_, &dst_, &g);  // the in-place copy of the source
-  ExpectFailure(E_ERROR_OUT_OF_MEMORY, "ImgConvolKernel BW8");
+  ExpectAll(dst, 0);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // EKernel: presets, storage rules, element access and every failure.
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -90,11 +91,7 @@ TEST(Kernel, StorageGrowsButNeverShrinks) {
 
   // 7x7 data in a 9-float block reallocates and keeps the other numbers;
   // 5x5 and 3x3 data afterwards keep 49.
-  EKernel s(KERNEL_UNIFORM);
-  s.SetGain(3.0f);
-  s.SetOffset(4);
-  s.SetRectifier(1);
-  s.SetOutsideValue(5);
+  EKernel s(3, 3, 3.0f, 4, 1, 5);
   float v[49];
   for (int i = 0; i < 49; ++i) v[i] = static_cast<float>(i) * 0.5f;
   EXPECT_EQ(Set7x7(s, v), 0);
@@ -161,38 +158,34 @@ TEST(Kernel, CopiesOwnTheirCoefficients) {
   EXPECT_EQ(Numbers(c), "3x3 gain 1 offset 3 rect 2 outside 0 room 9");
 }
 
-class KernelOutOfMemory : public ::testing::Test {
- protected:
-  void TearDown() override { mirel::testing::FailFilterAllocations(0); }
+TEST(Kernel, EveryAllocationFailureReportsWithItsLabel) {
   // Runs `op` with the next allocation failing; it must report, with `label`.
-  template <class Op>
-  static void Fails(Op op, const char* label) {
+  auto fails = [](const std::function<short()>& op, const char* label) {
     mirel::testing::FailFilterAllocations(1);
     EXPECT_EQ(op(), E_ERROR_OUT_OF_MEMORY) << label;
+    mirel::testing::FailFilterAllocations(0);
     EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
     EXPECT_EQ(Trace(), label);
-  }
-};
-
-TEST_F(KernelOutOfMemory, EveryAllocationReportsWithItsLabel) {
+  };
   std::unique_ptr<EKernel> sized;
-  Fails([&] { sized.reset(new EKernel(4, 5, 2.0f, 6, 3, 7)); return E_ERROR_OUT_OF_MEMORY; }, "EKernel::EKernel");
+  fails([&] { sized.reset(new EKernel(4, 5, 2.0f, 6, 3, 7)); return E_ERROR_OUT_OF_MEMORY; }, "EKernel::EKernel");
   EXPECT_EQ(Numbers(*sized), "4x5 gain 2 offset 6 rect 3 outside 7 room 0 no data");
   EKernel k, g(KERNEL_GAUSSIAN), copy(KERNEL_UNIFORM), sobel(KERNEL_SOBEL_X);
-  Fails([&] { return k.SetKernel(KERNEL_SOBEL_X); }, "EKernel::SetKernel");
+  fails([&] { return k.SetKernel(KERNEL_SOBEL_X); }, "EKernel::SetKernel");
   EXPECT_EQ(Numbers(k), "3x3 gain 1 offset 0 rect 2 outside 0 room 0 no data");
-  Fails([&] { return k.SetKernelData(1, 2, 3, 4, 5, 6, 7, 8, 9.0f); }, "EKernel::SetKernelData 3x3");
+  fails([&] { return k.SetKernelData(1, 2, 3, 4, 5, 6, 7, 8, 9.0f); }, "EKernel::SetKernelData 3x3");
   const float z[49] = {};
-  Fails([&] { return Set5x5(k, z); }, "EKernel::SetKernelData 5x5");
+  fails([&] { return Set5x5(k, z); }, "EKernel::SetKernelData 5x5");
   EXPECT_EQ(k.SizeX, 5);
-  Fails([&] { return Set7x7(k, z); }, "EKernel::SetKernelData 5x5");  // the 7x7 form shares the 5x5 label
-  Fails([&] { return k.SetAllocatedSize(12); }, "EKernel::SetAllocatedSize");
+  fails([&] { return Set7x7(k, z); }, "EKernel::SetKernelData 5x5");  // the 7x7 form shares the 5x5 label
+  fails([&] { return k.SetAllocatedSize(12); }, "EKernel::SetAllocatedSize");
   EXPECT_EQ(Numbers(k), "7x7 gain 1 offset 0 rect 2 outside 0 room 0 no data");
-  Fails([&] { return g.SetSizeX(6); }, "EKernel::SetAllocatedSize <- EKernel::SetSizeX");
-  Fails([&] { return g.SetSizeY(6); }, "EKernel::SetAllocatedSize <- EKernel::SetSizeY");
+  fails([&] { return g.SetSizeX(6); }, "EKernel::SetAllocatedSize <- EKernel::SetSizeX");
+  fails([&] { return g.SetSizeY(6); }, "EKernel::SetAllocatedSize <- EKernel::SetSizeY");
   EXPECT_EQ(g.SizeX * 10 + g.SizeY, 33);  // the sizes stay
   mirel::testing::FailFilterAllocations(1);
   copy = sobel;
+  mirel::testing::FailFilterAllocations(0);
   EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
   EXPECT_EQ(copy.Data[4], 1.0f);  // kept as it was
 }
