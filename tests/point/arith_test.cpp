@@ -261,7 +261,7 @@ TEST(Oper, Grey16Forms) { SameTypeForms<EBW16>(20, "BW16", "ImgOper (BW16 Image 
 
 // ------------------------------------------------------------ mixed types
 
-TEST(Oper, GreyAndColourForms) {
+TEST(Oper, MixedTypeForms) {
   ForEveryOp(kTrials, 12, [](int op, Rng& rng) {
     const int w = RandomWidth(rng), h = RandomHeight(rng);
     const bool sparse = rng() % 2;
@@ -291,22 +291,15 @@ TEST(Oper, GreyAndColourForms) {
             if (op == 34) return g.At(x, y) != 0 ? colour.c[k] : a.At(x, y, k);
             return Ref(op, a.At(x, y, k), g.At(x, y), 255);
           }));
-  });
-}
-
-TEST(Oper, MixedDepthForms) {
-  ForEveryOp(kTrials, 30, [](int op, Rng& rng) {
-    const int w = RandomWidth(rng), h = RandomHeight(rng);
-    const bool sparse = rng() % 2;
-    Pic<EBW8> a8(w, h, rng, sparse), b8(w, h, rng, sparse);
-    Pic<EBW16> a16(w, h, rng, sparse), d(w, h, rng, false);
-    Check("ImgOper ( BW8 Image and BW8 Image to BW16 Image)", ExpectedCode(kDepth8, op), d,
-          [&] { ImgOper(AsOp(op), &a8.roi, &b8.roi, &d.roi); },
-          PerPixel(d, [&](int x, int y, int) { return Ref(op, a8.At(x, y), b8.At(x, y), 65535); }));
-    Check("ImgOper ( BW16 Image and BW8 Image to BW16 IMage)", ExpectedCode(kDepth16, op), d,
-          [&] { ImgOper(AsOp(op), &a16.roi, &b8.roi, &d.roi); },
-          PerPixel(d, [&](int x, int y, int) -> int64_t {
-            const uint32_t va = a16.At(x, y), vb = b8.At(x, y);
+    // Mixed depths.
+    Pic<EBW16> a16(w, h, rng, sparse), d16(w, h, rng, false);
+    Check("ImgOper ( BW8 Image and BW8 Image to BW16 Image)", ExpectedCode(kDepth8, op), d16,
+          [&] { ImgOper(AsOp(op), &g.roi, &g2.roi, &d16.roi); },
+          PerPixel(d16, [&](int x, int y, int) { return Ref(op, g.At(x, y), g2.At(x, y), 65535); }));
+    Check("ImgOper ( BW16 Image and BW8 Image to BW16 IMage)", ExpectedCode(kDepth16, op), d16,
+          [&] { ImgOper(AsOp(op), &a16.roi, &g2.roi, &d16.roi); },
+          PerPixel(d16, [&](int x, int y, int) -> int64_t {
+            const uint32_t va = a16.At(x, y), vb = g2.At(x, y);
             if (op == 4) return va * vb <= 65535 ? 65535 : (va * vb) & 0xFFFF;
             if (op == 29) return (va + vb) & 0xFFFF;
             if (op == 30) return (va - vb) & 0xFFFF;
