@@ -1,14 +1,10 @@
 #include <cstdint>
-#include <cstring>
-#include <functional>
 #include <string>
-#include <vector>
 
 #include "point_support.h"
 
 namespace {
 
-using pointtest::Bytes;
 using testsupport::Rng;
 
 using Pair = pointtest::RoiPair<EBW8, EBW8>;
