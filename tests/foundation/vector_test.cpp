@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -69,28 +70,25 @@ TEST(TypedVector, GrowthAndCapacityRules) {
 
 TEST(TypedVector, OutOfRangeReportsAndKeepsGoing) {
   EBW16Vector v(3);
-  EOk();
-  EBW16& dummy = v[3];
-  EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
-  EXPECT_STREQ(EGetErrorTrace(), "EVector::operator[]");
-  EXPECT_NE(&dummy, v.GetDataPtr() + 3);
-  EOk();
-  EXPECT_EQ(static_cast<unsigned short>(v.GetElement(-1)), 0);
-  EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
-  v.RemoveElement(3);
-  EXPECT_STREQ(EGetErrorTrace(), "EVector::RemoveElement");
-
-  // SetElement outside the count reports but writes inside the capacity.
   UVec u;
   u.SetMaxElements(8, 1);
   u.SetNumElements(2);
-  EOk();
-  u.SetElement(5, 77);
-  EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
-  EXPECT_STREQ(EGetErrorTrace(), "EVector::SetElement");
+  const EBW16* dummy = nullptr;
+  const struct { std::function<void()> call; const char* label; } cases[] = {
+      {[&] { dummy = &v[3]; }, "EVector::operator[]"},  // a shared dummy record, not the storage
+      {[&] { EXPECT_EQ(static_cast<unsigned short>(v.GetElement(-1)), 0); }, "EVector::GetElement"},
+      {[&] { v.RemoveElement(3); }, "EVector::RemoveElement"},
+      {[&] { u.SetElement(5, 77); }, "EVector::SetElement"},  // outside the count, written inside the capacity
+      {[&] { u.SetElement(8, 1); }, "EVector::SetElement"},   // beyond the storage: dropped
+  };
+  for (const auto& c : cases) {
+    EOk();
+    c.call();
+    EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE) << c.label;
+    EXPECT_STREQ(EGetErrorTrace(), c.label);
+  }
+  EXPECT_NE(dummy, v.GetDataPtr() + 3);
   EXPECT_EQ(u.GetDataPtr()[5], 77u);
-  u.SetElement(8, 1);  // beyond the storage: reported and dropped
-  EXPECT_EQ(EGetError(), E_ERROR_INDEX_OUT_OF_RANGE);
   EOk();
 }
 

@@ -1,6 +1,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <memory>
 #include <random>
@@ -189,29 +190,6 @@ TEST_F(VectorFile, ShortBodyAndTrailingBytes) {
   EXPECT_EQ(p[0].m_n16Y, 5);
 }
 
-TEST_F(VectorFile, OpenFailuresAndDirectories) {
-  EPeaksVector v;
-  Prefill(v);
-  v.Load(Path("missing").c_str());
-  EXPECT_EQ(EGetError(), E_ERROR_FILE_OPEN);
-  EXPECT_STREQ(EGetErrorTrace(), "EVector::Load");
-  v.Load(static_cast<const char*>(nullptr));
-  EXPECT_EQ(EGetError(), E_ERROR_FILE_OPEN);
-  v.Save(Path("no/such/dir/file").c_str());
-  EXPECT_EQ(EGetError(), E_ERROR_FILE_OPEN);
-  EXPECT_STREQ(EGetErrorTrace(), "EVector::Save");
-  v.Save(dir_.string().c_str());  // a directory cannot be written as a file
-  EXPECT_EQ(EGetError(), E_ERROR_FILE_OPEN);
-  v.Load(dir_.string().c_str());  // opens on some systems, but never reads
-  EXPECT_TRUE(EGetError() == E_ERROR_FILE_OPEN || EGetError() == E_ERROR_FILE_READ) << EGetError();
-  ExpectPrefilled(v);
-  if (fs::exists("/dev/full")) {  // the buffered writes succeed and the flush at close fails
-    v.Save("/dev/full");
-    EXPECT_TRUE(EGetError() == E_ERROR_FILE_CLOSE || EGetError() == E_ERROR_FILE_WRITE) << EGetError();
-    EXPECT_STREQ(EGetErrorTrace(), "EVector::Save");
-  }
-}
-
 std::vector<unsigned short> Utf16(const std::u16string& s) {
   std::vector<unsigned short> w(s.begin(), s.end());
   w.push_back(0);
@@ -220,40 +198,52 @@ std::vector<unsigned short> Utf16(const std::u16string& s) {
 
 TEST_F(VectorFile, SixteenBitPathsAreUtf16) {
   const std::u16string full = (dir_ / "").u16string() + u"v\u00e9\u20ac\U0001D11E.vec";
-  EPathVector v;
+  EPathVector v, back;
   v.AddElement(EPath{77, 0});
   v.Save(Utf16(full).data());
   ASSERT_EQ(EGetError(), E_OK);
   // The same file under its UTF-8 name.
   EXPECT_EQ(Read((dir_ / "").string() + "v\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E.vec"),
             (Bytes{0x45, 0x06, 0x01, 0x42, 1, 0, 0, 0, 77, 0, 0, 0}));
-  EPathVector back;
   back.Load(Utf16(full).data());
   ASSERT_EQ(EGetError(), E_OK);
   EXPECT_EQ(back[0].m_n16X, 77);
-
-  back.Load(Utf16(full + u"x").data());
-  EXPECT_EQ(EGetError(), E_ERROR_FILE_OPEN);
-  EXPECT_STREQ(EGetErrorTrace(), "EVector::Load ( Unicode)");
-  std::vector<unsigned short> lone = Utf16(full);
-  lone[lone.size() - 2] = 0xD800;  // an unpaired surrogate
-  v.Save(lone.data());
-  EXPECT_EQ(EGetError(), E_ERROR_FILE_OPEN);
-  EXPECT_STREQ(EGetErrorTrace(), "EVector::Save ( Unicode)");
-  v.Save(static_cast<const unsigned short*>(nullptr));
-  EXPECT_EQ(EGetError(), E_ERROR_FILE_OPEN);
 }
 
-TEST_F(VectorFile, TypesWithoutAFileFormatTouchNoFile) {
-  EVectorTemplate<unsigned int> v(3);
-  v.Save(Path("u").c_str());
-  EXPECT_EQ(EGetError(), E_ERROR_VECTOR_FILE_HEADER);
-  EXPECT_STREQ(EGetErrorTrace(), "EVector::Save");
-  EXPECT_FALSE(fs::exists(Path("u")));
-  Write(Path("u"), Header(0x06, 0));
-  v.Load(Path("u").c_str());
-  EXPECT_EQ(EGetError(), E_ERROR_VECTOR_FILE_HEADER);
-  EXPECT_EQ(v.GetNumElements(), 3u);
+TEST_F(VectorFile, OpenFailuresAndTypesWithoutAFormatLeaveTheVector) {
+  EPeaksVector v;
+  EVectorTemplate<unsigned int> plain(3);  // no file format: touches no file
+  Prefill(v);
+  std::vector<unsigned short> missing = Utf16((dir_ / "missing").u16string()), lone = missing;
+  lone[lone.size() - 2] = 0xD800;  // an unpaired surrogate
+  Write(Path("paths"), Header(0x06, 0));
+  const struct { std::function<void()> call; E_ERRORS code; const char* label; } cases[] = {
+      {[&] { v.Load(Path("missing").c_str()); }, E_ERROR_FILE_OPEN, "EVector::Load"},
+      {[&] { v.Load(static_cast<const char*>(nullptr)); }, E_ERROR_FILE_OPEN, "EVector::Load"},
+      {[&] { v.Save(Path("no/such/dir/file").c_str()); }, E_ERROR_FILE_OPEN, "EVector::Save"},
+      {[&] { v.Save(dir_.string().c_str()); }, E_ERROR_FILE_OPEN, "EVector::Save"},  // a directory
+      {[&] { v.Load(missing.data()); }, E_ERROR_FILE_OPEN, "EVector::Load ( Unicode)"},
+      {[&] { v.Save(lone.data()); }, E_ERROR_FILE_OPEN, "EVector::Save ( Unicode)"},
+      {[&] { v.Save(static_cast<const unsigned short*>(nullptr)); }, E_ERROR_FILE_OPEN, "EVector::Save ( Unicode)"},
+      {[&] { plain.Save(Path("plain").c_str()); }, E_ERROR_VECTOR_FILE_HEADER, "EVector::Save"},
+      {[&] { plain.Load(Path("paths").c_str()); }, E_ERROR_VECTOR_FILE_HEADER, "EVector::Load"},
+  };
+  for (const auto& c : cases) {
+    c.call();
+    EXPECT_EQ(EGetError(), c.code) << c.label;
+    EXPECT_STREQ(EGetErrorTrace(), c.label);
+  }
+  ExpectPrefilled(v);
+  EXPECT_EQ(plain.GetNumElements(), 3u);
+  EXPECT_FALSE(fs::exists(Path("plain")));
+  v.Load(dir_.string().c_str());  // opens on some systems, but never reads
+  EXPECT_TRUE(EGetError() == E_ERROR_FILE_OPEN || EGetError() == E_ERROR_FILE_READ) << EGetError();
+  ExpectPrefilled(v);
+  if (fs::exists("/dev/full")) {  // the buffered writes succeed and the flush at close fails
+    v.Save("/dev/full");
+    EXPECT_TRUE(EGetError() == E_ERROR_FILE_CLOSE || EGetError() == E_ERROR_FILE_WRITE) << EGetError();
+    EXPECT_STREQ(EGetErrorTrace(), "EVector::Save");
+  }
 }
 
 TEST_F(VectorFile, SerializeWritesCountAndRecordsOnly) {
