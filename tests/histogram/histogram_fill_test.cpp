@@ -8,17 +8,6 @@ using histtest::Bins;
 using histtest::Hist;
 using testsupport::Rng;
 
-TEST(HistogramVector, ConstructorReservesWithoutCount) {
-  EBWHistogramVector v(300), empty;
-  EXPECT_EQ(v.GetNumElements(), 0u);
-  EXPECT_EQ(v.GetMaxElements(), 300u);
-  EXPECT_EQ(empty.GetNumElements(), 0u);
-  EXPECT_EQ(empty.GetDataPtr(), nullptr);
-  histtest::Load(v, {5, 6, 7});
-  v.Clear();
-  EXPECT_EQ(Bins(v), (Hist{0, 0, 0}));
-}
-
 // Random ROIs, some with long runs of one value, some masked by runs given
 // as addresses or as offsets: the histogram counts what a plain loop counts.
 TEST(HistogramBW8, MatchesReferenceOnRandomRoisOnEveryPath) {

@@ -30,7 +30,7 @@ TEST(HistogramField, SixteenAndThirtyTwoBitAgainstReference) {
   EBWHistogramVector h;
   struct Case { unsigned int msb, bits; int sat; };
   for (const Case c : {Case{15, 16, 1}, Case{15, 8, 1}, Case{11, 12, 1}, Case{11, 12, 0}, Case{15, 8, 0},
-                       Case{7, 4, 1}, Case{3, 4, 1}, Case{15, 1, 1}}) {
+                       Case{7, 4, 1}, Case{3, 4, 1}, Case{15, 1, 1}, Case{14, 8, 1}}) {
     testsupport::FillRandom(img16, rng);
     // With saturate off the caller keeps pixels inside the field.
     for (int y = 0; y < 5 && c.sat == 0; ++y)
@@ -39,10 +39,6 @@ TEST(HistogramField, SixteenAndThirtyTwoBitAgainstReference) {
     ASSERT_EQ(EGetError(), E_OK);
     EXPECT_EQ(Bins(h), FieldReference(r16, c.msb, c.bits, c.sat != 0)) << c.msb << " " << c.bits;
   }
-  // A 12-bit camera: values above 4095 land in the last bin.
-  ImgHistogram(&r16, &h, 11, 12, 1);
-  const Hist px = histtest::Pixels(r16);
-  EXPECT_EQ(Bins(h)[4095], std::count_if(px.begin(), px.end(), [](unsigned int v) { return v >= 4095; }));
   for (const Case c : {Case{31, 8, 1}, Case{23, 8, 1}, Case{31, 16, 0}, Case{31, 32, 1}, Case{20, 16, 1}}) {
     ImgHistogram(&img32, &h, c.msb, c.bits, c.sat);
     ASSERT_EQ(EGetError(), E_OK);

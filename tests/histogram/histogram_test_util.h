@@ -19,6 +19,12 @@ inline void Load(EBWHistogramVector& v, const Hist& h) {
 
 inline Hist Bins(const EBWHistogramVector& v) { return Hist(v.GetDataPtr(), v.GetDataPtr() + v.GetNumElements()); }
 
+// The 32-bit items of an untyped vector.
+inline Hist Items(const EVector& v) {
+  const unsigned int* p = static_cast<const unsigned int*>(v.GetDataPtr());
+  return Hist(p, p + v.GetNbGroup() * v.GetGroupLength());
+}
+
 // The values of a gray ROI's pixels, row after row.
 template <class P>
 std::vector<unsigned int> Pixels(const EROI<P>& roi) {

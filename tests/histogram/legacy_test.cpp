@@ -7,12 +7,8 @@
 namespace {
 
 using histtest::Hist;
+using histtest::Items;
 using testsupport::Rng;
-
-Hist Items(const EVector& v) {
-  const unsigned int* p = static_cast<const unsigned int*>(v.GetDataPtr());
-  return Hist(p, p + v.GetNbGroup() * v.GetGroupLength());
-}
 
 // An untyped histogram of 256 bins, zero but the listed ones.
 void SetBins(EVector& h, std::vector<std::pair<unsigned int, unsigned int>> spikes) {
@@ -87,35 +83,6 @@ TEST(LegacyHistogram, AnalyseIntAndFloatForms) {
   EXPECT_STREQ(EGetErrorTrace(), "ImgAnalyseHistogram");
   ASSERT_EQ(empty.SetType(2, 0, 0), 0);
   EXPECT_EQ(ImgAnalyseHistogram(&empty, 0, 255, IMG_FEATURE_TOTAL, i), E_ERROR_VOID_VECTOR);
-}
-
-TEST(LegacyProjection, SumsAndErrors) {
-  Rng rng(52);
-  for (int path : testsupport::AllPaths()) {
-    testsupport::PathGuard guard(path);
-    EImage<EBW8> img;
-    EROI<EBW8> roi;
-    testsupport::PlaceRandom(img, roi, 150, 11, rng);
-    testsupport::FillRandom(img, rng);
-    Hist row(150, 0), col(11, 0);
-    for (int y = 0; y < 11; ++y)
-      for (int x = 0; x < 150; ++x) row[x] += roi.GetPixel(x, y).value, col[y] += roi.GetPixel(x, y).value;
-    EVector v;
-    ASSERT_EQ(ImgProjectOnARow(&roi, &v), 0);
-    ASSERT_EQ(Items(v), row) << path;
-    ASSERT_EQ(ImgProjectOnAColumn(&roi, &v), 0);
-    ASSERT_EQ(Items(v), col) << path;
-  }
-  // A void image, then a missing vector: 1601 on the row, 1400 on the column.
-  EROI<EBW8> empty;
-  EImage<EBW8> img(4, 4);
-  EVector v;
-  EXPECT_EQ(ImgProjectOnARow(&empty, &v), E_ERROR_VOID_IMAGE);
-  EXPECT_FAILED(E_ERROR_VOID_IMAGE, "ImgProjectOnARow ( EVector)");
-  EXPECT_EQ(ImgProjectOnAColumn(&empty, &v), E_ERROR_VOID_IMAGE);
-  EXPECT_FAILED(E_ERROR_VOID_IMAGE, "ImgProjectOnAColumn");
-  EXPECT_EQ(ImgProjectOnARow(&img, static_cast<EVector*>(nullptr)), E_ERROR_VOID_VECTOR);
-  EXPECT_EQ(ImgProjectOnAColumn(&img, static_cast<EVector*>(nullptr)), E_ERROR_VOID_IMAGE);
 }
 
 }  // namespace

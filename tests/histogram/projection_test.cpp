@@ -47,6 +47,11 @@ void CheckProjections(Rng& rng, int w, int h, int channels, bool saturate, const
       ASSERT_EQ(onRow ? ImgProjectOnARow(&roi, &sums) : ImgProjectOnAColumn(&roi, &sums), 0);
       ASSERT_EQ(Values(sums), SumRef(roi, onRow)) << what << " w " << w << " h " << h << " row " << onRow;
     }
+    if constexpr (std::is_same<P, EBW8>::value) {  // the untyped form holds the sums
+      EVector legacy;
+      ASSERT_EQ(onRow ? ImgProjectOnARow(&roi, &legacy) : ImgProjectOnAColumn(&roi, &legacy), 0);
+      ASSERT_EQ(histtest::Items(legacy), SumRef(roi, onRow)) << what << " w " << w << " h " << h << " row " << onRow;
+    }
     for (int k = 0; k < channels; ++k) {
       std::vector<uint32_t> want = SumRef(roi, onRow, k);
       for (auto& s : want) s /= static_cast<uint32_t>(onRow ? h : w);
@@ -85,6 +90,13 @@ TEST(Projection, VoidImageAndLabels) {
   check(ImgProjectOnARow(&e16, &a16), "ImgProjectOnARow ( BW16 Image Average)");
   check(ImgProjectOnAColumn(&e16, &sums), "ImgProjectOnAColumn ( BW16 Image Sum)");
   check(ImgProjectOnARow(&ec, &cv), "ImgProjectOnARow ( C24 Image Average)");
+  EVector v;
+  check(ImgProjectOnARow(&e8, &v), "ImgProjectOnARow ( EVector)");
+  check(ImgProjectOnAColumn(&e8, &v), "ImgProjectOnAColumn");
+  // A missing vector: 1601 on the row, 1400 on the column.
+  EImage<EBW8> image(4, 4);
+  EXPECT_EQ(ImgProjectOnARow(&image, static_cast<EVector*>(nullptr)), E_ERROR_VOID_VECTOR);
+  EXPECT_EQ(ImgProjectOnAColumn(&image, static_cast<EVector*>(nullptr)), E_ERROR_VOID_IMAGE);
 }
 
 }  // namespace

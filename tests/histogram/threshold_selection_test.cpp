@@ -256,26 +256,36 @@ struct Levels {
   float best, avg[3] = {-1, -1, -1}, residue;
 };
 
-// Min-residue search over classes [0, lo), [lo, hi), [hi, 256); with two
-// levels the middle class is empty (hi = lo). Identical splits keep the first.
-Levels ResidueModel(const Hist& h, bool three) {
-  const Prefix p(h);
+// A maximising search over the classes [0, lo), [lo, hi), [hi, 256); with two
+// levels the middle class is empty (hi = lo). `score` reads each class's
+// count, sum and sum of x log x. Identical splits keep the first.
+template <class Score>
+Levels Search(const Prefix& p, bool three, double start, Score score) {
   const uint32_t n = p.c[256], s = p.s[256];
-  Best best(Part(n, s));
+  Best best(start);
   Levels r;
   for (unsigned int t1 = 0; t1 < 256; ++t1)
     for (unsigned int t2 = t1; t2 < (three ? 256 : t1 + 1); ++t2) {
       const uint32_t nc[3] = {p.c[t1], p.c[t2] - p.c[t1], n - p.c[t2]}, sc[3] = {p.s[t1], p.s[t2] - p.s[t1], s - p.s[t2]};
+      const double ec[3] = {p.e[t1], p.e[t2] - p.e[t1], p.e[256] - p.e[t2]};
       if (nc[0] == 0 || nc[2] == 0 || (three && nc[1] == 0)) continue;
-      const double x = Part(nc[0], sc[0]) + Part(nc[2], sc[2]) + (three ? Part(nc[1], sc[1]) : 0.0);
+      const double x = score(nc, sc, ec);
       if (!best.Above(x)) continue;
       best.Set(x), r.lo = t1, r.hi = t2;
       for (int k = 0; k < 3; ++k) r.avg[k] = nc[k] ? float(sc[k]) / float(nc[k]) : -1.f;
     }
+  r.best = best.rounded;
+  return r;
+}
+
+Levels ResidueModel(const Hist& h, bool three) {
+  const Prefix p(h);
+  Levels r = Search(p, three, Part(p.c[256], p.s[256]), [three](const uint32_t* nc, const uint32_t* sc, const double*) {
+    return Part(nc[0], sc[0]) + Part(nc[2], sc[2]) + (three ? Part(nc[1], sc[1]) : 0.0);
+  });
   double q = 0;
   for (unsigned int i = 0; i < 256; ++i) q += double(h[i]) * i * i;
-  r.best = best.rounded;
-  r.residue = float(std::sqrt((double(float(q)) - r.best) / float(n)));  // NaN when it goes negative
+  r.residue = float(std::sqrt((double(float(q)) - r.best) / float(p.c[256])));  // NaN when it goes negative
   return r;
 }
 
@@ -293,25 +303,6 @@ TEST(MinResidue, Worked) {
   Load(v, Spikes({{20, 10}, {100, 10}, {220, 10}}));
   EXPECT_EQ(ImgThreeLevelsMinResidueThreshold(&v, t, u, a, b, c), 0.f);
   EXPECT_TRUE(t == 21 && u == 101 && a == 20.f && b == 100.f && c == 220.f);
-}
-
-TEST(MinResidue, IdenticalSplitsKeepTheLowestThreshold) {
-  // Two clusters with empty bins between: every t in the gap makes the same
-  // split, whichever way the best score rounds.
-  Rng rng(23);
-  EBWHistogramVector v;
-  for (int iter = 0; iter < 60; ++iter) {
-    Hist h(256, 0);
-    const unsigned int gap = 60 + rng() % 100;
-    for (unsigned int i = gap - 40; i < gap + 90; ++i) h[i] = i < gap || i >= gap + 30 ? rng() % 5000 : 0;
-    h[gap - 1] = h[gap + 30] = 1000;
-    Load(v, h);
-    float b = 0, a = 0;
-    EXPECT_EQ(ImgMinResidueThreshold(&v, b, a), gap) << iter;
-    unsigned int t = IMG_THRESHOLD_MIN_RESIDUE;
-    ImgHistogramThreshold(&v, t, b, a, 0.f, 0, 255);
-    EXPECT_EQ(t, gap) << iter;
-  }
 }
 
 TEST(MinResidue, TwoAndThreeLevelsMatchModel) {
@@ -356,19 +347,13 @@ TEST(MaxEntropy, WorkedAndModel) {
     const Hist h = RandomHist(rng, 256, iter % 6);
     Load(v, h);
     const Prefix p(h);
-    const uint32_t n = p.c[256];
-    Best best(std::log(double(n)) - p.e[256] / n);
-    unsigned int t = 0;
-    float wb = -1, wa = -1;
-    for (unsigned int c = 0; c < 256; ++c) {
-      const uint32_t n1 = p.c[c], n2 = n - n1;
-      if (n1 == 0 || n2 == 0) continue;
-      const double e = std::log(double(n2)) + std::log(double(n1)) - (p.e[256] - p.e[c]) / n2 - p.e[c] / n1;
-      if (best.Above(e)) best.Set(e), t = c, wb = float(p.s[c]) / float(n1), wa = float(p.s[256] - p.s[c]) / float(n2);
-    }
+    const double n = p.c[256];
+    const Levels m = Search(p, false, std::log(n) - p.e[256] / n, [](const uint32_t* nc, const uint32_t*, const double* ec) {
+      return std::log(double(nc[2])) + std::log(double(nc[0])) - ec[2] / nc[2] - ec[0] / nc[0];
+    });
     b = a = -1;
-    EXPECT_EQ(ImgMaxEntropyThreshold(&v, b, a), t) << iter;
-    EXPECT_TRUE(b == wb && a == wa) << iter;
+    EXPECT_EQ(ImgMaxEntropyThreshold(&v, b, a), m.lo) << iter;
+    EXPECT_TRUE(b == m.avg[0] && a == m.avg[2]) << iter;
   }
 }
 
