@@ -14,14 +14,15 @@ template <bool kTwo>
 void Run(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const Levels& levels, const unsigned char* table) {
   const __m256i c1 = _mm256_set1_epi8(static_cast<char>(levels.c1));
   const __m256i c2 = _mm256_set1_epi8(static_cast<char>(levels.c2));
-  const __m256i use1 = levels.c1 < 256 ? _mm256_set1_epi8(-1) : _mm256_setzero_si256();
   const __m256i use2 = levels.c2 < 256 ? _mm256_set1_epi8(-1) : _mm256_setzero_si256();
   const __m256i v0 = _mm256_set1_epi8(static_cast<char>(levels.v0));
-  const __m256i v1 = _mm256_set1_epi8(static_cast<char>(levels.v1));
+  // v0 ^ v1 where the first bound is reachable, 0 where it is not.
+  const __m256i d01 = levels.c1 < 256 ? _mm256_xor_si256(v0, _mm256_set1_epi8(static_cast<char>(levels.v1)))
+                                      : _mm256_setzero_si256();
   const __m256i v2 = _mm256_set1_epi8(static_cast<char>(levels.v2));
   const int w = src.width;
   auto one = [&](__m256i p) {
-    __m256i r = _mm256_blendv_epi8(v0, v1, _mm256_and_si256(AtLeast(p, c1), use1));
+    __m256i r = _mm256_xor_si256(v0, _mm256_and_si256(AtLeast(p, c1), d01));
     if (kTwo) r = _mm256_blendv_epi8(r, v2, _mm256_and_si256(AtLeast(p, c2), use2));
     return r;
   };
