@@ -73,8 +73,9 @@ struct ByteRows {
   std::size_t bytes;  // bytes of pixels in a row
   int height;
   u8* Row(int y) const { return base + pitch * y; }
-  // Write hint for the row after y, given at the top of row y by the
-  // workers that stream through memory.
+  // Write hint for the row after y, given at the top of row y by copy and
+  // fill, and by the block workers when their vector blocks run (the byte
+  // by byte loops are slower with it).
   void PrefetchNext(int y) const { mirel::PrefetchRowForWrite(*this, y + 1, bytes); }
 };
 
@@ -289,7 +290,7 @@ void ByteUnary(int op, const ByteRows& s, const ByteRows& d) {
   }
   const BlockRun blocks = PickBlocks(op, kImageImage);
   for (int y = 0; y < d.height; ++y) {
-    d.PrefetchNext(y);
+    if (blocks != nullptr) d.PrefetchNext(y);
     const u8* ps = s.Row(y);
     u8* pd = d.Row(y);
     WalkRow(blocks, ps, ps, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
@@ -321,7 +322,7 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
   const bool known = WithBinaryOp(op, [&](auto tag) {
     constexpr int OP = decltype(tag)::value;
     for (int y = 0; y < d.height; ++y) {
-      d.PrefetchNext(y);
+      if (blocks != nullptr) d.PrefetchNext(y);
       const u8* pa = a.Row(y);
       const u8* pb = b.Row(y);
       u8* pd = d.Row(y);
@@ -346,7 +347,7 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
 void TableWalk(int op, int form, u8 c, const u8* table, const ByteRows& s, const ByteRows& d) {
   const BlockRun blocks = PickBlocks(op, form);
   for (int y = 0; y < d.height; ++y) {
-    d.PrefetchNext(y);
+    if (blocks != nullptr) d.PrefetchNext(y);
     const u8* ps = s.Row(y);
     u8* pd = d.Row(y);
     const u8* a = form == kConstImage ? nullptr : ps;
@@ -389,7 +390,7 @@ void ImageConstBW8(int op, u8 c, const ByteRows& s, const ByteRows& d) {
     const BlockRun blocks = PickBlocks(op, kImageConst);
     const bool where_zero = op == ALO_SET_WHERE_ZERO;
     for (int y = 0; y < d.height; ++y) {
-      d.PrefetchNext(y);
+      if (blocks != nullptr) d.PrefetchNext(y);
       const u8* ps = s.Row(y);
       u8* pd = d.Row(y);
       WalkRow(blocks, ps, nullptr, c, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
