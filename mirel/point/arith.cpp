@@ -108,53 +108,13 @@ inline void WalkRow(BlockRun blocks, const u8* a, const u8* b, u8 c, u8* d, std:
 
 // ------------------------------------------------------------ formulas
 
-// The result of `op` on two bytes for every operation that has a formula
-// (2 to 28 and 33, without 21 and 22, which keep the destination).
-inline unsigned Formula8(int op, unsigned a, unsigned b) {
-  switch (op) {
-    case 2: return a + b > 255 ? 255 : a + b;
-    case 3: return a > b ? a - b : 0;
-    case 4: return a * b > 255 ? 255 : a * b;
-    case 5: return b == 0 ? 255 : a / b;
-    case 6: return b == 0 ? 0 : a % b;
-    case 7: return (a << (b & 31)) & 255;  // the count as the processor takes it
-    case 8: return a >> (b & 31);
-    case 9: return (a + b) >> 1;
-    case 10: return (a + (255 - b)) >> 1;
-    case 11: return (a * b) >> 8;
-    case 12: {
-      if (b == 0) return 255;
-      const unsigned q = (a << 8) / b;
-      return q > 255 ? 255 : q;
-    }
-    case 13: return a & b;
-    case 14: return a | b;
-    case 15: return a ^ b;
-    case 16: return (a != 0 && b != 0) ? 255 : 0;
-    case 17: return (a != 0 || b != 0) ? 255 : 0;
-    case 18: return ((a != 0) != (b != 0)) ? 255 : 0;
-    case 19: return a < b ? a : b;
-    case 20: return a > b ? a : b;
-    case 23: return a == b ? 255 : 0;
-    case 24: return a != b ? 255 : 0;
-    case 25: return a >= b ? 255 : 0;
-    case 26: return a <= b ? 255 : 0;
-    case 27: return a > b ? 255 : 0;
-    case 28: return a < b ? 255 : 0;
-    case 33: return a > b ? a - b : b - a;
-    default: return 0;
-  }
-}
-
-inline bool HasFormula8(int op) {
-  return (op >= 2 && op <= 28 && op != 21 && op != 22) || op == 33;
-}
-
-// The three forms of 16-bit ALO_SCALED_DIVIDE.
-enum ScaledDivide { kDivImageImage, kDivImageConst, kDivConstImage };
-
-inline unsigned Formula16(int op, unsigned a, unsigned b, ScaledDivide form) {
-  constexpr unsigned M = 65535;
+// The result of `op` on two values of kBits bits (8 or 16) for every
+// operation that has a formula (2 to 28 and 33, without 21 and 22, which
+// keep the destination), except the scaled divide (12), whose rules differ
+// by depth. M is the largest value of the depth.
+template <unsigned kBits>
+inline unsigned CommonFormula(int op, unsigned a, unsigned b) {
+  constexpr unsigned M = (1u << kBits) - 1;
   switch (op) {
     case 2: return a + b > M ? M : a + b;
     case 3: return a > b ? a - b : 0;
@@ -164,24 +124,11 @@ inline unsigned Formula16(int op, unsigned a, unsigned b, ScaledDivide form) {
     }
     case 5: return b == 0 ? M : a / b;
     case 6: return b == 0 ? 0 : a % b;
-    case 7: return (a << (b & 31)) & M;
+    case 7: return (a << (b & 31)) & M;  // the count as the processor takes it
     case 8: return a >> (b & 31);
     case 9: return (a + b) >> 1;
     case 10: return (a + (M - b)) >> 1;
-    case 11: return static_cast<unsigned>((static_cast<std::uint32_t>(a) * b) >> 16);
-    case 12: {
-      if (b == 0) return M;
-      if (form == kDivConstImage) {
-        // The quotient of the shift count is taken first; a value past 16
-        // bits becomes 65535, or 0 when it reaches bit 31.
-        const std::uint32_t v = static_cast<std::uint32_t>(a) << (16 / b);
-        if (v > M) return (v & 0x80000000u) != 0 ? 0 : M;
-        return v;
-      }
-      const std::uint32_t num = static_cast<std::uint32_t>(a) << (form == kDivImageConst ? 16 : 8);
-      const std::uint32_t q = num / b;
-      return q > M ? M : q;
-    }
+    case 11: return static_cast<unsigned>((static_cast<std::uint32_t>(a) * b) >> kBits);
     case 13: return a & b;
     case 14: return a | b;
     case 15: return a ^ b;
@@ -199,6 +146,40 @@ inline unsigned Formula16(int op, unsigned a, unsigned b, ScaledDivide form) {
     case 33: return a > b ? a - b : b - a;
     default: return 0;
   }
+}
+
+// The formulas on bytes.
+inline unsigned Formula8(int op, unsigned a, unsigned b) {
+  if (op == 12) {
+    if (b == 0) return 255;
+    const unsigned q = (a << 8) / b;
+    return q > 255 ? 255 : q;
+  }
+  return CommonFormula<8>(op, a, b);
+}
+
+inline bool HasFormula8(int op) {
+  return (op >= 2 && op <= 28 && op != 21 && op != 22) || op == 33;
+}
+
+// The three forms of 16-bit ALO_SCALED_DIVIDE.
+enum ScaledDivide { kDivImageImage, kDivImageConst, kDivConstImage };
+
+// The formulas on 16-bit values; `form` picks the scaled-divide rule.
+inline unsigned Formula16(int op, unsigned a, unsigned b, ScaledDivide form) {
+  constexpr unsigned M = 65535;
+  if (op != 12) return CommonFormula<16>(op, a, b);
+  if (b == 0) return M;
+  if (form == kDivConstImage) {
+    // The quotient of the shift count is taken first; a value past 16
+    // bits becomes 65535, or 0 when it reaches bit 31.
+    const std::uint32_t v = static_cast<std::uint32_t>(a) << (16 / b);
+    if (v > M) return (v & 0x80000000u) != 0 ? 0 : M;
+    return v;
+  }
+  const std::uint32_t num = static_cast<std::uint32_t>(a) << (form == kDivImageConst ? 16 : 8);
+  const std::uint32_t q = num / b;
+  return q > M ? M : q;
 }
 
 // Operations of the constant-by-image workers (a table on bytes).
