@@ -117,8 +117,6 @@ struct FixedArith {
   bool absolute;         // |v| capped at 255; otherwise v clamped to 0..255
 };
 
-inline int Clamp(int v, int lo, int hi) { return v < lo ? lo : (v > hi ? hi : v); }
-
 inline Byte Finish(std::uint32_t acc, const FixedArith& a) {
   const std::int32_t v = static_cast<std::int32_t>(acc) >> a.shift;
   if (a.absolute) {
@@ -199,8 +197,7 @@ void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_
 
   const Byte* rows[7];
   for (int y = 0; y < height; ++y) {
-    for (int j = 0; j <= 2 * r; ++j)
-      rows[j] = reinterpret_cast<const Byte*>(s.Row(Clamp(y + j - r, 0, height - 1)));
+    WindowRows(s, y, r, rows);
     Byte* out = reinterpret_cast<Byte*>(d.Row(y));
     int x = 0;
     const int left = r < width ? r : width;
@@ -261,8 +258,7 @@ bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith
 
   const Byte* rows[7];
   for (int y = 0; y < height; ++y) {
-    for (int j = 0; j <= 2 * r; ++j)
-      rows[j] = reinterpret_cast<const Byte*>(img.Row(Clamp(y + j - r, 0, height - 1)));
+    WindowRows(img, y, r, rows);
     Byte* out = reinterpret_cast<Byte*>(img.Row(y));
     if (y == 0 || y == height - 1 || width <= 2 * r) {
       for (int x = 0; x < width; ++x) out[x] = FixedPixel<true>(w, coef, rows, x, width, a);

@@ -4,6 +4,7 @@
 #define MIREL_FILTER_CONVOLUTION_INTERNAL_H_
 
 #include <cstdint>
+#include <type_traits>
 
 #include "mirel/filter/kernel.h"
 #include "mirel/foundation/image.h"
@@ -21,6 +22,31 @@ void ConvolKernel7x7(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
 void ConvolKernelS3xS3(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
 void ConvolKernelS5xS5(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
 void ConvolKernelS7xS7(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+
+// ---------------------------------------------------------------- windows
+
+// v clamped to [lo, hi].
+inline int Clamp(int v, int lo, int hi) { return v < lo ? lo : (v > hi ? hi : v); }
+
+// Points rows[0] .. rows[2r] at the rows y - r .. y + r of a row view; a row
+// past the top or the bottom is replaced by the edge row.
+template <class R>
+inline void WindowRows(const R& view, int y, int r, const std::uint8_t** rows) {
+  for (int j = 0; j <= 2 * r; ++j)
+    rows[j] = reinterpret_cast<const std::uint8_t*>(view.Row(Clamp(y + j - r, 0, view.height - 1)));
+}
+
+// Calls pixel(x, clamp) for every x of a row of `width` pixels, in order.
+// `clamp` is std::true_type on the r columns at each end, whose windows
+// leave the row, and std::false_type between, so the column check is chosen
+// once a stretch and not tested per pixel.
+template <class Pixel>
+inline void ForEachColumnByBorder(int width, int r, Pixel&& pixel) {
+  int x = 0;
+  for (; x < r && x < width; ++x) pixel(x, std::true_type{});
+  for (; x < width - r; ++x) pixel(x, std::false_type{});
+  for (; x < width; ++x) pixel(x, std::true_type{});
+}
 
 // Float to int32 with truncation towards zero; NaN and values out of range
 // give INT32_MIN, as the processor's conversion does.

@@ -37,8 +37,6 @@ const FilterShape& Shape(FixedFilter kind) {
   return kShapes[static_cast<int>(kind)];
 }
 
-inline int Clamp(int v, int lo, int hi) { return v < lo ? lo : (v > hi ? hi : v); }
-
 // The window sum to the output pixel.
 inline Byte Scale(FixedFilter kind, std::uint32_t sum) {
   switch (kind) {
@@ -69,13 +67,11 @@ void Direct(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>& d
   const int r = f.radius, width = s.width, height = s.height;
   const Byte* rows[7];
   for (int y = 0; y < height; ++y) {
-    for (int j = 0; j <= 2 * r; ++j)
-      rows[j] = reinterpret_cast<const Byte*>(s.Row(Clamp(y + j - r, 0, height - 1)));
+    WindowRows(s, y, r, rows);
     Byte* out = reinterpret_cast<Byte*>(d.Row(y));
-    int x = 0;
-    for (; x < r && x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
-    for (; x < width - r; ++x) out[x] = DirectPixel<false>(f, rows, x, width);
-    for (; x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
+    ForEachColumnByBorder(width, r, [&](int x, auto clamp) {
+      out[x] = DirectPixel<decltype(clamp)::value>(f, rows, x, width);
+    });
   }
 }
 
@@ -169,12 +165,10 @@ bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& si
     while (computed < need) horizontal(++computed);  // rows not yet written
     Byte* out = reinterpret_cast<Byte*>(img.Row(y));
     if (y == 0 || y == height - 1) {
-      for (int j = 0; j < n; ++j)
-        rows[j] = reinterpret_cast<const Byte*>(view.Row(Clamp(y + j - r, 0, height - 1)));
-      int x = 0;
-      for (; x < r && x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
-      for (; x < width - r; ++x) out[x] = DirectPixel<false>(f, rows, x, width);
-      for (; x < width; ++x) out[x] = DirectPixel<true>(f, rows, x, width);
+      WindowRows(view, y, r, rows);
+      ForEachColumnByBorder(width, r, [&](int x, auto clamp) {
+        out[x] = DirectPixel<decltype(clamp)::value>(f, rows, x, width);
+      });
     } else {
       std::memset(partial, 0, w * sizeof(std::uint32_t));
       for (int j = 0; j < n; ++j) {
@@ -184,18 +178,14 @@ bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& si
         for (int x = 0; x < width; ++x) partial[x] += wj * h[x];
       }
       const std::uint32_t wc = static_cast<std::uint32_t>(f.weight[r]);
-      auto ownPart = [&](int x, bool clamp) {
+      ForEachColumnByBorder(width, r, [&](int x, auto clamp) {
         std::uint32_t own = 0;
         for (int i = 0; i < n; ++i) {
-          const int xx = clamp ? Clamp(x + i - r, 0, width - 1) : x + i - r;
+          const int xx = decltype(clamp)::value ? Clamp(x + i - r, 0, width - 1) : x + i - r;
           own += static_cast<std::uint32_t>(f.weight[i]) * out[xx];
         }
         out[x] = Scale(f.kind, partial[x] + wc * own);
-      };
-      int x = 0;
-      for (; x < r && x < width; ++x) ownPart(x, true);
-      for (; x < width - r; ++x) ownPart(x, false);
-      for (; x < width; ++x) ownPart(x, true);
+      });
     }
     horizontal(y);  // row y is final now
   }
