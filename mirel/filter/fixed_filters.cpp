@@ -75,6 +75,25 @@ void Direct(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>& d
   }
 }
 
+// The horizontal sums of one source row into h, through `padded`
+// (width + 2r bytes): the row with its end pixels repeated r times at each
+// side.
+void HorizontalRow(const FilterShape& f, const Byte* src, int width, Byte* padded, std::uint16_t* h,
+                   const SimdRoutines& simd) {
+  const int r = f.radius, n = 2 * r + 1;
+  std::memcpy(padded + r, src, static_cast<std::size_t>(width));
+  for (int i = 0; i < r; ++i) {
+    padded[i] = src[0];
+    padded[r + width + i] = src[width - 1];
+  }
+  int x = simd.horizontal(f.kind, padded, width, h);
+  for (; x < width; ++x) {
+    std::uint32_t sum = 0;
+    for (int i = 0; i < n; ++i) sum += static_cast<std::uint32_t>(f.weight[i]) * padded[x + i];
+    h[x] = static_cast<std::uint16_t>(sum);
+  }
+}
+
 // Separable form; false when its buffers cannot be had (the caller then
 // takes the direct form, which needs none).
 bool Separable(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>& d,
@@ -94,19 +113,8 @@ bool Separable(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>
     const int need = y + r < height - 1 ? y + r : height - 1;
     while (computed < need) {
       ++computed;
-      const Byte* src = reinterpret_cast<const Byte*>(s.Row(computed));
-      std::memcpy(padded + r, src, w);
-      for (int i = 0; i < r; ++i) {
-        padded[i] = src[0];
-        padded[r + width + i] = src[width - 1];
-      }
-      std::uint16_t* h = ring + w * static_cast<std::size_t>(computed % n);
-      int x = simd.horizontal(f.kind, padded, width, h);
-      for (; x < width; ++x) {
-        std::uint32_t sum = 0;
-        for (int i = 0; i < n; ++i) sum += static_cast<std::uint32_t>(f.weight[i]) * padded[x + i];
-        h[x] = static_cast<std::uint16_t>(sum);
-      }
+      HorizontalRow(f, reinterpret_cast<const Byte*>(s.Row(computed)), width, padded,
+                    ring + w * static_cast<std::size_t>(computed % n), simd);
     }
     for (int j = 0; j < n; ++j)
       rows[j] = ring + w * static_cast<std::size_t>(Clamp(y + j - r, 0, height - 1) % n);
@@ -143,19 +151,7 @@ bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& si
   }
   auto slot = [&](int row) { return ring + w * static_cast<std::size_t>(row % n); };
   auto horizontal = [&](int row) {
-    const Byte* src = reinterpret_cast<const Byte*>(img.Row(row));
-    std::memcpy(padded + r, src, w);
-    for (int i = 0; i < r; ++i) {
-      padded[i] = src[0];
-      padded[r + width + i] = src[width - 1];
-    }
-    std::uint16_t* h = slot(row);
-    int x = simd.horizontal(f.kind, padded, width, h);
-    for (; x < width; ++x) {
-      std::uint32_t sum = 0;
-      for (int i = 0; i < n; ++i) sum += static_cast<std::uint32_t>(f.weight[i]) * padded[x + i];
-      h[x] = static_cast<std::uint16_t>(sum);
-    }
+    HorizontalRow(f, reinterpret_cast<const Byte*>(img.Row(row)), width, padded, slot(row), simd);
   };
   const Rows<const EBW8> view{img.base, img.pitch, img.width, img.height};
   const Byte* rows[7];
