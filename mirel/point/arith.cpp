@@ -210,17 +210,19 @@ int FoldImageConst(int op, bool& complement) {
   }
 }
 
-// Calls f(std::integral_constant<int, OP>) for the operations of the byte
-// binary worker that have a formula or keep the destination.
+// Calls f(std::integral_constant<int, OP>) for the operations that have a
+// formula or set where a condition holds (2 to 28 and 33), so that a pixel
+// loop is compiled once for each operation instead of switching on it per
+// pixel; false for any other value.
 template <class F>
-bool WithBinaryOp(int op, F&& f) {
+bool WithPixelOp(int op, F&& f) {
   switch (op) {
 #define MIREL_OP_CASE(k)                   \
   case k:                                  \
     f(std::integral_constant<int, k>{});   \
     return true;
     MIREL_OP_CASE(2) MIREL_OP_CASE(3) MIREL_OP_CASE(4) MIREL_OP_CASE(5) MIREL_OP_CASE(6)
-    MIREL_OP_CASE(9) MIREL_OP_CASE(10) MIREL_OP_CASE(11) MIREL_OP_CASE(12) MIREL_OP_CASE(13)
+    MIREL_OP_CASE(7) MIREL_OP_CASE(8) MIREL_OP_CASE(9) MIREL_OP_CASE(10) MIREL_OP_CASE(11) MIREL_OP_CASE(12) MIREL_OP_CASE(13)
     MIREL_OP_CASE(14) MIREL_OP_CASE(15) MIREL_OP_CASE(16) MIREL_OP_CASE(17) MIREL_OP_CASE(18)
     MIREL_OP_CASE(19) MIREL_OP_CASE(20) MIREL_OP_CASE(21) MIREL_OP_CASE(22) MIREL_OP_CASE(23)
     MIREL_OP_CASE(24) MIREL_OP_CASE(25) MIREL_OP_CASE(26) MIREL_OP_CASE(27) MIREL_OP_CASE(28)
@@ -300,7 +302,8 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
     return;
   }
   const BlockRun blocks = PickBlocks(op, kImageImage);
-  const bool known = WithBinaryOp(op, [&](auto tag) {
+  // The shifts are refused before this worker; they are not known here.
+  const bool known = op != ALO_SHIFT_LEFT && op != ALO_SHIFT_RIGHT && WithPixelOp(op, [&](auto tag) {
     constexpr int OP = decltype(tag)::value;
     for (int y = 0; y < d.height; ++y) {
       if (blocks != nullptr) d.PrefetchNext(y);
@@ -423,17 +426,17 @@ void MixedC24(int op, bool grey_first, const ByteRows& grey, const ByteRows& col
     ESetError(E_ERROR_INTERNAL);
     return;
   }
-  const EC24 overlay = EGetTLSPtr()->OverlayColor;
   const int width = static_cast<int>(d.bytes / 3);
-  for (int y = 0; y < d.height; ++y) {
-    const u8* pg = grey.Row(y);
-    const u8* pc = colour.Row(y);
-    u8* pd = d.Row(y);
-    for (int x = 0; x < width; ++x) {
-      const u8 g = pg[x];
-      const u8* col = pc + 3 * x;
-      u8* out = pd + 3 * x;
-      if (op == ALO_OVERLAY) {
+  if (op == ALO_OVERLAY) {
+    const EC24 overlay = EGetTLSPtr()->OverlayColor;
+    for (int y = 0; y < d.height; ++y) {
+      const u8* pg = grey.Row(y);
+      const u8* pc = colour.Row(y);
+      u8* pd = d.Row(y);
+      for (int x = 0; x < width; ++x) {
+        const u8 g = pg[x];
+        const u8* col = pc + 3 * x;
+        u8* out = pd + 3 * x;
         if (grey_first) {
           // b is the colour image: its non-black pixels, else the grey.
           const bool any = (col[0] | col[1] | col[2]) != 0;
@@ -450,25 +453,38 @@ void MixedC24(int op, bool grey_first, const ByteRows& grey, const ByteRows& col
           out[1] = c1;
           out[2] = c2;
         }
-        continue;
       }
-      u8 r[3];
-      bool write[3];
-      for (int k = 0; k < 3; ++k) {
-        const unsigned a = grey_first ? g : col[k];
-        const unsigned b = grey_first ? col[k] : g;
-        write[k] = true;
-        if (op == ALO_SET_WHERE_ZERO || op == ALO_SET_WHERE_NONZERO) {
-          write[k] = (a == 0) == (op == ALO_SET_WHERE_ZERO);
-          r[k] = static_cast<u8>(b);
-        } else {
-          r[k] = static_cast<u8>(Formula8(op, a, b));
-        }
-      }
-      for (int k = 0; k < 3; ++k)
-        if (write[k]) out[k] = r[k];
     }
+    return;
   }
+  WithPixelOp(op, [&](auto tag) {
+    constexpr int OP = decltype(tag)::value;
+    for (int y = 0; y < d.height; ++y) {
+      const u8* pg = grey.Row(y);
+      const u8* pc = colour.Row(y);
+      u8* pd = d.Row(y);
+      for (int x = 0; x < width; ++x) {
+        const u8 g = pg[x];
+        const u8* col = pc + 3 * x;
+        u8* out = pd + 3 * x;
+        u8 r[3];
+        bool write[3];
+        for (int k = 0; k < 3; ++k) {
+          const unsigned a = grey_first ? g : col[k];
+          const unsigned b = grey_first ? col[k] : g;
+          if constexpr (OP == ALO_SET_WHERE_ZERO || OP == ALO_SET_WHERE_NONZERO) {
+            write[k] = (a == 0) == (OP == ALO_SET_WHERE_ZERO);
+            r[k] = static_cast<u8>(b);
+          } else {
+            write[k] = true;
+            r[k] = static_cast<u8>(Formula8(OP, a, b));
+          }
+        }
+        for (int k = 0; k < 3; ++k)
+          if (write[k]) out[k] = r[k];
+      }
+    }
+  });
 }
 
 // ------------------------------------------------------------ 16-bit workers
@@ -503,11 +519,14 @@ void ConstImage16(int op, unsigned c, const WordRows& s, const WordRows& d) {
     ESetError(E_ERROR_INTERNAL);
     return;
   }
-  for (int y = 0; y < d.height; ++y) {
-    const u16* ps = s.Row(y);
-    u16* pd = d.Row(y);
-    for (int x = 0; x < d.width; ++x) Put16(pd, x, Formula16(op, c, Get16(ps, x), kDivConstImage));
-  }
+  WithPixelOp(op, [&](auto tag) {
+    constexpr int OP = decltype(tag)::value;
+    for (int y = 0; y < d.height; ++y) {
+      const u16* ps = s.Row(y);
+      u16* pd = d.Row(y);
+      for (int x = 0; x < d.width; ++x) Put16(pd, x, Formula16(OP, c, Get16(ps, x), kDivConstImage));
+    }
+  });
 }
 
 void ImageConst16(int op, unsigned c, const WordRows& s, const WordRows& d) {
@@ -515,43 +534,41 @@ void ImageConst16(int op, unsigned c, const WordRows& s, const WordRows& d) {
     ESetError(E_ERROR_INTERNAL);
     return;
   }
-  const bool conditional = op == ALO_SET_WHERE_ZERO || op == ALO_SET_WHERE_NONZERO;
-  const bool where_zero = op == ALO_SET_WHERE_ZERO;
-  for (int y = 0; y < d.height; ++y) {
-    const u16* ps = s.Row(y);
-    u16* pd = d.Row(y);
-    for (int x = 0; x < d.width; ++x) {
-      const unsigned a = Get16(ps, x);
-      if (conditional) {
-        if ((a == 0) == where_zero) Put16(pd, x, c);
-      } else {
-        Put16(pd, x, Formula16(op, a, c, kDivImageConst));
+  WithPixelOp(op, [&](auto tag) {
+    constexpr int OP = decltype(tag)::value;
+    for (int y = 0; y < d.height; ++y) {
+      const u16* ps = s.Row(y);
+      u16* pd = d.Row(y);
+      for (int x = 0; x < d.width; ++x) {
+        const unsigned a = Get16(ps, x);
+        if constexpr (OP == ALO_SET_WHERE_ZERO || OP == ALO_SET_WHERE_NONZERO) {
+          if ((a == 0) == (OP == ALO_SET_WHERE_ZERO)) Put16(pd, x, c);
+        } else {
+          Put16(pd, x, Formula16(OP, a, c, kDivImageConst));
+        }
       }
     }
-  }
+  });
 }
 
 void ImageImage16(int op, const WordRows& a, const WordRows& b, const WordRows& d) {
-  const bool known = (op >= 2 && op <= 28) || op == 33;
-  if (!known) {
-    ESetError(E_ERROR_INTERNAL);
-    return;
-  }
-  const bool conditional = op == ALO_SET_WHERE_ZERO || op == ALO_SET_WHERE_NONZERO;
-  const bool where_zero = op == ALO_SET_WHERE_ZERO;
-  for (int y = 0; y < d.height; ++y) {
-    const u16* pa = a.Row(y);
-    const u16* pb = b.Row(y);
-    u16* pd = d.Row(y);
-    for (int x = 0; x < d.width; ++x) {
-      const unsigned va = Get16(pa, x), vb = Get16(pb, x);
-      if (conditional) {
-        if ((va == 0) == where_zero) Put16(pd, x, vb);
-      } else {
-        Put16(pd, x, Formula16(op, va, vb, kDivImageImage));
+  const bool known = WithPixelOp(op, [&](auto tag) {
+    constexpr int OP = decltype(tag)::value;
+    for (int y = 0; y < d.height; ++y) {
+      const u16* pa = a.Row(y);
+      const u16* pb = b.Row(y);
+      u16* pd = d.Row(y);
+      for (int x = 0; x < d.width; ++x) {
+        const unsigned va = Get16(pa, x), vb = Get16(pb, x);
+        if constexpr (OP == ALO_SET_WHERE_ZERO || OP == ALO_SET_WHERE_NONZERO) {
+          if ((va == 0) == (OP == ALO_SET_WHERE_ZERO)) Put16(pd, x, vb);
+        } else {
+          Put16(pd, x, Formula16(OP, va, vb, kDivImageImage));
+        }
       }
     }
-  }
+  });
+  if (!known) ESetError(E_ERROR_INTERNAL);
 }
 
 // ------------------------------------------------------------ plain copies
