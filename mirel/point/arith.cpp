@@ -427,63 +427,57 @@ void MixedC24(int op, bool grey_first, const ByteRows& grey, const ByteRows& col
     return;
   }
   const int width = static_cast<int>(d.bytes / 3);
-  if (op == ALO_OVERLAY) {
-    const EC24 overlay = EGetTLSPtr()->OverlayColor;
+  // Calls pixel(g, col, out) for every pixel: the grey value, and the
+  // colour source's and the destination's three bytes.
+  auto forEachPixel = [&](auto&& pixel) {
     for (int y = 0; y < d.height; ++y) {
       const u8* pg = grey.Row(y);
       const u8* pc = colour.Row(y);
       u8* pd = d.Row(y);
-      for (int x = 0; x < width; ++x) {
-        const u8 g = pg[x];
-        const u8* col = pc + 3 * x;
-        u8* out = pd + 3 * x;
-        if (grey_first) {
-          // b is the colour image: its non-black pixels, else the grey.
-          const bool any = (col[0] | col[1] | col[2]) != 0;
-          const u8 c0 = any ? col[0] : g, c1 = any ? col[1] : g, c2 = any ? col[2] : g;
-          out[0] = c0;
-          out[1] = c1;
-          out[2] = c2;
-        } else {
-          // b is the grey image: the overlay colour where it is non-zero.
-          const u8 c0 = g != 0 ? overlay.c[0] : col[0];
-          const u8 c1 = g != 0 ? overlay.c[1] : col[1];
-          const u8 c2 = g != 0 ? overlay.c[2] : col[2];
-          out[0] = c0;
-          out[1] = c1;
-          out[2] = c2;
-        }
-      }
+      for (int x = 0; x < width; ++x) pixel(pg[x], pc + 3 * x, pd + 3 * x);
     }
+  };
+  if (op == ALO_OVERLAY) {
+    const EC24 overlay = EGetTLSPtr()->OverlayColor;
+    forEachPixel([&](u8 g, const u8* col, u8* out) {
+      if (grey_first) {
+        // b is the colour image: its non-black pixels, else the grey.
+        const bool any = (col[0] | col[1] | col[2]) != 0;
+        const u8 c0 = any ? col[0] : g, c1 = any ? col[1] : g, c2 = any ? col[2] : g;
+        out[0] = c0;
+        out[1] = c1;
+        out[2] = c2;
+      } else {
+        // b is the grey image: the overlay colour where it is non-zero.
+        const u8 c0 = g != 0 ? overlay.c[0] : col[0];
+        const u8 c1 = g != 0 ? overlay.c[1] : col[1];
+        const u8 c2 = g != 0 ? overlay.c[2] : col[2];
+        out[0] = c0;
+        out[1] = c1;
+        out[2] = c2;
+      }
+    });
     return;
   }
   WithPixelOp(op, [&](auto tag) {
     constexpr int OP = decltype(tag)::value;
-    for (int y = 0; y < d.height; ++y) {
-      const u8* pg = grey.Row(y);
-      const u8* pc = colour.Row(y);
-      u8* pd = d.Row(y);
-      for (int x = 0; x < width; ++x) {
-        const u8 g = pg[x];
-        const u8* col = pc + 3 * x;
-        u8* out = pd + 3 * x;
-        u8 r[3];
-        bool write[3];
-        for (int k = 0; k < 3; ++k) {
-          const unsigned a = grey_first ? g : col[k];
-          const unsigned b = grey_first ? col[k] : g;
-          if constexpr (OP == ALO_SET_WHERE_ZERO || OP == ALO_SET_WHERE_NONZERO) {
-            write[k] = (a == 0) == (OP == ALO_SET_WHERE_ZERO);
-            r[k] = static_cast<u8>(b);
-          } else {
-            write[k] = true;
-            r[k] = static_cast<u8>(Formula8(OP, a, b));
-          }
+    forEachPixel([&](u8 g, const u8* col, u8* out) {
+      u8 r[3];
+      bool write[3];
+      for (int k = 0; k < 3; ++k) {
+        const unsigned a = grey_first ? g : col[k];
+        const unsigned b = grey_first ? col[k] : g;
+        if constexpr (OP == ALO_SET_WHERE_ZERO || OP == ALO_SET_WHERE_NONZERO) {
+          write[k] = (a == 0) == (OP == ALO_SET_WHERE_ZERO);
+          r[k] = static_cast<u8>(b);
+        } else {
+          write[k] = true;
+          r[k] = static_cast<u8>(Formula8(OP, a, b));
         }
-        for (int k = 0; k < 3; ++k)
-          if (write[k]) out[k] = r[k];
       }
-    }
+      for (int k = 0; k < 3; ++k)
+        if (write[k]) out[k] = r[k];
+    });
   });
 }
 
