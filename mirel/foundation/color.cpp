@@ -160,28 +160,28 @@ const Masks* FastMasks(const Masks& masks) {
 
 }  // namespace
 
-void ClrGetComponent(EROI<EC24>* source, EROI<EBW8>* plane, unsigned int component, EColorLookup* lookup) {
+void ClrGetComponent(const EROI<EC24>* source, EROI<EBW8>* plane, unsigned int component, const EColorLookup* lookup) {
   mirel::Frame frame("ClrGetComponent");
   if (!frame.NotVoid(source, plane) || !frame.SameSize(source, plane) ||
       !frame.Require(component <= 2, E_ERROR_BAD_ARGUMENT))
     return;
   const Masks masks(component);
   const Masks* fast = FastMasks(masks);
-  const auto in = mirel::RowsOf(static_cast<const EROI<EC24>*>(source));
+  const auto in = mirel::RowsOf(source);
   const auto out = mirel::RowsOf(plane);
   for (int y = 0; y < in.height; ++y)
     GetRow(reinterpret_cast<const unsigned char*>(in.Row(y)), reinterpret_cast<unsigned char*>(out.Row(y)),
            in.width, component, lookup, fast);
 }
 
-void ClrSetComponent(EROI<EBW8>* plane, EROI<EC24>* destination, unsigned int component) {
+void ClrSetComponent(const EROI<EBW8>* plane, EROI<EC24>* destination, unsigned int component) {
   mirel::Frame frame("ClrSetComponent");
   if (!frame.NotVoid(plane, destination) || !frame.SameSize(plane, destination) ||
       !frame.Require(component <= 2, E_ERROR_BAD_ARGUMENT))
     return;
   const Masks masks(component);
   const Masks* fast = FastMasks(masks);
-  const auto in = mirel::RowsOf(static_cast<const EROI<EBW8>*>(plane));
+  const auto in = mirel::RowsOf(plane);
   const auto out = mirel::RowsOf(destination);
   for (int y = 0; y < in.height; ++y)
     SetRow(reinterpret_cast<const unsigned char*>(in.Row(y)), reinterpret_cast<unsigned char*>(out.Row(y)),

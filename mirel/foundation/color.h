@@ -72,8 +72,8 @@ class MIREL_API EColorLookup : public EVectorTemplate<EC24> {
   int identity_fill_;
 };
 
-MIREL_API void ClrGetComponent(EROI<EC24>* source, EROI<EBW8>* plane, unsigned int component,
-                               EColorLookup* lookup);
-MIREL_API void ClrSetComponent(EROI<EBW8>* plane, EROI<EC24>* destination, unsigned int component);
+MIREL_API void ClrGetComponent(const EROI<EC24>* source, EROI<EBW8>* plane, unsigned int component,
+                               const EColorLookup* lookup);
+MIREL_API void ClrSetComponent(const EROI<EBW8>* plane, EROI<EC24>* destination, unsigned int component);
 
 #endif  // MIREL_FOUNDATION_COLOR_H_
