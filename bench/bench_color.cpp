@@ -8,27 +8,8 @@
 
 namespace {
 
-EImage<EC24>& ColourFrame() {
-  static EImage<EC24> image;
-  if (image.GetWidth() == 0) {
-    EImage<EBW8>& a = bench::Frame();
-    EImage<EBW8>& b = bench::Frame2();
-    image.SetSize(bench::kWidth, bench::kHeight);
-    for (int y = 0; y < bench::kHeight; ++y)
-      for (int x = 0; x < bench::kWidth; ++x) {
-        const unsigned char p = a.GetPixel(x, y), q = b.GetPixel(x, y);
-        image.SetPixel(EC24(p, q, static_cast<unsigned char>(p ^ q)), x, y);
-      }
-  }
-  return image;
-}
-
-#if defined(MIREL_BENCH_OPENCV)
-cv::Mat AsMat(EROI<EC24>& roi) {
-  return cv::Mat(roi.GetHeight(), roi.GetWidth(), CV_8UC3, roi.GetImagePtr(0, 0),
-                 static_cast<size_t>(roi.GetRowPitch()));
-}
-#endif
+using bench::AsMat;
+using bench::ColourFrame;
 
 void GetComponentMirel(benchmark::State& state) {
   EImage<EC24>& src = ColourFrame();

@@ -30,11 +30,17 @@ void MakeFrame(EImage<EBW8>& image, uint32_t seed = 1);
 // The standard frames, made once: two distinct frames and a result image.
 EImage<EBW8>& Frame();
 EImage<EBW8>& Frame2();
+// A 24-bit frame whose components are Frame(), Frame2() and their XOR.
+EImage<EC24>& ColourFrame();
 
 #if defined(MIREL_BENCH_OPENCV)
 // An OpenCV header over a MirelImage ROI's pixels (no copy).
 inline cv::Mat AsMat(EROI<EBW8>& roi) {
   return cv::Mat(roi.GetHeight(), roi.GetWidth(), CV_8UC1, roi.GetImagePtr(0, 0),
+                 static_cast<size_t>(roi.GetRowPitch()));
+}
+inline cv::Mat AsMat(EROI<EC24>& roi) {
+  return cv::Mat(roi.GetHeight(), roi.GetWidth(), CV_8UC3, roi.GetImagePtr(0, 0),
                  static_cast<size_t>(roi.GetRowPitch()));
 }
 #endif

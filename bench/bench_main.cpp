@@ -47,6 +47,21 @@ EImage<EBW8>& Frame2() {
   return image;
 }
 
+EImage<EC24>& ColourFrame() {
+  static EImage<EC24> image;
+  if (image.GetWidth() == 0) {
+    EImage<EBW8>& a = Frame();
+    EImage<EBW8>& b = Frame2();
+    image.SetSize(kWidth, kHeight);
+    for (int y = 0; y < kHeight; ++y)
+      for (int x = 0; x < kWidth; ++x) {
+        const unsigned char p = a.GetPixel(x, y), q = b.GetPixel(x, y);
+        image.SetPixel(EC24(p, q, static_cast<unsigned char>(p ^ q)), x, y);
+      }
+  }
+  return image;
+}
+
 }  // namespace bench
 
 int main(int argc, char** argv) {

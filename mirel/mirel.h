@@ -22,9 +22,12 @@
 #include "mirel/point/threshold.h"
 
 // Linear filtering.
+#include "mirel/filter/color_filters.h"
 #include "mirel/filter/convolution.h"
 #include "mirel/filter/fixed_filters.h"
 #include "mirel/filter/kernel.h"
+#include "mirel/filter/preset_filters.h"
+#include "mirel/filter/smoothing.h"
 
 // Histograms and automatic thresholds.
 #include "mirel/histogram/histogram.h"

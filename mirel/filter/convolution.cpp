@@ -299,7 +299,7 @@ bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith
 }
 
 // The fifteen-bit routines: checks, coefficients, then the window run.
-void FixedRoutine(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, bool symmetric,
+void FixedRoutine(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, bool symmetric,
                   const char* label) {
   EOk();
   src->CheckNotVoid();
@@ -344,7 +344,7 @@ void FixedRoutine(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, b
 
 // The eight-bit arithmetic (3x3, rectifier 2). The coefficients are kept in
 // 16 bits; the pixels that the fast form computes one by one keep them in 32.
-void EightBit(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void EightBit(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   Window w;
   PlainWindow(3, w);
   const float g = EffectiveGainOfTable(kernel->Gain, kernel->Data, 9);
@@ -410,7 +410,7 @@ void RectifyRun(const std::int32_t* v, int n, std::int64_t mode, std::int64_t ad
   }
 }
 
-void FloatPath(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void FloatPath(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   const int sx = kernel->SizeX, sy = kernel->SizeY;
   const int count = sx * sy;
   const Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
@@ -517,29 +517,29 @@ bool KernelFits(const EKernel* kernel) {
 
 }  // namespace
 
-void ConvolKernel3x3(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernel3x3(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 3, false, "ConvolKernel3x3");
 }
-void ConvolKernel5x5(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernel5x5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 5, false, "ConvolKernel5x5");
 }
-void ConvolKernel7x7(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernel7x7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 7, false, "ConvolKernel7x7");
 }
-void ConvolKernelS3xS3(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernelS3xS3(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 3, true, "ConvolKernelS3xS3");
 }
-void ConvolKernelS5xS5(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernelS5xS5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 5, true, "ConvolKernelS5xS5");
 }
-void ConvolKernelS7xS7(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernelS7xS7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 7, true, "ConvolKernelS7xS7");
 }
 
 }  // namespace filter
 }  // namespace mirel
 
-void ImgConvolKernel(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   using namespace mirel::filter;
   mirel::Frame frame("ImgConvolKernel BW8");
   if (!frame.SameSize(src, dst) || !frame.NotVoid(src, dst)) return;
@@ -559,7 +559,7 @@ void ImgConvolKernel(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   }
 }
 
-void ImgConvolSymmetricKernel(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   using namespace mirel::filter;
   mirel::Frame frame("ImgConvolSymmetricKernel");
   if (!frame.SameSize(src, dst) || !frame.NotVoid(src, dst)) return;

@@ -56,8 +56,8 @@
 #include "mirel/foundation/image.h"
 
 // Label "ImgConvolKernel BW8".
-MIREL_API void ImgConvolKernel(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+MIREL_API void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
 // Label "ImgConvolSymmetricKernel".
-MIREL_API void ImgConvolSymmetricKernel(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+MIREL_API void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
 
 #endif  // MIREL_FILTER_CONVOLUTION_H_

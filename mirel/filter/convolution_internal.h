@@ -16,12 +16,12 @@ namespace filter {
 // on the whole kernel (ConvolKernelNxN) or on one octant of a kernel that is
 // symmetric in both axes and the diagonal (ConvolKernelSNxSN). Each checks
 // src, dst and the kernel size and traces its own label on failure.
-void ConvolKernel3x3(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernel5x5(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernel7x7(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernelS3xS3(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernelS5xS5(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernelS7xS7(EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+void ConvolKernel3x3(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+void ConvolKernel5x5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+void ConvolKernel7x7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+void ConvolKernelS3xS3(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+void ConvolKernelS5xS5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+void ConvolKernelS7xS7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
 
 // ---------------------------------------------------------------- windows
 

@@ -1,0 +1,266 @@
+// Box and binomial smoothing of any window, local mean and local deviation.
+//
+// The sliding sums keep, for the current output row, the sum of each
+// column over the window's rows (and, for the deviation, of the squares).
+// Moving one row down adds the row entering the window and subtracts the
+// one leaving it. Along a row the window sum is a difference of prefix sums
+// of the column sums; positions left of the first column or right of the
+// last count that column's sum once each. All sums are 32-bit unsigned and
+// wrap, so a difference of prefix sums is exact whenever the window sum
+// itself fits 32 bits, and equals the wrapped sum otherwise. Each pixel
+// costs the same whatever the window.
+#include "mirel/filter/smoothing.h"
+
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "mirel/filter/alloc_internal.h"
+#include "mirel/filter/preset_filters.h"
+#include "mirel/filter/preset_filters_internal.h"
+#include "mirel/foundation/error.h"
+#include "mirel/foundation/frame_internal.h"
+#include "mirel/point/arith.h"
+
+namespace mirel {
+namespace filter {
+namespace {
+
+using Byte = std::uint8_t;
+using U32 = std::uint32_t;
+
+// Column sums (and sums of squares when squares is non-null) of the rows
+// clamp(y - ry) .. clamp(y + ry) of a view, for one output row y after
+// another. `sums` and `squares` hold width entries each.
+class ColumnSums {
+ public:
+  ColumnSums(const Rows<const EBW8>& view, long long ry, U32* sums, U32* squares)
+      : v_(view), ry_(ry), sums_(sums), squares_(squares) {}
+
+  // The window of output row y, from nothing.
+  void Start(int y) {
+    const std::size_t w = static_cast<std::size_t>(v_.width);
+    std::memset(sums_, 0, w * sizeof(U32));
+    if (squares_ != nullptr) std::memset(squares_, 0, w * sizeof(U32));
+    const long long lo = y - ry_, hi = y + ry_, last = v_.height - 1;
+    // Rows clamped onto the first or last row count once per position.
+    if (lo < 0) Add(0, static_cast<U32>(-lo));
+    if (hi > last) Add(v_.height - 1, static_cast<U32>(hi - last));
+    for (long long j = lo < 0 ? 0 : lo; j <= (hi < last ? hi : last); ++j) Add(static_cast<int>(j), 1);
+  }
+  // From the window of row y - 1 to that of row y.
+  void Step(int y) {
+    const int in = Clamp(y + ry_), out = Clamp(y - 1 - ry_);
+    if (in == out) return;
+    const Byte* a = Row(in);
+    const Byte* b = Row(out);
+    const int w = v_.width;
+    for (int x = 0; x < w; ++x) sums_[x] += static_cast<U32>(a[x]) - static_cast<U32>(b[x]);
+    if (squares_ != nullptr)
+      for (int x = 0; x < w; ++x)
+        squares_[x] += static_cast<U32>(a[x]) * a[x] - static_cast<U32>(b[x]) * b[x];
+  }
+
+ private:
+  int Clamp(long long j) const {
+    return static_cast<int>(j < 0 ? 0 : (j > v_.height - 1 ? v_.height - 1 : j));
+  }
+  const Byte* Row(int j) const { return reinterpret_cast<const Byte*>(v_.Row(j)); }
+  void Add(int j, U32 times) {
+    const Byte* a = Row(j);
+    const int w = v_.width;
+    for (int x = 0; x < w; ++x) sums_[x] += times * a[x];
+    if (squares_ != nullptr)
+      for (int x = 0; x < w; ++x) squares_[x] += times * (static_cast<U32>(a[x]) * a[x]);
+  }
+
+  Rows<const EBW8> v_;
+  long long ry_;
+  U32* sums_;
+  U32* squares_;
+};
+
+// prefix[x] = col[0] + ... + col[x - 1], for x in 0 .. width.
+void Prefix(const U32* col, int width, U32* prefix) {
+  U32 s = 0;
+  prefix[0] = 0;
+  for (int x = 0; x < width; ++x) prefix[x + 1] = s += col[x];
+}
+
+// The window sum at x of a row of column sums with the given prefix sums.
+inline U32 WindowSum(const U32* col, const U32* prefix, int width, long long rx, int x) {
+  const long long left = x - rx, right = x + rx, last = width - 1;
+  U32 s = prefix[(right < last ? right : last) + 1] - prefix[left > 0 ? left : 0];
+  if (left < 0) s += static_cast<U32>(-left) * col[0];
+  if (right > last) s += static_cast<U32>(right - last) * col[width - 1];
+  return s;
+}
+
+// The columns whose window stays in the row: [rx, width - rx).
+inline void Interior(int width, long long rx, int& x0, int& x1) {
+  x0 = rx < width ? static_cast<int>(rx) : width;
+  x1 = rx < width ? static_cast<int>(width - rx) : 0;
+  if (x1 < x0) x1 = x0;
+}
+
+// Buffers of a sliding worker, freed on every path.
+struct Buffers {
+  U32* sums = nullptr;
+  U32* squares = nullptr;
+  U32* prefix = nullptr;
+  U32* prefixSq = nullptr;
+  ~Buffers() {
+    Free(sums);
+    Free(squares);
+    Free(prefix);
+    Free(prefixSq);
+  }
+  bool Get(int width, bool withSquares) {
+    const std::size_t w = static_cast<std::size_t>(width);
+    sums = Allocate<U32>(w);
+    prefix = Allocate<U32>(w + 1);
+    if (withSquares) {
+      squares = Allocate<U32>(w);
+      prefixSq = Allocate<U32>(w + 1);
+    }
+    return sums != nullptr && prefix != nullptr && (!withSquares || (squares != nullptr && prefixSq != nullptr));
+  }
+};
+
+// Rows [y0, y1) of the sliding uniform filter; false when the buffers
+// cannot be had (nothing written then).
+bool UniformRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int rx, int ry, int y0, int y1) {
+  Buffers buf;
+  if (!buf.Get(s.width, false)) return false;
+  const U32 n = static_cast<U32>(2 * ry + 1) * static_cast<U32>(2 * rx + 1);
+  const U32 scale = 16777216u / n;
+  const int w = s.width;
+  int x0, x1;
+  Interior(w, rx, x0, x1);
+  ColumnSums cols(s, ry, buf.sums, nullptr);
+  for (int y = y0; y < y1; ++y) {
+    if (y == y0) cols.Start(y);
+    else cols.Step(y);
+    Prefix(buf.sums, w, buf.prefix);
+    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    const U32* p = buf.prefix;
+    auto pixel = [&](int x) { return static_cast<Byte>((WindowSum(buf.sums, p, w, rx, x) * scale) >> 24); };
+    for (int x = 0; x < x0; ++x) out[x] = pixel(x);
+    const U32* hi = p + 2 * rx + 1;
+    for (int x = x0; x < x1; ++x) out[x] = static_cast<Byte>(((hi[x - rx] - p[x - rx]) * scale) >> 24);
+    for (int x = x1 > x0 ? x1 : x0; x < w; ++x) out[x] = pixel(x);
+  }
+  return true;
+}
+
+// Rows [y0, y1) of the local deviation; false when the buffers cannot be had.
+bool DeviationRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, long long rx, long long ry, int y0,
+                   int y1) {
+  Buffers buf;
+  if (!buf.Get(s.width, true)) return false;
+  const U32 n = static_cast<U32>(2 * ry + 1) * static_cast<U32>(2 * rx + 1);
+  const double dn = static_cast<double>(n);
+  const int w = s.width;
+  ColumnSums cols(s, ry, buf.sums, buf.squares);
+  for (int y = y0; y < y1; ++y) {
+    if (y == y0) cols.Start(y);
+    else cols.Step(y);
+    Prefix(buf.sums, w, buf.prefix);
+    Prefix(buf.squares, w, buf.prefixSq);
+    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    for (int x = 0; x < w; ++x) {
+      const U32 a = WindowSum(buf.sums, buf.prefix, w, rx, x);
+      const U32 b = WindowSum(buf.squares, buf.prefixSq, w, rx, x);
+      const U32 v = n * b - a * a;
+      const double dev = std::sqrt(static_cast<double>(v)) / dn;
+      out[x] = dev >= 255.0 ? Byte{255} : static_cast<Byte>(dev);
+    }
+  }
+  return true;
+}
+
+bool SamePixels(const EROI<EBW8>* a, const EROI<EBW8>* b) {
+  return a == b || (SameImage(a, b) && a->GetTotalOrgX() == b->GetTotalOrgX() &&
+                    a->GetTotalOrgY() == b->GetTotalOrgY());
+}
+
+}  // namespace
+}  // namespace filter
+}  // namespace mirel
+
+namespace mirel {
+namespace filter {
+namespace {
+
+void Uniform(const char* label, EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::Frame frame(label);
+  if (halfY == UINT_MAX) halfY = halfX;
+  if (!frame.NotVoid(src)) return;
+  if (dst != nullptr && (!frame.NotVoid(dst) || !frame.SameSize(dst, src))) return;
+  const bool separate = dst != nullptr && !SamePixels(src, dst);
+  if (halfX == 0 && halfY == 0) {
+    if (separate) ImgCopy(src, dst);
+    return;
+  }
+  if (halfX <= 1 && halfY <= 1) {
+    if (halfX == 0) ConvolUniformY(src, dst);
+    else if (halfY == 0) ImgConvolUniformX(src, dst);
+    else ImgConvolUniform3x3(src, dst);
+    return;
+  }
+  if (!frame.Require(separate, E_ERROR_SAME_IMAGE)) return;
+  const int w = src->GetWidth(), h = src->GetHeight();
+  const int rx = halfX > static_cast<unsigned>(w - 1) ? w - 1 : static_cast<int>(halfX);
+  const int ry = halfY > static_cast<unsigned>(h - 1) ? h - 1 : static_cast<int>(halfY);
+  if (!UniformRows(mirel::RowsOf(static_cast<const EROI<EBW8>*>(src)), mirel::RowsOf(dst), rx,
+                                  ry, 0, h))
+    frame.Fail(E_ERROR_OUT_OF_MEMORY);
+}
+
+}  // namespace
+}  // namespace filter
+}  // namespace mirel
+
+void ImgConvolUniform(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::filter::Uniform("ImgConvolUniform", src, dst, halfX, halfY);
+}
+
+void ImgLocalAverage(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::filter::Uniform("ImgLocalAverage", src, dst, halfX, halfY);
+}
+
+void ImgConvolGaussian(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::Frame frame("ImgConvolGaussian");
+  if (halfY == UINT_MAX) halfY = halfX;
+  if (!frame.NotVoid(src)) return;
+  EROI<EBW8>* target = src;
+  if (dst != nullptr && !mirel::filter::SamePixels(src, dst)) {
+    if (!frame.NotVoid(dst) || !frame.SameSize(dst, src)) return;
+    if (halfX == 0 && halfY == 0) return;
+    if (halfX != 0 && halfY != 0) {
+      ImgConvolGaussian3x3(src, dst);
+      --halfX;
+      --halfY;
+    } else if (halfY != 0) {
+      ImgConvolGaussianY(src, dst);
+      --halfY;
+    } else {
+      ImgConvolGaussianX(src, dst);
+      --halfX;
+    }
+    if (!frame.Ok()) return;
+    target = dst;
+  }
+  for (; halfX != 0 && halfY != 0 && frame.Ok(); --halfX, --halfY) ImgConvolGaussian3x3(target, nullptr);
+  for (; halfY != 0 && frame.Ok(); --halfY) ImgConvolGaussianY(target, nullptr);
+  for (; halfX != 0 && frame.Ok(); --halfX) ImgConvolGaussianX(target, nullptr);
+}
+
+void ImgLocalDeviation(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, int halfY) {
+  mirel::Frame frame("ImgLocalDeviation");
+  if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst) || !frame.Require(halfY >= 0, E_ERROR_BAD_ARGUMENT))
+    return;
+  if (!mirel::filter::DeviationRows(mirel::RowsOf(src), mirel::RowsOf(dst), halfX, halfY, 0, src->GetHeight()))
+    frame.Fail(E_ERROR_OUT_OF_MEMORY);
+}
