@@ -19,6 +19,8 @@
 #include "mirel/filter/alloc_internal.h"
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/preset_filters_internal.h"
+#include "mirel/filter/smoothing_internal.h"
+#include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/point/arith.h"
@@ -30,13 +32,14 @@ namespace {
 using Byte = std::uint8_t;
 using U32 = std::uint32_t;
 
+
 // Column sums (and sums of squares when squares is non-null) of the rows
 // clamp(y - ry) .. clamp(y + ry) of a view, for one output row y after
 // another. `sums` and `squares` hold width entries each.
 class ColumnSums {
  public:
-  ColumnSums(const Rows<const EBW8>& view, long long ry, U32* sums, U32* squares)
-      : v_(view), ry_(ry), sums_(sums), squares_(squares) {}
+  ColumnSums(const Rows<const EBW8>& view, long long ry, U32* sums, U32* squares, const BoxRoutines& box)
+      : v_(view), ry_(ry), sums_(sums), squares_(squares), box_(box) {}
 
   // The window of output row y, from nothing.
   void Start(int y) {
@@ -56,10 +59,10 @@ class ColumnSums {
     const Byte* a = Row(in);
     const Byte* b = Row(out);
     const int w = v_.width;
-    for (int x = 0; x < w; ++x) sums_[x] += static_cast<U32>(a[x]) - static_cast<U32>(b[x]);
+    int x = box_.slide != nullptr ? box_.slide(sums_, a, b, w) : 0;
+    for (; x < w; ++x) sums_[x] += static_cast<U32>(a[x]) - static_cast<U32>(b[x]);
     if (squares_ != nullptr)
-      for (int x = 0; x < w; ++x)
-        squares_[x] += static_cast<U32>(a[x]) * a[x] - static_cast<U32>(b[x]) * b[x];
+      for (x = 0; x < w; ++x) squares_[x] += static_cast<U32>(a[x]) * a[x] - static_cast<U32>(b[x]) * b[x];
   }
 
  private:
@@ -79,7 +82,19 @@ class ColumnSums {
   long long ry_;
   U32* sums_;
   U32* squares_;
+  BoxRoutines box_;
 };
+
+// The block routines for the calling thread's fast-path setting; null
+// members when the pixel-by-pixel code must run.
+BoxRoutines ActiveBox() {
+  if (EGetMMX() == 0) return BoxRoutines{};
+#if defined(MIREL_X86_SIMD)
+  if (cpu::ActiveSimdLevel() >= cpu::kAVX2) return BoxAvx2();
+  if (cpu::ActiveSimdLevel() >= cpu::kSSE2) return BoxSse2();
+#endif
+  return BoxRoutines{};
+}
 
 // prefix[x] = col[0] + ... + col[x - 1], for x in 0 .. width.
 void Prefix(const U32* col, int width, U32* prefix) {
@@ -138,7 +153,8 @@ bool UniformRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int rx, int ry,
   const int w = s.width;
   int x0, x1;
   Interior(w, rx, x0, x1);
-  ColumnSums cols(s, ry, buf.sums, nullptr);
+  const BoxRoutines box = ActiveBox();
+  ColumnSums cols(s, ry, buf.sums, nullptr, box);
   for (int y = y0; y < y1; ++y) {
     if (y == y0) cols.Start(y);
     else cols.Step(y);
@@ -147,9 +163,14 @@ bool UniformRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int rx, int ry,
     const U32* p = buf.prefix;
     auto pixel = [&](int x) { return static_cast<Byte>((WindowSum(buf.sums, p, w, rx, x) * scale) >> 24); };
     for (int x = 0; x < x0; ++x) out[x] = pixel(x);
-    const U32* hi = p + 2 * rx + 1;
-    for (int x = x0; x < x1; ++x) out[x] = static_cast<Byte>(((hi[x - rx] - p[x - rx]) * scale) >> 24);
-    for (int x = x1 > x0 ? x1 : x0; x < w; ++x) out[x] = pixel(x);
+    // Between the ends the window is [x - rx, x + rx]: a difference of two
+    // prefix sums 2rx + 1 apart.
+    const U32* lo = p + (x0 - rx);
+    const U32* hi = lo + 2 * rx + 1;
+    Byte* o = out + x0;
+    int i = box.scale != nullptr ? box.scale(lo, hi, scale, o, x1 - x0) : 0;
+    for (; i < x1 - x0; ++i) o[i] = static_cast<Byte>(((hi[i] - lo[i]) * scale) >> 24);
+    for (int x = x1; x < w; ++x) out[x] = pixel(x);
   }
   return true;
 }
@@ -162,7 +183,7 @@ bool DeviationRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, long long rx,
   const U32 n = static_cast<U32>(2 * ry + 1) * static_cast<U32>(2 * rx + 1);
   const double dn = static_cast<double>(n);
   const int w = s.width;
-  ColumnSums cols(s, ry, buf.sums, buf.squares);
+  ColumnSums cols(s, ry, buf.sums, buf.squares, BoxRoutines{});
   for (int y = y0; y < y1; ++y) {
     if (y == y0) cols.Start(y);
     else cols.Step(y);

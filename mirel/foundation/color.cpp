@@ -157,6 +157,7 @@ void SetRow(const unsigned char* src, unsigned char* dst, int width, unsigned in
 // shuffle of one of three vectors.
 __attribute__((target("ssse3"))) int SplitBlocksSsse3(const unsigned char* src, unsigned char* const* planes,
                                                        int width, const Masks* m) {
+  unsigned char* const out[3] = {planes[0], planes[1], planes[2]};
   int x = 0;
   for (; x + 16 <= width; x += 16) {
     const unsigned char* p = src + 3 * x;
@@ -164,10 +165,10 @@ __attribute__((target("ssse3"))) int SplitBlocksSsse3(const unsigned char* src, 
                           _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16)),
                           _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 32))};
     for (int k = 0; k < 3; ++k) {
-      __m128i out = _mm_setzero_si128();
+      __m128i o = _mm_setzero_si128();
       for (int j = 0; j < 3; ++j)
-        out = _mm_or_si128(out, _mm_shuffle_epi8(v[j], _mm_load_si128(reinterpret_cast<const __m128i*>(m[k].get[j]))));
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(planes[k] + x), out);
+        o = _mm_or_si128(o, _mm_shuffle_epi8(v[j], _mm_load_si128(reinterpret_cast<const __m128i*>(m[k].get[j]))));
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(out[k] + x), o);
     }
   }
   return x;
@@ -175,11 +176,12 @@ __attribute__((target("ssse3"))) int SplitBlocksSsse3(const unsigned char* src, 
 
 __attribute__((target("ssse3"))) int MergeBlocksSsse3(const unsigned char* const* planes, unsigned char* dst,
                                                        int width, const Masks* m) {
+  const unsigned char* const in[3] = {planes[0], planes[1], planes[2]};
   int x = 0;
   for (; x + 16 <= width; x += 16) {
-    const __m128i v[3] = {_mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[0] + x)),
-                          _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[1] + x)),
-                          _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes[2] + x))};
+    const __m128i v[3] = {_mm_loadu_si128(reinterpret_cast<const __m128i*>(in[0] + x)),
+                          _mm_loadu_si128(reinterpret_cast<const __m128i*>(in[1] + x)),
+                          _mm_loadu_si128(reinterpret_cast<const __m128i*>(in[2] + x))};
     for (int j = 0; j < 3; ++j) {
       __m128i out = _mm_setzero_si128();
       for (int k = 0; k < 3; ++k)

@@ -1,0 +1,28 @@
+// Block routines of the sliding-sum filters, one set per instruction set.
+// Each does whole blocks from the start of its range and returns how many
+// elements it did; the caller finishes the rest one by one.
+#ifndef MIREL_FILTER_SMOOTHING_INTERNAL_H_
+#define MIREL_FILTER_SMOOTHING_INTERNAL_H_
+
+#include <cstdint>
+
+namespace mirel {
+namespace filter {
+
+struct BoxRoutines {
+  // sums[x] += in[x] - out[x] (wrapping), for x in [0, n).
+  int (*slide)(std::uint32_t* sums, const std::uint8_t* in, const std::uint8_t* out, int n);
+  // dst[i] = ((hi[i] - lo[i]) * scale) >> 24, for i in [0, n); the product
+  // fits 32 bits.
+  int (*scale)(const std::uint32_t* lo, const std::uint32_t* hi, std::uint32_t scale, std::uint8_t* dst, int n);
+};
+
+#if defined(MIREL_X86_SIMD)
+BoxRoutines BoxSse2();
+BoxRoutines BoxAvx2();
+#endif
+
+}  // namespace filter
+}  // namespace mirel
+
+#endif  // MIREL_FILTER_SMOOTHING_INTERNAL_H_
