@@ -26,23 +26,26 @@ namespace mirel {
 namespace filter {
 namespace presets {
 
-template <class Isa, Preset K>
+template <class Isa, Preset K, int S>
 int RowOf(const std::uint8_t* t, const std::uint8_t* m, const std::uint8_t* b, std::uint8_t* out,
           int x0, int x1) {
   using V = typename Isa::V;
   return blocks::Blocks<Isa::kLanes>(x0, x1, [&](int x) {
-    const Window3<V> w{Isa::Load(t + x - 1), Isa::Load(t + x), Isa::Load(t + x + 1),
-                       Isa::Load(m + x - 1), Isa::Load(m + x), Isa::Load(m + x + 1),
-                       Isa::Load(b + x - 1), Isa::Load(b + x), Isa::Load(b + x + 1)};
+    const Window3<V> w{Isa::Load(t + x - S), Isa::Load(t + x), Isa::Load(t + x + S),
+                       Isa::Load(m + x - S), Isa::Load(m + x), Isa::Load(m + x + S),
+                       Isa::Load(b + x - S), Isa::Load(b + x), Isa::Load(b + x + S)};
     Isa::Store(out + x, Evaluate<K, Isa>(w));
   });
 }
 
 template <class Isa>
-int Row(Preset kind, const std::uint8_t* t, const std::uint8_t* m, const std::uint8_t* b,
+int Row(Preset kind, int step, const std::uint8_t* t, const std::uint8_t* m, const std::uint8_t* b,
         std::uint8_t* out, int x0, int x1) {
   int done = x0;
-  WithPreset(kind, [&](auto k) { done = RowOf<Isa, decltype(k)::value>(t, m, b, out, x0, x1); });
+  WithPreset(kind, [&](auto k) {
+    done = step == 1 ? RowOf<Isa, decltype(k)::value, 1>(t, m, b, out, x0, x1)
+                     : RowOf<Isa, decltype(k)::value, 3>(t, m, b, out, x0, x1);
+  });
   return done;
 }
 

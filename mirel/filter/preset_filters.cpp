@@ -16,7 +16,6 @@
 
 #include "mirel/filter/alloc_internal.h"
 #include "mirel/filter/preset_filters_internal.h"
-#include "mirel/foundation/color_route_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
@@ -53,14 +52,17 @@ struct ScalarOps {
   static int Mul(int a) { return a * K; }
 };
 
-// Pixels x in [x0, x1) one by one, columns clamped to the row. Pixels in
+// A row is `n` bytes in which a pixel's neighbours lie S bytes to either
+// side: S = 1 on grey rows, S = 3 on colour rows, whose three components
+// are filtered side by side as three separate images.
+//
+// Bytes x in [x0, x1) one by one, neighbours clamped to the row. Bytes in
 // [s0, s1) lie in blocks of the fast path and saturate; the others keep the
 // low eight bits (the two differ only for the one-dimensional Laplacians).
-template <Preset K>
-void Pixels(const Byte* t, const Byte* m, const Byte* b, Byte* out, int width, int x0, int x1, int s0,
-            int s1) {
+template <Preset K, int S>
+void Pixels(const Byte* t, const Byte* m, const Byte* b, Byte* out, int n, int x0, int x1, int s0, int s1) {
   for (int x = x0; x < x1; ++x) {
-    const int l = x > 0 ? x - 1 : 0, r = x + 1 < width ? x + 1 : width - 1;
+    const int l = x >= S ? x - S : x, r = x + S < n ? x + S : x;
     const int v = Evaluate<K, ScalarOps>({t[l], t[x], t[r], m[l], m[x], m[r], b[l], b[x], b[r]});
     if constexpr (SplitsAtBlocks(K))
       out[x] = (x >= s0 && x < s1 && v > 255) ? Byte{255} : static_cast<Byte>(v);
@@ -69,44 +71,48 @@ void Pixels(const Byte* t, const Byte* m, const Byte* b, Byte* out, int width, i
   }
 }
 
-template <Preset K>
-void FilterRow(const Byte* t, const Byte* m, const Byte* b, Byte* out, int width, PresetRowFn blocks) {
+template <Preset K, int S>
+void FilterRow(const Byte* t, const Byte* m, const Byte* b, Byte* out, int n, PresetRowFn blocks) {
   if (blocks == nullptr) {
-    Pixels<K>(t, m, b, out, width, 0, width, 0, 0);
+    Pixels<K, S>(t, m, b, out, n, 0, n, 0, 0);
     return;
   }
   // The stretch the blocks cover: for the kinds whose blocks saturate, the
   // whole 8-pixel groups from the first 8-byte aligned destination address
-  // on (none when the row is too short for one); for the others, every
-  // column whose window stays in the row.
-  int s0 = 1, s1 = width - 1;
+  // on (none when the row is too short for one); a colour component is
+  // filtered as a plane of its own, whose rows are 64-byte aligned, so its
+  // groups start at the first pixel. For the other kinds: every byte whose
+  // window stays in the row.
+  int s0 = S, s1 = n - S;
   if constexpr (SplitsAtBlocks(K)) {
-    const int head = static_cast<int>((8 - (reinterpret_cast<std::uintptr_t>(out) & 7)) & 7);
+    const int pixels = n / S;
+    const int head = S == 1 ? static_cast<int>((8 - (reinterpret_cast<std::uintptr_t>(out) & 7)) & 7) : 0;
     s0 = s1 = 0;
-    if (width - head >= 8) {
-      s0 = head;
-      s1 = head + ((width - head) & ~7);
+    if (pixels - head >= 8) {
+      s0 = S * head;
+      s1 = S * (head + ((pixels - head) & ~7));
     }
   }
-  const int lo = s0 > 1 ? s0 : 1, hi = s1 < width - 1 ? s1 : width - 1;
+  const int lo = s0 > S ? s0 : S, hi = s1 < n - S ? s1 : n - S;
   if (lo >= hi) {
-    Pixels<K>(t, m, b, out, width, 0, width, s0, s1);
+    Pixels<K, S>(t, m, b, out, n, 0, n, s0, s1);
     return;
   }
-  Pixels<K>(t, m, b, out, width, 0, lo, s0, s1);
-  const int done = blocks(K, t, m, b, out, lo, hi);
-  Pixels<K>(t, m, b, out, width, done, width, s0, s1);
+  Pixels<K, S>(t, m, b, out, n, 0, lo, s0, s1);
+  const int done = blocks(K, S, t, m, b, out, lo, hi);
+  Pixels<K, S>(t, m, b, out, n, done, n, s0, s1);
 }
 
-// Rows [y0, y1) of a separate destination with the replicated frame.
-template <Preset K>
+// Rows [y0, y1) of a separate destination with the replicated frame; the
+// views' widths are in bytes.
+template <Preset K, int S>
 void ReplicatedRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int y0, int y1, PresetRowFn blocks) {
   const int h = s.height;
   for (int y = y0; y < y1; ++y) {
     const Byte* t = reinterpret_cast<const Byte*>(s.Row(y > 0 ? y - 1 : 0));
     const Byte* m = reinterpret_cast<const Byte*>(s.Row(y));
     const Byte* b = reinterpret_cast<const Byte*>(s.Row(y + 1 < h ? y + 1 : h - 1));
-    FilterRow<K>(t, m, b, reinterpret_cast<Byte*>(d.Row(y)), s.width, blocks);
+    FilterRow<K, S>(t, m, b, reinterpret_cast<Byte*>(d.Row(y)), s.width, blocks);
   }
 }
 
@@ -142,15 +148,15 @@ void ZeroFrameRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int y0, int y
       continue;
     }
     out[0] = ZeroFramePixel<K>(s, 0, y);
-    Pixels<K>(reinterpret_cast<const Byte*>(s.Row(y - 1)), reinterpret_cast<const Byte*>(s.Row(y)),
+    Pixels<K, 1>(reinterpret_cast<const Byte*>(s.Row(y - 1)), reinterpret_cast<const Byte*>(s.Row(y)),
               reinterpret_cast<const Byte*>(s.Row(y + 1)), out, w, 1, w - 1, 0, 0);
     out[w - 1] = ZeroFramePixel<K>(s, w - 1, y);
   }
 }
 
-// In place on one ROI; false when the row copies cannot be had (nothing is
-// written then).
-template <Preset K>
+// In place on one ROI (width in bytes); false when the row copies cannot be
+// had (nothing is written then).
+template <Preset K, int S>
 bool InPlaceRows(const Rows<EBW8>& img, PresetRowFn blocks) {
   const int w = img.width, h = img.height;
   Byte* prev = Allocate<Byte>(static_cast<std::size_t>(w));
@@ -165,7 +171,7 @@ bool InPlaceRows(const Rows<EBW8>& img, PresetRowFn blocks) {
     std::memcpy(cur, row, static_cast<std::size_t>(w));
     const Byte* t = y > 0 ? prev : cur;
     const Byte* b = y + 1 < h ? reinterpret_cast<const Byte*>(img.Row(y + 1)) : cur;
-    FilterRow<K>(t, cur, b, row, w, blocks);
+    FilterRow<K, S>(t, cur, b, row, w, blocks);
     std::swap(prev, cur);
   }
   Free(prev);
@@ -205,7 +211,7 @@ void RunPreset(Preset kind, EROI<EBW8>* src, EROI<EBW8>* dst, const Labels& labe
   WithPreset(kind, [&](auto k) {
     constexpr Preset K = decltype(k)::value;
     if (inPlace) {
-      if (InPlaceRows<K>(RowsOf(src), blocks)) return;
+      if (InPlaceRows<K, 1>(RowsOf(src), blocks)) return;
       frame.Fail(E_ERROR_OUT_OF_MEMORY);
       const char* inner = blocks != nullptr ? labels.fastRowBuffer : labels.scalarRowBuffer;
       if (inner != nullptr) ETraceError(inner);
@@ -219,7 +225,7 @@ void RunPreset(Preset kind, EROI<EBW8>* src, EROI<EBW8>* dst, const Labels& labe
         return;
       }
     }
-    ReplicatedRows<K>(s, d, 0, s.height, blocks);
+    ReplicatedRows<K, 1>(s, d, 0, s.height, blocks);
   });
 }
 
@@ -246,12 +252,20 @@ void RobertsRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int y0, int y1)
 
 bool PresetByComponent(Preset kind, const EROI<EC24>* src, EROI<EC24>* target) {
   const PresetRowFn blocks = ActivePresetRow();
-  bool ok = false;
+  // The rows as bytes: three components side by side.
+  const Rows<const EBW8> s{reinterpret_cast<const EBW8*>(src->GetImagePtr(0, 0)), src->GetRowPitch(),
+                           3 * src->GetWidth(), src->GetHeight()};
+  const Rows<EBW8> d{reinterpret_cast<EBW8*>(target->GetImagePtr(0, 0)), target->GetRowPitch(),
+                     3 * target->GetWidth(), target->GetHeight()};
+  const bool inPlace = SameImage(src, target) && src->GetTotalOrgX() == target->GetTotalOrgX() &&
+                       src->GetTotalOrgY() == target->GetTotalOrgY();
+  bool ok = true;
   WithPreset(kind, [&](auto k) {
-    ok = RowsByComponent(src, target, [&](const Byte* t, const Byte* m, const Byte* b, Byte* out, int w) {
-      FilterRow<decltype(k)::value>(t, m, b, out, w, blocks);
-    });
+    constexpr Preset K = decltype(k)::value;
+    if (inPlace) ok = InPlaceRows<K, 3>(d, blocks);
+    else ReplicatedRows<K, 3>(s, d, 0, s.height, blocks);
   });
+  if (!ok) ESetError(E_ERROR_OUT_OF_MEMORY);
   return ok;
 }
 

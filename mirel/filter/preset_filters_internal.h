@@ -99,11 +99,12 @@ inline void WithPreset(Preset k, F&& f) {
   }
 }
 
-// Computes the outputs x in [x0, x1) of one row by blocks, saturating each
-// at 255, and returns the first x not done (x0 when the stretch is shorter
-// than a block). Reads columns x0 - 1 .. x1 of the three rows, so
-// 1 <= x0 and x1 <= width - 1.
-using PresetRowFn = int (*)(Preset kind, const std::uint8_t* t, const std::uint8_t* m,
+// Computes the outputs x in [x0, x1) of one row of bytes by blocks,
+// saturating each at 255, and returns the first x not done (x0 when the
+// stretch is shorter than a block). A pixel's neighbours lie `step` bytes
+// (1 or 3) to either side, so bytes x0 - step .. x1 - 1 + step of the three
+// rows are read and must lie in the row.
+using PresetRowFn = int (*)(Preset kind, int step, const std::uint8_t* t, const std::uint8_t* m,
                             const std::uint8_t* b, std::uint8_t* out, int x0, int x1);
 
 #if defined(MIREL_X86_SIMD)
@@ -116,9 +117,11 @@ PresetRowFn PresetRowAvx512();
 // the pixel-by-pixel forms must run.
 PresetRowFn ActivePresetRow();
 
-// Filters each component of an EC24 image with a preset, as the in-place
-// form does on a plane (the replicated frame), row by row. target may be
-// src. False (with 1303 standing) when the row buffers cannot be had.
+// Filters each component of an EC24 image with a preset, giving what the
+// in-place form gives on each component's plane (the replicated frame): the
+// three components are filtered side by side in the interleaved rows.
+// target may be src. False (with 1303 standing) when the row copies of the
+// in-place form cannot be had.
 bool PresetByComponent(Preset kind, const EROI<EC24>* src, EROI<EC24>* target);
 
 }  // namespace filter

@@ -66,10 +66,10 @@ struct Masks {
   // Get: byte i of the plane comes from byte get[j][i] of source vector j.
   // Set: byte l of destination vector j takes plane byte set[j][l] where
   // keep[j][l] is 0, and keeps its own where keep[j][l] is 0xFF.
-  alignas(16) unsigned char get[3][16] = {};
-  alignas(16) unsigned char set[3][16] = {};
-  alignas(16) unsigned char keep[3][16] = {};
-  explicit constexpr Masks(unsigned int k) {
+  alignas(16) unsigned char get[3][16];
+  alignas(16) unsigned char set[3][16];
+  alignas(16) unsigned char keep[3][16];
+  explicit Masks(unsigned int k) {
     for (int j = 0; j < 3; ++j)
       for (int l = 0; l < 16; ++l) {
         const int b = 3 * l + static_cast<int>(k);  // source byte of plane pixel l
@@ -152,47 +152,6 @@ void SetRow(const unsigned char* src, unsigned char* dst, int width, unsigned in
   for (; x < width; ++x) dst[3 * x + k] = src[x];
 }
 
-#if defined(MIREL_X86_SIMD)
-// Sixteen pixels at a time: every plane byte and every colour byte is one
-// shuffle of one of three vectors.
-__attribute__((target("ssse3"))) int SplitBlocksSsse3(const unsigned char* src, unsigned char* const* planes,
-                                                       int width, const Masks* m) {
-  unsigned char* const out[3] = {planes[0], planes[1], planes[2]};
-  int x = 0;
-  for (; x + 16 <= width; x += 16) {
-    const unsigned char* p = src + 3 * x;
-    const __m128i v[3] = {_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)),
-                          _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16)),
-                          _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 32))};
-    for (int k = 0; k < 3; ++k) {
-      __m128i o = _mm_setzero_si128();
-      for (int j = 0; j < 3; ++j)
-        o = _mm_or_si128(o, _mm_shuffle_epi8(v[j], _mm_load_si128(reinterpret_cast<const __m128i*>(m[k].get[j]))));
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(out[k] + x), o);
-    }
-  }
-  return x;
-}
-
-__attribute__((target("ssse3"))) int MergeBlocksSsse3(const unsigned char* const* planes, unsigned char* dst,
-                                                       int width, const Masks* m) {
-  const unsigned char* const in[3] = {planes[0], planes[1], planes[2]};
-  int x = 0;
-  for (; x + 16 <= width; x += 16) {
-    const __m128i v[3] = {_mm_loadu_si128(reinterpret_cast<const __m128i*>(in[0] + x)),
-                          _mm_loadu_si128(reinterpret_cast<const __m128i*>(in[1] + x)),
-                          _mm_loadu_si128(reinterpret_cast<const __m128i*>(in[2] + x))};
-    for (int j = 0; j < 3; ++j) {
-      __m128i out = _mm_setzero_si128();
-      for (int k = 0; k < 3; ++k)
-        out = _mm_or_si128(out, _mm_shuffle_epi8(v[k], _mm_load_si128(reinterpret_cast<const __m128i*>(m[k].set[j]))));
-      _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 3 * x + 16 * j), out);
-    }
-  }
-  return x;
-}
-#endif
-
 // The masks when the fast path may run on this call, else null.
 const Masks* FastMasks(const Masks& masks) {
   if (EGetMMX() == 0 || mirel::cpu::ActiveSimdLevel() < mirel::cpu::kSSE2) return nullptr;
@@ -228,33 +187,3 @@ void ClrSetComponent(const EROI<EBW8>* plane, EROI<EC24>* destination, unsigned 
     SetRow(reinterpret_cast<const unsigned char*>(in.Row(y)), reinterpret_cast<unsigned char*>(out.Row(y)),
            in.width, component, fast);
 }
-
-namespace mirel {
-namespace detail {
-
-namespace {
-// Built by the compiler: the library has no objects to construct at load.
-constexpr Masks kAllMasks[3] = {Masks(0), Masks(1), Masks(2)};
-bool FastSplit() { return EGetMMX() != 0 && mirel::cpu::ActiveSimdLevel() >= mirel::cpu::kSSE2; }
-}  // namespace
-
-void SplitRowC24(const unsigned char* src, unsigned char* const planes[3], int width) {
-  int x = 0;
-#if defined(MIREL_X86_SIMD)
-  if (FastSplit()) x = SplitBlocksSsse3(src, planes, width, kAllMasks);
-#endif
-  for (; x < width; ++x)
-    for (int k = 0; k < 3; ++k) planes[k][x] = src[3 * x + k];
-}
-
-void MergeRowC24(const unsigned char* const planes[3], unsigned char* dst, int width) {
-  int x = 0;
-#if defined(MIREL_X86_SIMD)
-  if (FastSplit()) x = MergeBlocksSsse3(planes, dst, width, kAllMasks);
-#endif
-  for (; x < width; ++x)
-    for (int k = 0; k < 3; ++k) dst[3 * x + k] = planes[k][x];
-}
-
-}  // namespace detail
-}  // namespace mirel
