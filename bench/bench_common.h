@@ -32,6 +32,9 @@ EImage<EBW8>& Frame();
 EImage<EBW8>& Frame2();
 // A 24-bit frame whose components are Frame(), Frame2() and their XOR.
 EImage<EC24>& ColourFrame();
+// Result images of the frame's size, made once.
+EImage<EBW8>& Out();
+EImage<EC24>& ColourOut();
 
 #if defined(MIREL_BENCH_OPENCV)
 // An OpenCV header over a MirelImage ROI's pixels (no copy).

@@ -7,10 +7,7 @@
 
 namespace {
 
-EImage<EBW8>& Out() {
-  static EImage<EBW8> image(bench::kWidth, bench::kHeight);
-  return image;
-}
+using bench::Out;
 
 // A 3x3 sharpening kernel (rectifier 2: the 8-bit fixed-point arithmetic).
 EKernel& Kernel3() {

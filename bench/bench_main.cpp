@@ -62,6 +62,16 @@ EImage<EC24>& ColourFrame() {
   return image;
 }
 
+EImage<EBW8>& Out() {
+  static EImage<EBW8> image(kWidth, kHeight);
+  return image;
+}
+
+EImage<EC24>& ColourOut() {
+  static EImage<EC24> image(kWidth, kHeight);
+  return image;
+}
+
 }  // namespace bench
 
 int main(int argc, char** argv) {

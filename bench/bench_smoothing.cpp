@@ -8,14 +8,8 @@
 
 namespace {
 
-EImage<EBW8>& Out() {
-  static EImage<EBW8> image(bench::kWidth, bench::kHeight);
-  return image;
-}
-EImage<EC24>& ColourOut() {
-  static EImage<EC24> image(bench::kWidth, bench::kHeight);
-  return image;
-}
+using bench::Out;
+using bench::ColourOut;
 
 template <void (*F)(EROI<EBW8>*, EROI<EBW8>*)>
 void Preset(benchmark::State& state) {

@@ -14,11 +14,6 @@ namespace mirel {
 namespace filter {
 namespace {
 
-bool SamePixels(const EROI<EC24>* a, const EROI<EC24>* b) {
-  return a == b || (SameImage(a, b) && a->GetTotalOrgX() == b->GetTotalOrgX() &&
-                    a->GetTotalOrgY() == b->GetTotalOrgY());
-}
-
 // One plane per component, filtered in place; a null dst writes src.
 template <class Grey>
 void OnePlane(const char* label, EROI<EC24>* src, EROI<EC24>* dst, Grey&& grey) {

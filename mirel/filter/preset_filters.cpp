@@ -185,12 +185,6 @@ struct Labels {
   const char* fastRowBuffer = nullptr;    // copy cannot be had
 };
 
-bool SamePixels(const EROI<EBW8>* a, const EROI<EBW8>* b) {
-  return a == b || (SameImage(a, b) && a->GetTotalOrgX() == b->GetTotalOrgX() &&
-                    a->GetTotalOrgY() == b->GetTotalOrgY() && a->GetWidth() == b->GetWidth() &&
-                    a->GetHeight() == b->GetHeight());
-}
-
 constexpr bool HasZeroFrame(Preset k) {
   switch (k) {
     case Preset::kSobelX: case Preset::kSobelY: case Preset::kSobel: case Preset::kPrewittY:
@@ -257,8 +251,7 @@ bool PresetByComponent(Preset kind, const EROI<EC24>* src, EROI<EC24>* target) {
                            3 * src->GetWidth(), src->GetHeight()};
   const Rows<EBW8> d{reinterpret_cast<EBW8*>(target->GetImagePtr(0, 0)), target->GetRowPitch(),
                      3 * target->GetWidth(), target->GetHeight()};
-  const bool inPlace = SameImage(src, target) && src->GetTotalOrgX() == target->GetTotalOrgX() &&
-                       src->GetTotalOrgY() == target->GetTotalOrgY();
+  const bool inPlace = SamePixels(src, target);
   bool ok = true;
   WithPreset(kind, [&](auto k) {
     constexpr Preset K = decltype(k)::value;

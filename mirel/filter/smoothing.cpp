@@ -201,11 +201,6 @@ bool DeviationRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, long long rx,
   return true;
 }
 
-bool SamePixels(const EROI<EBW8>* a, const EROI<EBW8>* b) {
-  return a == b || (SameImage(a, b) && a->GetTotalOrgX() == b->GetTotalOrgX() &&
-                    a->GetTotalOrgY() == b->GetTotalOrgY());
-}
-
 }  // namespace
 }  // namespace filter
 }  // namespace mirel
@@ -256,7 +251,7 @@ void ImgConvolGaussian(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, uns
   if (halfY == UINT_MAX) halfY = halfX;
   if (!frame.NotVoid(src)) return;
   EROI<EBW8>* target = src;
-  if (dst != nullptr && !mirel::filter::SamePixels(src, dst)) {
+  if (dst != nullptr && !mirel::SamePixels(src, dst)) {
     if (!frame.NotVoid(dst) || !frame.SameSize(dst, src)) return;
     if (halfX == 0 && halfY == 0) return;
     if (halfX != 0 && halfY != 0) {

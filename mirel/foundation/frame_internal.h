@@ -115,6 +115,14 @@ inline bool SameImage(const EGenericROI* a, const EGenericROI* b) {
   return a->GetTopParent() == b->GetTopParent();
 }
 
+// True when two ROIs cover the same pixels: the same image, origin and size
+// (an operation given such a pair works in place).
+inline bool SamePixels(const EGenericROI* a, const EGenericROI* b) {
+  return a == b || (SameImage(a, b) && a->GetTotalOrgX() == b->GetTotalOrgX() &&
+                    a->GetTotalOrgY() == b->GetTotalOrgY() && a->GetWidth() == b->GetWidth() &&
+                    a->GetHeight() == b->GetHeight());
+}
+
 // True when two ROIs lie on the same image and share at least one pixel.
 inline bool Overlap(const EGenericROI* a, const EGenericROI* b) {
   if (!SameImage(a, b)) return false;
