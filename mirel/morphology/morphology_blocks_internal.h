@@ -149,15 +149,18 @@ void Cross(const T* a, const T* b, const T* c, T* out, int w) {
 }
 
 // out[i] = op(a[i], b[i]) for i in [0, n), in increasing i. out may be a
-// while b lies behind it (b = a + s, s > 0): every block reads before it
-// writes and no block is done twice.
+// or b itself: a last stretch shorter than a block is then done again by an
+// overlapping block, which gives the same values since the operations are
+// idempotent. out may also be a while b lies ahead of it in the same row
+// (b = a + s, s > 0) provided n is a multiple of 64 bytes: every block then
+// reads before it writes and none is done twice.
 template <class Isa, class T, int kOp>
 void Pair(const T* a, const T* b, T* out, int n) {
   int x = 0;
   if constexpr (Isa::kBytes > 0) {
-    constexpr int B = Lanes<Isa, T>();
-    for (; x + B <= n; x += B)
-      Isa::Store(out + x, Isa::template Apply<T, kOp>(Isa::Load(a + x), Isa::Load(b + x)));
+    x = Blocks<Lanes<Isa, T>()>(0, n, [&](int i) {
+      Isa::Store(out + i, Isa::template Apply<T, kOp>(Isa::Load(a + i), Isa::Load(b + i)));
+    });
   }
   for (; x < n; ++x) out[x] = Op<T, kOp>(a[x], b[x]);
 }

@@ -155,6 +155,9 @@ namespace testing {
 // instead of the passes; 0 restores the library's choice, and a very large
 // value forces the passes. Per thread.
 MIREL_API void SetRunningBoxFrom(int from);
+// Bytes of cache that the running box may take to do rows and columns in one
+// walk; 0 restores the library's choice, 1 forces two walks. Per thread.
+MIREL_API void SetRunningBoxBudget(int bytes);
 }  // namespace testing
 }  // namespace mirel
 

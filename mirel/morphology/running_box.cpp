@@ -17,9 +17,13 @@
 //   segment, prefix extrema G from its first row down and suffix extrema H
 //   from its last row up; the window that starts at padded row y ends in
 //   the same or the next segment and is op(H[y], G[y + L - 1]). Three
-//   operations per pixel, whatever L. Rows are done in strips of columns
-//   whose segments stay in cache, and a segment is read before the rows of
+//   operations per pixel, whatever L. A segment is read before the rows of
 //   the segment ahead of it are written, so the pass runs in place.
+//
+// When four segments of whole rows fit in cache, the rows of a segment are
+// windowed as it is read and the image is read and written once. Otherwise
+// the rows run as one walk into the destination and the columns as a second
+// walk, in strips of columns whose segments stay in cache.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -34,6 +38,11 @@ namespace mirel {
 namespace morphology {
 
 namespace {
+
+// Past this many bytes of segments the rows and the columns run as two
+// walks, the columns in strips.
+constexpr std::size_t kFusedBudget = std::size_t{4} << 20;
+thread_local std::size_t tFusedBudget = 0;
 
 template <class T>
 T Identity(int op) {
@@ -55,29 +64,94 @@ T* RowAt(T* base, std::ptrdiff_t pitch, int y) {
   return reinterpret_cast<T*>(reinterpret_cast<Byte*>(base) + pitch * y);
 }
 
+// Elements of slack behind a doubling buffer: the doubling steps run over
+// whole multiples of 64 bytes, so no step has a tail.
+constexpr int kSlack = 64;
+
+inline int RoundUp64(int n, int size) {
+  const int per = 64 / size;
+  return (n + per - 1) / per * per;
+}
+
+// One row: the window of 2 hw + 1 pixels by doubling a padded copy in buf
+// (w + 2 hw + kSlack elements), into out. in and out may be the same row.
+template <class T>
+void WindowRow(int op, const T* in, T* out, int w, int hw, T* buf, const RowKernels<T>& k) {
+  const T id = Identity<T>(op);
+  const int n = w + 2 * hw, len = 2 * hw + 1;
+  std::fill(buf, buf + hw, id);
+  std::memcpy(buf + hw, in, static_cast<std::size_t>(w) * sizeof(T));
+  std::fill(buf + hw + w, buf + n, id);
+  int s = 1;
+  for (; 2 * s <= len; s *= 2)
+    k.pair[op](buf, buf + s, buf, RoundUp64(n - 2 * s + 1, static_cast<int>(sizeof(T))));
+  k.pair[op](buf, buf + (len - s), out, w);
+}
+
+// A doubling buffer for rows of w pixels, its slack filled once.
+template <class T>
+struct RowBuffer : Buffer<T> {
+  RowBuffer(int op, int w, int hw) : Buffer<T>(static_cast<std::size_t>(w) + 2 * static_cast<std::size_t>(hw) + kSlack) {
+    if (this->p != nullptr) std::fill(this->p, this->p + w + 2 * hw + kSlack, Identity<T>(op));
+  }
+};
+
 template <class T>
 bool Rows(int op, const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, int hw,
           const RowKernels<T>& k) {
-  const std::size_t n = static_cast<std::size_t>(w) + 2 * static_cast<std::size_t>(hw);
-  Buffer<T> buf(n);
+  RowBuffer<T> buf(op, w, hw);
   if (buf.p == nullptr) {
     ESetError(E_ERROR_OUT_OF_MEMORY);
     return false;
   }
+  for (int y = 0; y < h; ++y) WindowRow(op, RowAt(src, sp, y), RowAt(dst, dp, y), w, hw, buf.p, k);
+  return true;
+}
+
+// Rows and columns in one walk: the window rows of a segment are made as the
+// segment is read and kept with its extrema, so the image is read once and
+// written once. Needs four segments of whole rows.
+template <class T>
+bool Fused(int op, const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, int hw, int hh,
+           const RowKernels<T>& k) {
+  const int len = 2 * hh + 1;
+  const int padded = h + 2 * hh;
+  const std::size_t seg = static_cast<std::size_t>(len) * w;
+  Buffer<T> gCur(seg), hCur(seg), gNext(seg), hNext(seg);
+  RowBuffer<T> buf(op, w, hw);
+  if (!gCur.p || !hCur.p || !gNext.p || !hNext.p || !buf.p) {
+    ESetError(E_ERROR_OUT_OF_MEMORY);
+    return false;
+  }
   const T id = Identity<T>(op);
-  const int len = 2 * hw + 1;
-  std::fill(buf.p, buf.p + hw, id);
-  std::fill(buf.p + hw + w, buf.p + n, id);
-  for (int y = 0; y < h; ++y) {
-    std::memcpy(buf.p + hw, RowAt(src, sp, y), static_cast<std::size_t>(w) * sizeof(T));
-    if (y > 0) {
-      // The doubling left its results in the padding: restore it.
-      std::fill(buf.p, buf.p + hw, id);
-      std::fill(buf.p + hw + w, buf.p + n, id);
+  const auto pair = k.pair[op];
+  auto at = [w](T* b, int i) { return b + static_cast<std::size_t>(i) * w; };
+  // The window rows of padded rows [j0, j0 + len) into s, their prefix
+  // extrema into g, then their suffix extrema over s in place.
+  auto segment = [&](int j0, T* g, T* s) {
+    const int j1 = std::min(j0 + len, padded);
+    for (int i = j0; i < j1; ++i) {
+      T* r = at(s, i - j0);
+      if (i < hh || i >= hh + h) std::fill(r, r + w, id);
+      else if (hw > 0) WindowRow(op, RowAt(src, sp, i - hh), r, w, hw, buf.p, k);
+      else std::memcpy(r, RowAt(src, sp, i - hh), static_cast<std::size_t>(w) * sizeof(T));
     }
-    int s = 1;
-    for (; 2 * s <= len; s *= 2) k.pair[op](buf.p, buf.p + s, buf.p, static_cast<int>(n) - 2 * s + 1);
-    k.pair[op](buf.p, buf.p + (len - s), RowAt(dst, dp, y), w);
+    std::memcpy(g, s, static_cast<std::size_t>(w) * sizeof(T));
+    for (int i = 1; i < j1 - j0; ++i) pair(at(g, i - 1), at(s, i), at(g, i), w);
+    for (int i = j1 - j0 - 2; i >= 0; --i) pair(at(s, i + 1), at(s, i), at(s, i), w);
+  };
+  T *gc = gCur.p, *hc = hCur.p, *gn = gNext.p, *hn = hNext.p;
+  segment(0, gc, hc);
+  for (int j0 = 0; j0 < h; j0 += len) {
+    if (j0 + len < padded) segment(j0 + len, gn, hn);
+    const int yEnd = std::min(j0 + len, h);
+    for (int y = j0; y < yEnd; ++y) {
+      const int e = y + 2 * hh;
+      const T* g = e < j0 + len ? at(gc, e - j0) : at(gn, e - j0 - len);
+      pair(at(hc, y - j0), g, RowAt(dst, dp, y), w);
+    }
+    std::swap(gc, gn);
+    std::swap(hc, hn);
   }
   return true;
 }
@@ -137,6 +211,9 @@ template <class T>
 bool RunningBox(int op, const T* src, std::ptrdiff_t srcPitch, T* dst, std::ptrdiff_t dstPitch, int w,
                 int h, int hw, int hh, const RowKernels<T>& k) {
   if (w <= 0 || h <= 0) return true;
+  const std::size_t budget = tFusedBudget > 0 ? tFusedBudget : kFusedBudget;
+  if (hh > 0 && 4 * sizeof(T) * static_cast<std::size_t>(2 * hh + 1) * static_cast<std::size_t>(w) <= budget)
+    return Fused(op, src, srcPitch, dst, dstPitch, w, h, hw, hh, k);
   if (hw > 0) {
     if (!Rows(op, src, srcPitch, dst, dstPitch, w, h, hw, k)) return false;
   } else if (src != dst) {
@@ -153,4 +230,8 @@ template bool RunningBox<std::uint16_t>(int, const std::uint16_t*, std::ptrdiff_
                                         std::ptrdiff_t, int, int, int, int, const RowKernels<std::uint16_t>&);
 
 }  // namespace morphology
+
+namespace testing {
+void SetRunningBoxBudget(int bytes) { morphology::tFusedBudget = bytes > 0 ? static_cast<std::size_t>(bytes) : 0; }
+}  // namespace testing
 }  // namespace mirel

@@ -79,8 +79,12 @@ TEST(GreyMorphology, BoxesAndDisksMatchTheModelOnEveryPath16) { ShapesMatchTheMo
 // half-size pair up to 33 (rows and columns of odd and even lengths, windows
 // wider and taller than the ROI), on the scalar and the widest path.
 template <class P>
-void RunningBoxEqualsPasses() {
+void RunningBoxEqualsPasses(int budget) {
   Rng rng(5);
+  struct Budget {
+    explicit Budget(int b) { mirel::testing::SetRunningBoxBudget(b); }
+    ~Budget() { mirel::testing::SetRunningBoxBudget(0); }
+  } keep(budget);
   EImage<P> src(71, 45), a(71, 45), b(71, 45);
   const std::vector<int> paths = {-1, AllPaths().back()};
   for (int path : paths) {
@@ -102,8 +106,11 @@ void RunningBoxEqualsPasses() {
       }
   }
 }
-TEST(GreyMorphology, RunningBoxEqualsThePassComposition8) { RunningBoxEqualsPasses<EBW8>(); }
-TEST(GreyMorphology, RunningBoxEqualsThePassComposition16) { RunningBoxEqualsPasses<EBW16>(); }
+// Rows and columns in one walk (the default here), and in two walks with
+// the columns in strips (a budget of one byte).
+TEST(GreyMorphology, RunningBoxEqualsThePassComposition8) { RunningBoxEqualsPasses<EBW8>(0); }
+TEST(GreyMorphology, RunningBoxEqualsThePassComposition16) { RunningBoxEqualsPasses<EBW16>(0); }
+TEST(GreyMorphology, RunningBoxInTwoWalksEqualsThePassComposition) { RunningBoxEqualsPasses<EBW8>(1); }
 
 TEST(GreyMorphology, SeparableBoxEqualsTheBox) {
   Rng rng(3);
