@@ -165,6 +165,21 @@ void Pair(const T* a, const T* b, T* out, int n) {
   for (; x < n; ++x) out[x] = Op<T, kOp>(a[x], b[x]);
 }
 
+// out[i] = op(p0[i], p1[i], p2[i], p3[i]), with the aliasing rules of Pair
+// (out may be p0 while the others lie ahead of it, n a multiple of 64 bytes).
+template <class Isa, class T, int kOp>
+void Four(const T* p0, const T* p1, const T* p2, const T* p3, T* out, int n) {
+  int x = 0;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Lanes<Isa, T>()>(0, n, [&](int i) {
+      Isa::Store(out + i, Isa::template Apply<T, kOp>(
+                              Isa::template Apply<T, kOp>(Isa::Load(p0 + i), Isa::Load(p1 + i)),
+                              Isa::template Apply<T, kOp>(Isa::Load(p2 + i), Isa::Load(p3 + i))));
+    });
+  }
+  for (; x < n; ++x) out[x] = Op<T, kOp>(Op<T, kOp>(p0[x], p1[x]), Op<T, kOp>(p2[x], p3[x]));
+}
+
 // ---------------------------------------------------------------- medians
 
 // The median of nine from three columns each sorted into low, middle and
@@ -277,6 +292,7 @@ void FillOp(RowKernels<T>& k) {
   k.box[kOp] = Box3<Isa, T, kOp>;
   k.cross[kOp] = Cross<Isa, T, kOp>;
   k.pair[kOp] = Pair<Isa, T, kOp>;
+  k.four[kOp] = Four<Isa, T, kOp>;
 }
 
 template <class Isa, class T>

@@ -23,17 +23,20 @@ enum : int { kMin = 0, kMax = 1, kAnd = 2, kOr = 3 };
 
 // Row kernels. a, b, c are the rows above, at and below the output row
 // (the edge row standing in for a row outside the ROI); out never aliases
-// them. Pair: out[i] = op(a[i], b[i]), where out may equal a (see the blocks).
+// them. Pair and Four: op of two or four rows, where out may be one of
+// them (see the blocks).
 template <class T>
 struct RowKernels {
   using Row1 = void (*)(const T* p, T* out, int w);
   using Row3 = void (*)(const T* a, const T* b, const T* c, T* out, int w);
   using PairFn = void (*)(const T* a, const T* b, T* out, int n);
+  using FourFn = void (*)(const T* p0, const T* p1, const T* p2, const T* p3, T* out, int n);
   Row1 h3[4];
   Row3 v3[4];
   Row3 box[4];
   Row3 cross[4];
   PairFn pair[4];
+  FourFn four[4];
   Row3 median;
   Row3 biMedian;  // 8-bit only
 };
@@ -155,8 +158,8 @@ namespace testing {
 // instead of the passes; 0 restores the library's choice, and a very large
 // value forces the passes. Per thread.
 MIREL_API void SetRunningBoxFrom(int from);
-// Bytes of cache that the running box may take to do rows and columns in one
-// walk; 0 restores the library's choice, 1 forces two walks. Per thread.
+// Bytes of cache that the column walk of the running box may take; 0
+// restores the library's choice, 1 gives the narrowest strips. Per thread.
 MIREL_API void SetRunningBoxBudget(int bytes);
 }  // namespace testing
 }  // namespace mirel

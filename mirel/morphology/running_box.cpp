@@ -8,10 +8,10 @@
 // The operation is associative, commutative and idempotent, which gives two
 // ways around the window size:
 //
-//   Rows: windows of 1, 2, 4, 8 ... pixels by doubling a padded copy of the
-//   row in place (a[x] = op(a[x], a[x + s])), then the window of L pixels as
-//   op(a[x], a[x + L - s]) of two overlapping windows of s pixels. About
-//   log2(L) vector operations per pixel.
+//   Rows: windows of 1, 4, 16, 64 ... pixels by widening a padded copy of
+//   the row in place (a[x] = op(a[x], a[x + s], a[x + 2s], a[x + 3s])), then
+//   the window of L pixels from at most four overlapping windows of s
+//   pixels. About log4(L) passes over the row.
 //
 //   Columns: the padded column is cut into segments of L rows. For each
 //   segment, prefix extrema G from its first row down and suffix extrema H
@@ -39,10 +39,10 @@ namespace morphology {
 
 namespace {
 
-// Past this many bytes of segments the rows and the columns run as two
-// walks, the columns in strips.
-constexpr std::size_t kFusedBudget = std::size_t{4} << 20;
-thread_local std::size_t tFusedBudget = 0;
+// The column walk keeps four segments of a strip of columns within this
+// many bytes.
+constexpr std::size_t kStripBudget = std::size_t{1} << 20;
+thread_local std::size_t tStripBudget = 0;
 
 template <class T>
 T Identity(int op) {
@@ -83,9 +83,10 @@ void WindowRow(int op, const T* in, T* out, int w, int hw, T* buf, const RowKern
   std::memcpy(buf + hw, in, static_cast<std::size_t>(w) * sizeof(T));
   std::fill(buf + hw + w, buf + n, id);
   int s = 1;
-  for (; 2 * s <= len; s *= 2)
-    k.pair[op](buf, buf + s, buf, RoundUp64(n - 2 * s + 1, static_cast<int>(sizeof(T))));
-  k.pair[op](buf, buf + (len - s), out, w);
+  for (; 4 * s <= len; s *= 4)
+    k.four[op](buf, buf + s, buf + 2 * s, buf + 3 * s, buf, RoundUp64(n - 4 * s + 1, static_cast<int>(sizeof(T))));
+  // len < 4 s: at most four windows of s cover the window of len.
+  k.four[op](buf, buf + std::min(s, len - s), buf + std::min(2 * s, len - s), buf + (len - s), out, w);
 }
 
 // A doubling buffer for rows of w pixels, its slack filled once.
@@ -108,60 +109,12 @@ bool Rows(int op, const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, in
   return true;
 }
 
-// Rows and columns in one walk: the window rows of a segment are made as the
-// segment is read and kept with its extrema, so the image is read once and
-// written once. Needs four segments of whole rows.
-template <class T>
-bool Fused(int op, const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, int hw, int hh,
-           const RowKernels<T>& k) {
-  const int len = 2 * hh + 1;
-  const int padded = h + 2 * hh;
-  const std::size_t seg = static_cast<std::size_t>(len) * w;
-  Buffer<T> gCur(seg), hCur(seg), gNext(seg), hNext(seg);
-  RowBuffer<T> buf(op, w, hw);
-  if (!gCur.p || !hCur.p || !gNext.p || !hNext.p || !buf.p) {
-    ESetError(E_ERROR_OUT_OF_MEMORY);
-    return false;
-  }
-  const T id = Identity<T>(op);
-  const auto pair = k.pair[op];
-  auto at = [w](T* b, int i) { return b + static_cast<std::size_t>(i) * w; };
-  // The window rows of padded rows [j0, j0 + len) into s, their prefix
-  // extrema into g, then their suffix extrema over s in place.
-  auto segment = [&](int j0, T* g, T* s) {
-    const int j1 = std::min(j0 + len, padded);
-    for (int i = j0; i < j1; ++i) {
-      T* r = at(s, i - j0);
-      if (i < hh || i >= hh + h) std::fill(r, r + w, id);
-      else if (hw > 0) WindowRow(op, RowAt(src, sp, i - hh), r, w, hw, buf.p, k);
-      else std::memcpy(r, RowAt(src, sp, i - hh), static_cast<std::size_t>(w) * sizeof(T));
-    }
-    std::memcpy(g, s, static_cast<std::size_t>(w) * sizeof(T));
-    for (int i = 1; i < j1 - j0; ++i) pair(at(g, i - 1), at(s, i), at(g, i), w);
-    for (int i = j1 - j0 - 2; i >= 0; --i) pair(at(s, i + 1), at(s, i), at(s, i), w);
-  };
-  T *gc = gCur.p, *hc = hCur.p, *gn = gNext.p, *hn = hNext.p;
-  segment(0, gc, hc);
-  for (int j0 = 0; j0 < h; j0 += len) {
-    if (j0 + len < padded) segment(j0 + len, gn, hn);
-    const int yEnd = std::min(j0 + len, h);
-    for (int y = j0; y < yEnd; ++y) {
-      const int e = y + 2 * hh;
-      const T* g = e < j0 + len ? at(gc, e - j0) : at(gn, e - j0 - len);
-      pair(at(hc, y - j0), g, RowAt(dst, dp, y), w);
-    }
-    std::swap(gc, gn);
-    std::swap(hc, hn);
-  }
-  return true;
-}
-
 template <class T>
 bool Columns(int op, T* img, std::ptrdiff_t pitch, int w, int h, int hh, const RowKernels<T>& k) {
   const int len = 2 * hh + 1;
   const int padded = h + 2 * hh;
-  // Strip width: four segments of the strip within about 2 MB.
-  const std::size_t budget = (std::size_t{2} << 20) / (4 * sizeof(T) * static_cast<std::size_t>(len));
+  const std::size_t bytes = tStripBudget > 0 ? tStripBudget : kStripBudget;
+  const std::size_t budget = bytes / (4 * sizeof(T) * static_cast<std::size_t>(len));
   const int strip = static_cast<int>(std::max<std::size_t>(std::min<std::size_t>(budget, w), 64));
   const std::size_t seg = static_cast<std::size_t>(len) * strip;
   Buffer<T> gCur(seg), hCur(seg), gNext(seg), hNext(seg), idRow(strip);
@@ -211,9 +164,6 @@ template <class T>
 bool RunningBox(int op, const T* src, std::ptrdiff_t srcPitch, T* dst, std::ptrdiff_t dstPitch, int w,
                 int h, int hw, int hh, const RowKernels<T>& k) {
   if (w <= 0 || h <= 0) return true;
-  const std::size_t budget = tFusedBudget > 0 ? tFusedBudget : kFusedBudget;
-  if (hh > 0 && 4 * sizeof(T) * static_cast<std::size_t>(2 * hh + 1) * static_cast<std::size_t>(w) <= budget)
-    return Fused(op, src, srcPitch, dst, dstPitch, w, h, hw, hh, k);
   if (hw > 0) {
     if (!Rows(op, src, srcPitch, dst, dstPitch, w, h, hw, k)) return false;
   } else if (src != dst) {
@@ -232,6 +182,6 @@ template bool RunningBox<std::uint16_t>(int, const std::uint16_t*, std::ptrdiff_
 }  // namespace morphology
 
 namespace testing {
-void SetRunningBoxBudget(int bytes) { morphology::tFusedBudget = bytes > 0 ? static_cast<std::size_t>(bytes) : 0; }
+void SetRunningBoxBudget(int bytes) { morphology::tStripBudget = bytes > 0 ? static_cast<std::size_t>(bytes) : 0; }
 }  // namespace testing
 }  // namespace mirel
