@@ -18,7 +18,9 @@ const Family kBiLevel = {{mirel::morphology::kAnd, mirel::morphology::kOr},
                          {"ErodeBiLevel1X3", "DilateBiLevel1X3"},
                          {"ImgBiLevelErode3x3", "ImgBiLevelDilate3x3"},
                          {"ImgBiLevelErodeXY (BW8)", "ImgBiLevelDilateXY (BW8)"},
-                         {"ImgBiLevelErodeBox", "ImgBiLevelDilateBox"}};
+                         {"ImgBiLevelErodeBox", "ImgBiLevelDilateBox"},
+                         {{nullptr, nullptr}, {"Erode3X3MMX", "Dilate3X3MMX"}},
+                         {{"ErodeBiLevelXY", "DilateBiLevelXY"}, {"ErodeBiLevelXYMMX", "DilateBiLevelXYMMX"}}};
 
 bool Checks(Frame& frame, EROI<EBW8>* src, EROI<EBW8>* dst) {
   if (!frame.NotVoid(src)) return false;

@@ -125,6 +125,19 @@ void RunPass(const Family& f, int mode, PassKind kind, EROI<P>* src, EROI<P>* ds
   Frame frame(PassLabel(f, mode, kind));
   EROI<P>* out = dst != nullptr ? dst : src;
   if (!frame.NotVoid(src, out) || !frame.SameSize(src, out)) return;
+  const char* const(*workers)[2] = kind == PassKind::kSquare ? f.squareWorker
+                                  : kind == PassKind::kCross ? f.crossWorker
+                                                             : nullptr;
+  const char* worker = nullptr;
+  if (workers != nullptr) {
+    const bool blocks = EGetMMX() != 0 && workers[1][mode] != nullptr;
+    worker = workers[blocks ? 1 : 0][mode];
+  }
+  if (worker == nullptr) {
+    PassWork<P>(f.op[mode], kind, src, out);
+    return;
+  }
+  Frame inner(worker);
   PassWork<P>(f.op[mode], kind, src, out);
 }
 
@@ -229,13 +242,17 @@ const Family kGrey8 = {{mirel::morphology::kMin, mirel::morphology::kMax},
                        {"ImgErodeX (BW8)", "ImgDilateX (BW8)"},
                        {"ImgErodeY ( BW8)", "ImgDilateY ( BW8)"},
                        {"ImgErodeXY (BW8)", "ImgDilateXY (BW8)"},
-                       {"TlmErodeBox", "TlmDilateBox"}};
+                       {"TlmErodeBox", "TlmDilateBox"},
+                       {{nullptr, nullptr}, {nullptr, nullptr}},
+                       {{nullptr, nullptr}, {nullptr, nullptr}}};
 const Family kGrey16 = {{mirel::morphology::kMin, mirel::morphology::kMax},
                         {"ImgErode3x3 (BW16)", "ImgDilate3x3 (BW16)"},
                         {"ImgErodeX (BW16)", "ImgDilateX (BW16)"},
                         {"ImgErodeY ( BW16)", "ImgDilateY ( BW16)"},
                         {"ImgErodeXY (BW16)", "ImgDilateXY (BW16)"},
-                        {"TlmErodeBox (BW16)", "TlmDilateBox (BW16)"}};
+                        {"TlmErodeBox (BW16)", "TlmDilateBox (BW16)"},
+                        {{nullptr, nullptr}, {nullptr, nullptr}},
+                        {{nullptr, nullptr}, {nullptr, nullptr}}};
 
 template <class P>
 const Family& FamilyOf() {

@@ -109,7 +109,9 @@ inline bool ForEachRow(const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t d
 
 enum class PassKind { kSquare, kX, kY, kCross };
 
-// The labels of one family's passes; index 0 erosion, 1 dilation.
+// The labels of one family's passes; index 0 erosion, 1 dilation. A pass
+// may also have labels of its own worker, inside the pass's, for the
+// pixel-by-pixel walk and for the blocks (null where there is none).
 struct Family {
   int op[2];
   const char* square[2];
@@ -117,6 +119,8 @@ struct Family {
   const char* y[2];
   const char* cross[2];
   const char* separable[2];
+  const char* squareWorker[2][2];  // [scalar, blocks][mode]
+  const char* crossWorker[2][2];
 };
 
 // One pass from src into dst; dst null, equal to src or on the same pixels
