@@ -29,6 +29,11 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
+// Morphology and medians.
+#include "mirel/morphology/bilevel.h"
+#include "mirel/morphology/median.h"
+#include "mirel/morphology/morphology.h"
+
 // Histograms and automatic thresholds.
 #include "mirel/histogram/histogram.h"
 #include "mirel/histogram/histogram_vector.h"

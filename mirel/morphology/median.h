@@ -1,0 +1,28 @@
+// 3x3 median filters.
+//
+// ImgMedian(src, dst) on 8-bit and 16-bit images repeats the ROI's edge
+// pixels outside it and gives the exact median of the nine values, from
+// three sorted columns (the middle of the largest low, the middle middle and
+// the smallest high). The older 8-bit form with a border value puts that
+// value at every position outside the ROI, compares it as a signed int like
+// the pixels and stores the median's low byte: a border of 0 darkens the
+// edges, 255 brightens them. The colour form runs the older form on each
+// component, with the border's bytes in reverse order (component 0 gets
+// byte 2, component 2 byte 0).
+//
+// src and dst may lie on the same pixels: the source is then read from a
+// copy. Errors: 1400 void image, 1403 sizes differ, 1303 memory for the
+// copy. The older form returns 0 or the error code.
+#ifndef MIREL_MORPHOLOGY_MEDIAN_H_
+#define MIREL_MORPHOLOGY_MEDIAN_H_
+
+#include "mirel/foundation/export.h"
+#include "mirel/foundation/image.h"
+#include "mirel/foundation/pixel.h"
+
+MIREL_API void ImgMedian(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgMedian(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API short ImgMedian(const EROI<EBW8>* src, EROI<EBW8>* dst, int border);
+MIREL_API void ImgMedian(const EROI<EC24>* src, EROI<EC24>* dst, EC24 border);
+
+#endif  // MIREL_MORPHOLOGY_MEDIAN_H_

@@ -1,0 +1,314 @@
+// Row kernels of the morphology family, written once over an
+// instruction-set layer. Each per-instruction-set source defines, in an
+// unnamed namespace, a struct `Isa` and calls MakeKernels<Isa, T>(); the
+// scalar kernels are the same templates over ScalarIsa, which has no blocks.
+//
+// Isa::V holds Isa::kBytes bytes. The layer gives Load and Store (unaligned),
+// Apply<T, op>(a, b) for the four operations on lanes of T, and for the
+// two-level median NonZero1 (1 where a byte is non-zero, else 0), Add8 and
+// Over4 (0xff where a byte is above 4, else 0).
+//
+// Minimum, maximum, AND and OR are exact, so a block gives the bytes of the
+// pixel-by-pixel code whatever its width; the blocks only rearrange the same
+// formula. A kernel never writes a row it reads, except Pair, which allows
+// out == a (see there).
+#ifndef MIREL_MORPHOLOGY_MORPHOLOGY_BLOCKS_INTERNAL_H_
+#define MIREL_MORPHOLOGY_MORPHOLOGY_BLOCKS_INTERNAL_H_
+
+#include <cstdint>
+
+#include "mirel/morphology/morphology_internal.h"
+
+namespace mirel {
+namespace morphology {
+namespace blocks {
+
+struct ScalarIsa {
+  static constexpr int kBytes = 0;
+};
+
+template <class T, int kOp>
+inline T Op(T a, T b) {
+  if constexpr (kOp == kMin) return a < b ? a : b;
+  else if constexpr (kOp == kMax) return a < b ? b : a;
+  else if constexpr (kOp == kAnd) return static_cast<T>(a & b);
+  else return static_cast<T>(a | b);
+}
+template <class T, int kOp>
+inline T Op3(T a, T b, T c) { return Op<T, kOp>(Op<T, kOp>(a, b), c); }
+
+// Blocks of B lanes over [x0, x1); a last stretch shorter than a block is
+// done by one more block that ends at x1 and overlaps the one before (it
+// writes the same values again). Returns the first x not done.
+template <int B, class F>
+inline int Blocks(int x0, int x1, F&& one) {
+  int x = x0;
+  for (; x + B <= x1; x += B) one(x);
+  if (x < x1 && x1 - x0 >= B) {
+    one(x1 - B);
+    x = x1;
+  }
+  return x;
+}
+
+template <class Isa, class T>
+constexpr int Lanes() { return Isa::kBytes / static_cast<int>(sizeof(T)); }
+
+// out[x] = op(p[x - 1], p[x], p[x + 1]), the row's end pixels standing in for
+// the ones outside it.
+template <class Isa, class T, int kOp>
+void H3(const T* p, T* out, int w) {
+  if (w <= 0) return;
+  if (w == 1) {
+    out[0] = p[0];
+    return;
+  }
+  out[0] = Op<T, kOp>(p[0], p[1]);
+  int x = 1;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
+      Isa::Store(out + i, Isa::template Apply<T, kOp>(
+                              Isa::template Apply<T, kOp>(Isa::Load(p + i - 1), Isa::Load(p + i)),
+                              Isa::Load(p + i + 1)));
+    });
+  }
+  for (; x < w - 1; ++x) out[x] = Op3<T, kOp>(p[x - 1], p[x], p[x + 1]);
+  out[w - 1] = Op<T, kOp>(p[w - 2], p[w - 1]);
+}
+
+// out[x] = op(a[x], b[x], c[x]).
+template <class Isa, class T, int kOp>
+void V3(const T* a, const T* b, const T* c, T* out, int w) {
+  int x = 0;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Lanes<Isa, T>()>(0, w, [&](int i) {
+      Isa::Store(out + i, Isa::template Apply<T, kOp>(
+                              Isa::template Apply<T, kOp>(Isa::Load(a + i), Isa::Load(b + i)),
+                              Isa::Load(c + i)));
+    });
+  }
+  for (; x < w; ++x) out[x] = Op3<T, kOp>(a[x], b[x], c[x]);
+}
+
+// The 3x3 square: the column of three rows, then three columns.
+template <class Isa, class T, int kOp>
+void Box3(const T* a, const T* b, const T* c, T* out, int w) {
+  if (w <= 0) return;
+  auto col = [&](int x) { return Op3<T, kOp>(a[x], b[x], c[x]); };
+  if (w == 1) {
+    out[0] = col(0);
+    return;
+  }
+  T left = col(0), mid = left, right = col(1);
+  out[0] = Op<T, kOp>(mid, right);
+  int x = 1;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
+      auto colv = [&](int j) {
+        return Isa::template Apply<T, kOp>(
+            Isa::template Apply<T, kOp>(Isa::Load(a + j), Isa::Load(b + j)), Isa::Load(c + j));
+      };
+      Isa::Store(out + i, Isa::template Apply<T, kOp>(
+                              Isa::template Apply<T, kOp>(colv(i - 1), colv(i)), colv(i + 1)));
+    });
+    if (x < w - 1) {
+      mid = col(x - 1);
+      right = col(x);
+    }
+  }
+  for (; x < w - 1; ++x) {
+    left = mid;
+    mid = right;
+    right = col(x + 1);
+    out[x] = Op3<T, kOp>(left, mid, right);
+  }
+  out[w - 1] = Op<T, kOp>(col(w - 2), col(w - 1));
+}
+
+// The cross: above, below, left, centre, right.
+template <class Isa, class T, int kOp>
+void Cross(const T* a, const T* b, const T* c, T* out, int w) {
+  if (w <= 0) return;
+  if (w == 1) {
+    out[0] = Op3<T, kOp>(a[0], b[0], c[0]);
+    return;
+  }
+  out[0] = Op<T, kOp>(Op3<T, kOp>(a[0], b[0], c[0]), b[1]);
+  int x = 1;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
+      const auto ac = Isa::template Apply<T, kOp>(Isa::Load(a + i), Isa::Load(c + i));
+      const auto row = Isa::template Apply<T, kOp>(
+          Isa::template Apply<T, kOp>(Isa::Load(b + i - 1), Isa::Load(b + i)), Isa::Load(b + i + 1));
+      Isa::Store(out + i, Isa::template Apply<T, kOp>(ac, row));
+    });
+  }
+  for (; x < w - 1; ++x)
+    out[x] = Op<T, kOp>(Op<T, kOp>(a[x], c[x]), Op3<T, kOp>(b[x - 1], b[x], b[x + 1]));
+  out[w - 1] = Op<T, kOp>(Op3<T, kOp>(a[w - 1], b[w - 1], c[w - 1]), b[w - 2]);
+}
+
+// out[i] = op(a[i], b[i]) for i in [0, n), in increasing i. out may be a
+// or b itself: a last stretch shorter than a block is then done again by an
+// overlapping block, which gives the same values since the operations are
+// idempotent. out may also be a while b lies ahead of it in the same row
+// (b = a + s, s > 0) provided n is a multiple of 64 bytes: every block then
+// reads before it writes and none is done twice.
+template <class Isa, class T, int kOp>
+void Pair(const T* a, const T* b, T* out, int n) {
+  int x = 0;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Lanes<Isa, T>()>(0, n, [&](int i) {
+      Isa::Store(out + i, Isa::template Apply<T, kOp>(Isa::Load(a + i), Isa::Load(b + i)));
+    });
+  }
+  for (; x < n; ++x) out[x] = Op<T, kOp>(a[x], b[x]);
+}
+
+// out[i] = op(p0[i], p1[i], p2[i], p3[i]), with the aliasing rules of Pair
+// (out may be p0 while the others lie ahead of it, n a multiple of 64 bytes).
+template <class Isa, class T, int kOp>
+void Four(const T* p0, const T* p1, const T* p2, const T* p3, T* out, int n) {
+  int x = 0;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Lanes<Isa, T>()>(0, n, [&](int i) {
+      Isa::Store(out + i, Isa::template Apply<T, kOp>(
+                              Isa::template Apply<T, kOp>(Isa::Load(p0 + i), Isa::Load(p1 + i)),
+                              Isa::template Apply<T, kOp>(Isa::Load(p2 + i), Isa::Load(p3 + i))));
+    });
+  }
+  for (; x < n; ++x) out[x] = Op<T, kOp>(Op<T, kOp>(p0[x], p1[x]), Op<T, kOp>(p2[x], p3[x]));
+}
+
+// ---------------------------------------------------------------- medians
+
+// The median of nine from three columns each sorted into low, middle and
+// high: the middle of (largest low, middle of the middles, smallest high).
+template <class T>
+struct SortedColumn {
+  T lo, mid, hi;
+};
+template <class T>
+inline SortedColumn<T> Sort3(T a, T b, T c) {
+  const T lo1 = Op<T, kMin>(a, b), hi1 = Op<T, kMax>(a, b);
+  const T hi = Op<T, kMax>(hi1, c), t = Op<T, kMin>(hi1, c);
+  return {Op<T, kMin>(lo1, t), Op<T, kMax>(lo1, t), hi};
+}
+template <class T>
+inline T Mid3(T a, T b, T c) {
+  return Op<T, kMax>(Op<T, kMin>(a, b), Op<T, kMin>(Op<T, kMax>(a, b), c));
+}
+template <class T>
+inline T Median9(const SortedColumn<T>& l, const SortedColumn<T>& m, const SortedColumn<T>& r) {
+  return Mid3(Op3<T, kMax>(l.lo, m.lo, r.lo), Mid3(l.mid, m.mid, r.mid), Op3<T, kMin>(l.hi, m.hi, r.hi));
+}
+
+// The 3x3 median of a row, with the row's end columns standing in for the
+// ones outside it.
+template <class Isa, class T>
+void Median(const T* a, const T* b, const T* c, T* out, int w) {
+  if (w <= 0) return;
+  auto col = [&](int x) { return Sort3(a[x], b[x], c[x]); };
+  SortedColumn<T> left = col(0), mid = left, right = w > 1 ? col(1) : left;
+  out[0] = Median9(left, mid, right);
+  if (w == 1) return;
+  int x = 1;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
+      using V = typename Isa::V;
+      auto mn = [](V p, V q) { return Isa::template Apply<T, kMin>(p, q); };
+      auto mx = [](V p, V q) { return Isa::template Apply<T, kMax>(p, q); };
+      V lo[3], md[3], hi[3];
+      for (int k = 0; k < 3; ++k) {
+        const V p = Isa::Load(a + i - 1 + k), q = Isa::Load(b + i - 1 + k), r = Isa::Load(c + i - 1 + k);
+        const V l1 = mn(p, q), h1 = mx(p, q);
+        const V t = mn(h1, r);
+        hi[k] = mx(h1, r);
+        lo[k] = mn(l1, t);
+        md[k] = mx(l1, t);
+      }
+      const V maxLo = mx(mx(lo[0], lo[1]), lo[2]);
+      const V minHi = mn(mn(hi[0], hi[1]), hi[2]);
+      const V midMid = mx(mn(md[0], md[1]), mn(mx(md[0], md[1]), md[2]));
+      Isa::Store(out + i, mx(mn(maxLo, midMid), mn(mx(maxLo, midMid), minHi)));
+    });
+    if (x < w - 1) {
+      mid = col(x - 1);
+      right = col(x);
+    }
+  }
+  for (; x < w - 1; ++x) {
+    left = mid;
+    mid = right;
+    right = col(x + 1);
+    out[x] = Median9(left, mid, right);
+  }
+  out[w - 1] = Median9(col(w - 2), col(w - 1), col(w - 1));
+}
+
+// The two-level median: 255 where five or more of the nine pixels (edges
+// repeated) are not zero, else 0.
+template <class Isa>
+void BiMedian(const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c, std::uint8_t* out,
+              int w) {
+  if (w <= 0) return;
+  auto col = [&](int x) { return (a[x] != 0) + (b[x] != 0) + (c[x] != 0); };
+  auto decide = [](int n) { return static_cast<std::uint8_t>(n >= 5 ? 255 : 0); };
+  if (w == 1) {
+    out[0] = decide(3 * col(0));
+    return;
+  }
+  int left = col(0), mid = left, right = col(1);
+  out[0] = decide(left + mid + right);
+  int x = 1;
+  if constexpr (Isa::kBytes > 0) {
+    x = Blocks<Isa::kBytes>(1, w - 1, [&](int i) {
+      auto colv = [&](int j) {
+        return Isa::Add8(Isa::Add8(Isa::NonZero1(Isa::Load(a + j)), Isa::NonZero1(Isa::Load(b + j))),
+                         Isa::NonZero1(Isa::Load(c + j)));
+      };
+      Isa::Store(out + i, Isa::Over4(Isa::Add8(Isa::Add8(colv(i - 1), colv(i)), colv(i + 1))));
+    });
+    if (x < w - 1) {
+      mid = col(x - 1);
+      right = col(x);
+    }
+  }
+  for (; x < w - 1; ++x) {
+    left = mid;
+    mid = right;
+    right = col(x + 1);
+    out[x] = decide(left + mid + right);
+  }
+  out[w - 1] = decide(col(w - 2) + 2 * col(w - 1));
+}
+
+// ---------------------------------------------------------------- table
+
+template <class Isa, class T, int kOp>
+void FillOp(RowKernels<T>& k) {
+  k.h3[kOp] = H3<Isa, T, kOp>;
+  k.v3[kOp] = V3<Isa, T, kOp>;
+  k.box[kOp] = Box3<Isa, T, kOp>;
+  k.cross[kOp] = Cross<Isa, T, kOp>;
+  k.pair[kOp] = Pair<Isa, T, kOp>;
+  k.four[kOp] = Four<Isa, T, kOp>;
+}
+
+template <class Isa, class T>
+RowKernels<T> MakeKernels() {
+  RowKernels<T> k{};
+  FillOp<Isa, T, kMin>(k);
+  FillOp<Isa, T, kMax>(k);
+  FillOp<Isa, T, kAnd>(k);
+  FillOp<Isa, T, kOr>(k);
+  k.median = Median<Isa, T>;
+  if constexpr (sizeof(T) == 1) k.biMedian = BiMedian<Isa>;
+  return k;
+}
+
+}  // namespace blocks
+}  // namespace morphology
+}  // namespace mirel
+
+#endif  // MIREL_MORPHOLOGY_MORPHOLOGY_BLOCKS_INTERNAL_H_

@@ -1,0 +1,187 @@
+// Erosion and dilation by a box at a cost per pixel that does not depend on
+// the box.
+//
+// The minimum over a window clipped to the ROI is the minimum over the
+// unclipped window once the outside is filled with the operation's
+// identity (all ones for minimum and AND, 0 for maximum and OR), so every
+// row and column is padded with it and no window needs a case of its own.
+// The operation is associative, commutative and idempotent, which gives two
+// ways around the window size:
+//
+//   Rows: windows of 1, 4, 16, 64 ... pixels by widening a padded copy of
+//   the row in place (a[x] = op(a[x], a[x + s], a[x + 2s], a[x + 3s])), then
+//   the window of L pixels from at most four overlapping windows of s
+//   pixels. About log4(L) passes over the row.
+//
+//   Columns: the padded column is cut into segments of L rows. For each
+//   segment, prefix extrema G from its first row down and suffix extrema H
+//   from its last row up; the window that starts at padded row y ends in
+//   the same or the next segment and is op(H[y], G[y + L - 1]). Three
+//   operations per pixel, whatever L. A segment is read before the rows of
+//   the segment ahead of it are written, so the pass runs in place.
+//
+// When four segments of whole rows fit in cache, the rows of a segment are
+// windowed as it is read and the image is read and written once. Otherwise
+// the rows run as one walk into the destination and the columns as a second
+// walk, in strips of columns whose segments stay in cache.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "mirel/foundation/error.h"
+#include "mirel/morphology/morphology_internal.h"
+
+namespace mirel {
+namespace morphology {
+
+namespace {
+
+// The column walk keeps four segments of a strip of columns within this
+// many bytes.
+constexpr std::size_t kStripBudget = std::size_t{1} << 20;
+thread_local std::size_t tStripBudget = 0;
+
+template <class T>
+T Identity(int op) {
+  return (op == kMin || op == kAnd) ? static_cast<T>(~T(0)) : T(0);
+}
+
+template <class T>
+struct Buffer {
+  T* p = nullptr;
+  explicit Buffer(std::size_t n) : p(static_cast<T*>(std::malloc(std::max<std::size_t>(n, 1) * sizeof(T)))) {}
+  ~Buffer() { std::free(p); }
+  Buffer(const Buffer&) = delete;
+  Buffer& operator=(const Buffer&) = delete;
+};
+
+template <class T>
+T* RowAt(T* base, std::ptrdiff_t pitch, int y) {
+  using Byte = std::conditional_t<std::is_const<T>::value, const unsigned char, unsigned char>;
+  return reinterpret_cast<T*>(reinterpret_cast<Byte*>(base) + pitch * y);
+}
+
+// Elements of slack behind a doubling buffer: the doubling steps run over
+// whole multiples of 64 bytes, so no step has a tail.
+constexpr int kSlack = 64;
+
+inline int RoundUp64(int n, int size) {
+  const int per = 64 / size;
+  return (n + per - 1) / per * per;
+}
+
+// One row: the window of 2 hw + 1 pixels by doubling a padded copy in buf
+// (w + 2 hw + kSlack elements), into out. in and out may be the same row.
+template <class T>
+void WindowRow(int op, const T* in, T* out, int w, int hw, T* buf, const RowKernels<T>& k) {
+  const T id = Identity<T>(op);
+  const int n = w + 2 * hw, len = 2 * hw + 1;
+  std::fill(buf, buf + hw, id);
+  std::memcpy(buf + hw, in, static_cast<std::size_t>(w) * sizeof(T));
+  std::fill(buf + hw + w, buf + n, id);
+  int s = 1;
+  for (; 4 * s <= len; s *= 4)
+    k.four[op](buf, buf + s, buf + 2 * s, buf + 3 * s, buf, RoundUp64(n - 4 * s + 1, static_cast<int>(sizeof(T))));
+  // len < 4 s: at most four windows of s cover the window of len.
+  k.four[op](buf, buf + std::min(s, len - s), buf + std::min(2 * s, len - s), buf + (len - s), out, w);
+}
+
+// A doubling buffer for rows of w pixels, its slack filled once.
+template <class T>
+struct RowBuffer : Buffer<T> {
+  RowBuffer(int op, int w, int hw) : Buffer<T>(static_cast<std::size_t>(w) + 2 * static_cast<std::size_t>(hw) + kSlack) {
+    if (this->p != nullptr) std::fill(this->p, this->p + w + 2 * hw + kSlack, Identity<T>(op));
+  }
+};
+
+template <class T>
+bool Rows(int op, const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, int hw,
+          const RowKernels<T>& k) {
+  RowBuffer<T> buf(op, w, hw);
+  if (buf.p == nullptr) {
+    ESetError(E_ERROR_OUT_OF_MEMORY);
+    return false;
+  }
+  for (int y = 0; y < h; ++y) WindowRow(op, RowAt(src, sp, y), RowAt(dst, dp, y), w, hw, buf.p, k);
+  return true;
+}
+
+template <class T>
+bool Columns(int op, T* img, std::ptrdiff_t pitch, int w, int h, int hh, const RowKernels<T>& k) {
+  const int len = 2 * hh + 1;
+  const int padded = h + 2 * hh;
+  const std::size_t bytes = tStripBudget > 0 ? tStripBudget : kStripBudget;
+  const std::size_t budget = bytes / (4 * sizeof(T) * static_cast<std::size_t>(len));
+  const int strip = static_cast<int>(std::max<std::size_t>(std::min<std::size_t>(budget, w), 64));
+  const std::size_t seg = static_cast<std::size_t>(len) * strip;
+  Buffer<T> gCur(seg), hCur(seg), gNext(seg), hNext(seg), idRow(strip);
+  if (!gCur.p || !hCur.p || !gNext.p || !hNext.p || !idRow.p) {
+    ESetError(E_ERROR_OUT_OF_MEMORY);
+    return false;
+  }
+  std::fill(idRow.p, idRow.p + strip, Identity<T>(op));
+  const auto pair = k.pair[op];
+  for (int x0 = 0; x0 < w; x0 += strip) {
+    const int sw = std::min(strip, w - x0);
+    auto row = [&](int i) -> const T* {
+      return (i < hh || i >= hh + h) ? idRow.p : RowAt(img, pitch, i - hh) + x0;
+    };
+    // Prefix and suffix extrema of the segment that starts at padded row j0.
+    auto segment = [&](int j0, T* g, T* s) {
+      const int j1 = std::min(j0 + len, padded);
+      std::memcpy(g, row(j0), static_cast<std::size_t>(sw) * sizeof(T));
+      for (int i = j0 + 1; i < j1; ++i)
+        pair(g + static_cast<std::size_t>(i - j0 - 1) * strip, row(i), g + static_cast<std::size_t>(i - j0) * strip, sw);
+      T* last = s + static_cast<std::size_t>(j1 - 1 - j0) * strip;
+      std::memcpy(last, row(j1 - 1), static_cast<std::size_t>(sw) * sizeof(T));
+      for (int i = j1 - 2; i >= j0; --i)
+        pair(s + static_cast<std::size_t>(i + 1 - j0) * strip, row(i), s + static_cast<std::size_t>(i - j0) * strip, sw);
+    };
+    T *gc = gCur.p, *hc = hCur.p, *gn = gNext.p, *hn = hNext.p;
+    segment(0, gc, hc);
+    for (int j0 = 0; j0 < h; j0 += len) {
+      if (j0 + len < padded) segment(j0 + len, gn, hn);
+      const int yEnd = std::min(j0 + len, h);
+      for (int y = j0; y < yEnd; ++y) {
+        const int e = y + 2 * hh;  // last padded row of the window
+        const T* g = e < j0 + len ? gc + static_cast<std::size_t>(e - j0) * strip
+                                  : gn + static_cast<std::size_t>(e - j0 - len) * strip;
+        pair(hc + static_cast<std::size_t>(y - j0) * strip, g, RowAt(img, pitch, y) + x0, sw);
+      }
+      std::swap(gc, gn);
+      std::swap(hc, hn);
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+template <class T>
+bool RunningBox(int op, const T* src, std::ptrdiff_t srcPitch, T* dst, std::ptrdiff_t dstPitch, int w,
+                int h, int hw, int hh, const RowKernels<T>& k) {
+  if (w <= 0 || h <= 0) return true;
+  if (hw > 0) {
+    if (!Rows(op, src, srcPitch, dst, dstPitch, w, h, hw, k)) return false;
+  } else if (src != dst) {
+    for (int y = 0; y < h; ++y)
+      std::memcpy(RowAt(dst, dstPitch, y), RowAt(src, srcPitch, y), static_cast<std::size_t>(w) * sizeof(T));
+  }
+  if (hh > 0) return Columns(op, dst, dstPitch, w, h, hh, k);
+  return true;
+}
+
+template bool RunningBox<std::uint8_t>(int, const std::uint8_t*, std::ptrdiff_t, std::uint8_t*, std::ptrdiff_t,
+                                       int, int, int, int, const RowKernels<std::uint8_t>&);
+template bool RunningBox<std::uint16_t>(int, const std::uint16_t*, std::ptrdiff_t, std::uint16_t*,
+                                        std::ptrdiff_t, int, int, int, int, const RowKernels<std::uint16_t>&);
+
+}  // namespace morphology
+
+namespace testing {
+void SetRunningBoxBudget(int bytes) { morphology::tStripBudget = bytes > 0 ? static_cast<std::size_t>(bytes) : 0; }
+}  // namespace testing
+}  // namespace mirel
