@@ -26,6 +26,11 @@
 #include "mirel/filter/fixed_filters.h"
 #include "mirel/filter/kernel.h"
 
+// Geometry: resampling, shrinking, mirrors and warping.
+#include "mirel/geometry/affine.h"
+#include "mirel/geometry/shrink_mirror.h"
+#include "mirel/geometry/warp.h"
+
 // Histograms and automatic thresholds.
 #include "mirel/histogram/histogram.h"
 #include "mirel/histogram/histogram_vector.h"
