@@ -2,7 +2,10 @@
 // the frames of ImgLinearTransform, ImgScaleRotate and ImgRegister.
 #include "mirel/geometry/affine.h"
 
+#include <algorithm>
 #include <cmath>
+#include <new>
+#include <vector>
 #include <cstdint>
 #include <type_traits>
 
@@ -17,15 +20,15 @@
 namespace mirel {
 namespace geometry {
 
-AffineRowFn ActiveAffineRow() {
-  if (EGetMMX() == 0) return nullptr;
+AffineRoutines ActiveAffineRoutines() {
+  if (EGetMMX() == 0) return AffineRoutines{};
 #if defined(MIREL_X86_SIMD)
   const int level = cpu::ActiveSimdLevel();
-  if (level >= cpu::kAVX512) return Avx512AffineRow();
-  if (level >= cpu::kAVX2) return Avx2AffineRow();
-  if (level >= cpu::kSSE2) return Sse2AffineRow();
+  if (level >= cpu::kAVX512) return Avx512AffineRoutines();
+  if (level >= cpu::kAVX2) return Avx2AffineRoutines();
+  if (level >= cpu::kSSE2) return Sse2AffineRoutines();
 #endif
-  return nullptr;
+  return AffineRoutines{};
 }
 
 }  // namespace geometry
@@ -81,25 +84,238 @@ AffineSource<P> SourceOf(const EROI<T>* roi) {
                          static_cast<std::int32_t>(static_cast<std::uint32_t>(h) << 16)};
 }
 
+// The start of destination row 0 and the steps, as the pixel loop uses them:
+// the sample sits at the destination pixel's centre, and for bilinear half
+// a pixel further so that the integer part less 1 is the left neighbour.
+struct Walk {
+  std::uint32_t x0, y0, p, q, r, s;
+};
+
+Walk WalkOf(const Steps& st, int bits) {
+  const std::uint32_t half = bits == 0 ? 0u : 65536u;
+  Walk w;
+  w.p = static_cast<std::uint32_t>(st.p);
+  w.q = static_cast<std::uint32_t>(st.q);
+  w.r = static_cast<std::uint32_t>(st.r);
+  w.s = static_cast<std::uint32_t>(st.s);
+  w.x0 = static_cast<std::uint32_t>(st.tx) + static_cast<std::uint32_t>(mirel::geometry::AsSigned(w.p + w.q + half) >> 1);
+  w.y0 = static_cast<std::uint32_t>(st.ty) + static_cast<std::uint32_t>(mirel::geometry::AsSigned(w.r + w.s + half) >> 1);
+  return w;
+}
+
+// ---------------------------------------------------------------- separable form
+//
+// A map without rotation or shear (q = r = 0) whose x steps forward and does
+// not wrap along a row gives every destination row the same columns and
+// each row one source y. The horizontal sums T = A (N - fx) + B fx of a
+// source row are then computed once and shared by the destination rows that
+// need them, and each pixel is (T (N - fy) + T' fy) >> 2n of two such rows:
+// the very sums of the pixel loop. An edge column enters as P N (so the
+// vertical blend gives the one-dimensional result), an edge row as its own
+// partner with fy = 0, a column outside as 0; the bytes are those of the
+// pixel loop.
+template <class P>
+class Separable {
+ public:
+  using H = std::conditional_t<sizeof(P) == 1, std::uint16_t, std::uint32_t>;
+
+  static bool Applies(const Walk& w, int width) {
+    const std::int32_t p = mirel::geometry::AsSigned(w.p);
+    if (w.q != 0 || w.r != 0 || p <= 0 || width <= 0) return false;
+    return static_cast<std::int64_t>(mirel::geometry::AsSigned(w.x0)) + static_cast<std::int64_t>(width - 1) * p <=
+           INT32_MAX;
+  }
+
+  Separable(const AffineSource<P>& s, const Walk& w, int bits, int width,
+            const mirel::geometry::AffineRoutines& simd)
+      : s_(s), w_(w), bits_(bits), width_(width), simd_(simd) {}
+
+  // Rows [y0, y1) of the destination; false when memory is short, and then
+  // nothing has been written.
+  template <class T>
+  bool Run(EROI<T>* dst, int y0, int y1) {
+    try {
+      ix_.assign(static_cast<std::size_t>(width_), 0);
+      wx_.assign(static_cast<std::size_t>(width_), 0);
+      if (bits_ != 0) {
+        rows_[0].assign(static_cast<std::size_t>(width_), 0);
+        rows_[1].assign(static_cast<std::size_t>(width_), 0);
+      }
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+    Columns();
+    for (int v = y0; v < y1; ++v) {
+      P* out = static_cast<P*>(dst->GetGenericImagePtr(0, v));
+      const std::int32_t y = mirel::geometry::AsSigned(w_.y0 + static_cast<std::uint32_t>(v) * w_.s);
+      if (bits_ == 0) NearestRow(y, out);
+      else if (bits_ == 4) BilinearRow<4>(y, out);
+      else BilinearRow<8>(y, out);
+    }
+    return true;
+  }
+
+ private:
+  // Column zones: [0, a) outside, [a, b) first edge, [b, c) inside, [c, d)
+  // last edge, [d, width) outside. Nearest neighbour uses [b, c) alone.
+  void Columns() {
+    const std::int64_t W = s_.W;
+    const std::int64_t x0 = mirel::geometry::AsSigned(w_.x0), p = mirel::geometry::AsSigned(w_.p);
+    const std::int64_t lo = bits_ == 0 ? 0 : 32768;
+    const std::int64_t in = bits_ == 0 ? 0 : 65536;
+    const std::int64_t hi = bits_ == 0 ? W : W + 32768;
+    const std::int32_t n = bits_, mask = (1 << n) - 1;
+    a_ = b_ = c_ = d_ = 0;
+    for (int u = 0; u < width_; ++u) {
+      const std::int64_t x = x0 + u * p;
+      if (x < lo) {
+        a_ = b_ = c_ = d_ = u + 1;
+      } else if (x < in) {
+        b_ = c_ = d_ = u + 1;
+      } else if (x < W) {
+        c_ = d_ = u + 1;
+        ix_[static_cast<std::size_t>(u)] = static_cast<std::int32_t>(x >> 16) - (n == 0 ? 0 : 1);
+        const std::int32_t f = static_cast<std::int32_t>(x >> (16 - n)) & mask;
+        wx_[static_cast<std::size_t>(u)] = ((1 << n) - f) | (f << 16);
+      } else if (x < hi) {
+        d_ = u + 1;
+      }
+    }
+    stepK_ = 0;
+    if (c_ > b_ && (p & 0xffff) == 0 && (p >> 16) <= 2) stepK_ = static_cast<int>(p >> 16);
+  }
+
+  void NearestRow(std::int32_t y, P* out) {
+    if (y < 0 || y >= s_.H) {
+      std::fill(out, out + width_, P{0});
+      last_ = nullptr;
+      return;
+    }
+    const int iy = y >> 16;
+    if (last_ != nullptr && lastRow_ == iy) {  // the same source row as the row above
+      std::copy(last_, last_ + width_, out);
+      return;
+    }
+    const P* row = reinterpret_cast<const P*>(s_.base + s_.pitch * iy);
+    std::fill(out, out + b_, P{0});
+    int u = b_;
+    if constexpr (sizeof(P) == 1) {
+      if (stepK_ == 1) {
+        std::copy(row + ix_[static_cast<std::size_t>(u)], row + ix_[static_cast<std::size_t>(u)] + (c_ - u), out + u);
+        u = c_;
+      } else if (simd_.nearest != nullptr) {
+        u = simd_.nearest(row, s_.width, ix_.data(), u, c_, out);
+      }
+    }
+    for (; u < c_; ++u) out[u] = row[ix_[static_cast<std::size_t>(u)]];
+    std::fill(out + c_, out + width_, P{0});
+    last_ = out;
+    lastRow_ = iy;
+  }
+
+  // The horizontal sums of source row iy, kept for the next rows.
+  template <int n>
+  const H* Sums(int iy) {
+    for (int k = 0; k < 2; ++k)
+      if (held_[k] == iy) return rows_[k].data();
+    const int k = held_[0] == keep_ ? 1 : 0;
+    held_[k] = iy;
+    H* h = rows_[k].data();
+    const P* row = reinterpret_cast<const P*>(s_.base + s_.pitch * iy);
+    const H first = static_cast<H>(static_cast<std::uint32_t>(row[0]) << n);
+    const H last = static_cast<H>(static_cast<std::uint32_t>(row[s_.width - 1]) << n);
+    std::fill(h + a_, h + b_, first);
+    std::fill(h + c_, h + d_, last);
+    int u = b_;
+    if (stepK_ != 0) {
+      const std::uint32_t f = static_cast<std::uint32_t>(wx_[static_cast<std::size_t>(u)]) >> 16;
+      const std::uint32_t g = (1u << n) - f;
+      const P* at = row + ix_[static_cast<std::size_t>(u)];
+      const int count = c_ - u;
+      int j = 0;
+      if constexpr (sizeof(P) == 1) {
+        if (simd_.step != nullptr) j = simd_.step(at, stepK_, g, f, count, h + u);
+      }
+      if (stepK_ == 1) {
+        for (; j < count; ++j) h[u + j] = static_cast<H>(at[j] * g + at[j + 1] * f);
+      } else {
+        for (; j < count; ++j) h[u + j] = static_cast<H>(at[2 * j] * g + at[2 * j + 1] * f);
+      }
+      return h;
+    }
+    if constexpr (sizeof(P) == 1) {
+      if (simd_.horizontal != nullptr) u = simd_.horizontal(row, s_.width, ix_.data(), wx_.data(), u, c_, h);
+    }
+    for (; u < c_; ++u) {
+      const std::uint32_t wx = static_cast<std::uint32_t>(wx_[static_cast<std::size_t>(u)]);
+      const P* at = row + ix_[static_cast<std::size_t>(u)];
+      h[u] = static_cast<H>(at[0] * (wx & 0xffff) + at[1] * (wx >> 16));
+    }
+    return h;
+  }
+
+  template <int n>
+  void BilinearRow(std::int32_t y, P* out) {
+    if (y < 32768 || y >= s_.H + 32768) {
+      std::fill(out, out + width_, P{0});
+      return;
+    }
+    int top, bottom;
+    std::uint32_t fy = 0;
+    if (y < 65536 || y >= s_.H) {
+      top = bottom = y < 65536 ? 0 : s_.height - 1;
+    } else {
+      top = (y >> 16) - 1;
+      bottom = top + 1;
+      fy = (static_cast<std::uint32_t>(y) >> (16 - n)) & ((1u << n) - 1);
+    }
+    keep_ = bottom;
+    const H* t = Sums<n>(top);
+    keep_ = top;
+    const H* b = Sums<n>(bottom);
+    const std::uint32_t gy = (1u << n) - fy;
+    int u = 0;
+    if constexpr (sizeof(P) == 1) {
+      if (simd_.vertical != nullptr) u = simd_.vertical(t, b, fy, n, width_, out);
+    }
+    for (; u < width_; ++u)
+      out[u] = static_cast<P>((t[u] * gy + b[u] * fy) >> (2 * n));
+  }
+
+  AffineSource<P> s_;
+  Walk w_;
+  int bits_;
+  int width_;
+  mirel::geometry::AffineRoutines simd_;
+  int a_ = 0, b_ = 0, c_ = 0, d_ = 0;
+  int stepK_ = 0;
+  std::vector<std::int32_t> ix_;
+  std::vector<std::int32_t> wx_;
+  std::vector<H> rows_[2];
+  int held_[2] = {-1, -1};
+  int keep_ = -1;
+  const P* last_ = nullptr;
+  int lastRow_ = -1;
+};
+
 // Destination rows [y0, y1). Each row starts from the origin's position plus
 // v row steps, so any band of rows gives the bytes of the whole call.
 template <class P, class T>
 void TransformRows(const AffineSource<P>& s, EROI<T>* dst, const Steps& st, int bits, int y0, int y1,
-                   AffineRowFn fast) {
-  const std::uint32_t half = bits == 0 ? 0u : 65536u;
-  const std::uint32_t p = static_cast<std::uint32_t>(st.p), q = static_cast<std::uint32_t>(st.q);
-  const std::uint32_t r = static_cast<std::uint32_t>(st.r), sy = static_cast<std::uint32_t>(st.s);
-  const std::uint32_t x0 = static_cast<std::uint32_t>(st.tx) +
-                           static_cast<std::uint32_t>(mirel::geometry::AsSigned(p + q + half) >> 1);
-  const std::uint32_t yy0 = static_cast<std::uint32_t>(st.ty) +
-                            static_cast<std::uint32_t>(mirel::geometry::AsSigned(r + sy + half) >> 1);
+                   const mirel::geometry::AffineRoutines& simd) {
+  const Walk w = WalkOf(st, bits);
   const int width = dst->GetWidth();
+  if (Separable<P>::Applies(w, width)) {
+    Separable<P> separable(s, w, bits, width, simd);
+    if (separable.Run(dst, y0, y1)) return;
+  }
   for (int v = y0; v < y1; ++v) {
-    const AffineRow pos{x0 + static_cast<std::uint32_t>(v) * q, yy0 + static_cast<std::uint32_t>(v) * sy, p, r};
+    const AffineRow pos{w.x0 + static_cast<std::uint32_t>(v) * w.q, w.y0 + static_cast<std::uint32_t>(v) * w.s, w.p,
+                        w.r};
     P* out = static_cast<P*>(dst->GetGenericImagePtr(0, v));
     if constexpr (std::is_same<P, std::uint8_t>::value) {
-      if (fast != nullptr) {
-        fast(s, bits, pos, out, width);
+      if (simd.row != nullptr) {
+        simd.row(s, bits, pos, out, width);
         continue;
       }
     }
@@ -109,11 +325,11 @@ void TransformRows(const AffineSource<P>& s, EROI<T>* dst, const Steps& st, int 
 
 void Transform8(const EROI<EBW8>* src, EROI<EBW8>* dst, const Steps& st, int bits) {
   TransformRows(SourceOf<std::uint8_t>(src), dst, st, bits, 0, dst->GetHeight(),
-                mirel::geometry::ActiveAffineRow());
+                mirel::geometry::ActiveAffineRoutines());
 }
 
 void Transform16(const EROI<EBW16>* src, EROI<EBW16>* dst, const Steps& st, int bits) {
-  TransformRows(SourceOf<std::uint16_t>(src), dst, st, bits, 0, dst->GetHeight(), nullptr);
+  TransformRows(SourceOf<std::uint16_t>(src), dst, st, bits, 0, dst->GetHeight(), mirel::geometry::AffineRoutines{});
 }
 
 // ---------------------------------------------------------------- scale and rotate

@@ -37,6 +37,32 @@ struct Isa {
   static V Gather(const std::uint8_t* base, V idx) {
     return _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), 0xFFFF, idx, base, 1);
   }
+  static V Load(const std::int32_t* p) { return _mm512_loadu_si512(p); }
+  static void StoreU16(std::uint16_t* p, V v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvtepi32_epi16(0xFFFF, v));
+  }
+  static constexpr int kLanes16 = 32;
+  static V Widen(const std::uint8_t* p) {
+    return _mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)));
+  }
+  static void EvenOdd(const std::uint8_t* p, V& even, V& odd) {
+    const V v = _mm512_loadu_si512(p);
+    even = _mm512_and_si512(v, _mm512_set1_epi16(0xff));
+    odd = _mm512_maskz_srli_epi16(0xFFFFFFFFu, v, 8);
+  }
+  static V Set16(std::int16_t v) { return _mm512_set1_epi16(v); }
+  static V Add16(V a, V b) { return _mm512_add_epi16(a, b); }
+  static V Sub16(V a, V b) { return _mm512_sub_epi16(a, b); }
+  static V Mullo16(V a, V b) { return _mm512_mullo_epi16(a, b); }
+  static V MulhiU16(V a, V b) { return _mm512_mulhi_epu16(a, b); }
+  template <int K>
+  static V Srli16(V a) { return _mm512_maskz_srli_epi16(0xFFFFFFFFu, a, K); }
+  static V Carry16(V sum, V part) { return _mm512_movm_epi16(_mm512_cmplt_epu16_mask(sum, part)); }
+  static V LoadU16Lanes(const std::uint16_t* p) { return _mm512_loadu_si512(p); }
+  static void StoreU16Lanes(std::uint16_t* p, V v) { _mm512_storeu_si512(p, v); }
+  static void StoreBytes16(std::uint8_t* p, V v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvtepi16_epi8(0xFFFFFFFFu, v));
+  }
   static void StoreBytes(std::uint8_t* out, V v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm512_maskz_cvtepi32_epi8(0xFFFF, v));
   }
@@ -46,6 +72,9 @@ struct Isa {
 
 namespace mirel {
 namespace geometry {
-AffineRowFn Avx512AffineRow() { return blocks::Row<Isa>; }
+AffineRoutines Avx512AffineRoutines() {
+  return AffineRoutines{blocks::Row<Isa>, blocks::HorizontalGather<Isa>, blocks::NearestGather<Isa>,
+                        blocks::StepSums<Isa>, blocks::VerticalBlend<Isa>};
+}
 }  // namespace geometry
 }  // namespace mirel

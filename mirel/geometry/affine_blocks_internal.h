@@ -12,6 +12,8 @@
 //   AllWithin(v, lo, hi)      true when lo <= v < hi in every lane (signed)
 //   Gather(base, idx)         per lane the 4 bytes at base + idx, little-endian
 //   StoreBytes(out, v)        lanes holding 0..255 to out[0 .. kLanes)
+//   Load(p), StoreU16(p, v)   kLanes int32 from p; lanes holding 0..65535
+//                             to kLanes uint16 at p (wide sets only)
 //
 // A block goes across the lanes only when every pixel in it lies inside the
 // zone where the source is read with no edge rule and the 4-byte gather
@@ -106,6 +108,81 @@ void Row(const AffineSource<std::uint8_t>& s, int bits, AffineRow pos, std::uint
     case 4: RowOf<Isa, 4>(s, pos, out, count); break;
     default: RowOf<Isa, 8>(s, pos, out, count); break;
   }
+}
+
+template <class Isa>
+int HorizontalGather(const std::uint8_t* row, int width, const std::int32_t* ix, const std::int32_t* wx, int u0,
+                     int u1, std::uint16_t* h) {
+  constexpr int L = Isa::kLanes;
+  const typename Isa::V lo = Isa::Set1(0xff), hi = Isa::Set1(0xff00);
+  int u = u0;
+  for (; u + L <= u1 && ix[u + L - 1] <= width - 4; u += L) {
+    const typename Isa::V g = Isa::Gather(row, Isa::Load(ix + u));
+    const typename Isa::V pair = Isa::Or(Isa::And(g, lo), Isa::template Slli<8>(Isa::And(g, hi)));
+    Isa::StoreU16(h + u, Isa::Madd16(pair, Isa::Load(wx + u)));
+  }
+  return u;
+}
+
+template <class Isa>
+int NearestGather(const std::uint8_t* row, int width, const std::int32_t* ix, int u0, int u1, std::uint8_t* out) {
+  constexpr int L = Isa::kLanes;
+  int u = u0;
+  for (; u + L <= u1 && ix[u + L - 1] <= width - 4; u += L)
+    Isa::StoreBytes(out + u, Isa::And(Isa::Gather(row, Isa::Load(ix + u)), Isa::Set1(0xff)));
+  return u;
+}
+
+// The separable sums on 16-bit lanes (Isa::kLanes16 of them): Widen(p)
+// loads kLanes16 bytes as 16-bit lanes, EvenOdd(p, e, o) splits 2 kLanes16
+// bytes into even and odd ones; Set16, Add16, Sub16, Mullo16, MulhiU16,
+// Srli16<k> as named; Carry16(sum, part) is all ones in a lane where the
+// 16-bit sum wrapped (sum < part, unsigned); LoadU16Lanes, StoreU16Lanes;
+// StoreBytes16(out, v) packs lanes holding 0..255 to bytes.
+template <class Isa>
+int StepSums(const std::uint8_t* at, int k, std::uint32_t g, std::uint32_t f, int count, std::uint16_t* h) {
+  constexpr int L = Isa::kLanes16;
+  const auto vg = Isa::Set16(static_cast<std::int16_t>(g)), vf = Isa::Set16(static_cast<std::int16_t>(f));
+  int j = 0;
+  if (k == 1) {
+    for (; j + L <= count; j += L) {
+      const auto a = Isa::Widen(at + j), b = Isa::Widen(at + j + 1);
+      Isa::StoreU16Lanes(h + j, Isa::Add16(Isa::Mullo16(a, vg), Isa::Mullo16(b, vf)));
+    }
+  } else {
+    for (; j + L <= count; j += L) {
+      typename Isa::V a, b;
+      Isa::EvenOdd(at + 2 * j, a, b);
+      Isa::StoreU16Lanes(h + j, Isa::Add16(Isa::Mullo16(a, vg), Isa::Mullo16(b, vf)));
+    }
+  }
+  return j;
+}
+
+template <class Isa>
+int VerticalBlend(const std::uint16_t* t, const std::uint16_t* b, std::uint32_t fy, int n, int count,
+                  std::uint8_t* out) {
+  constexpr int L = Isa::kLanes16;
+  const std::uint32_t gy = (1u << n) - fy;
+  const auto vg = Isa::Set16(static_cast<std::int16_t>(gy)), vf = Isa::Set16(static_cast<std::int16_t>(fy));
+  int u = 0;
+  if (n == 4) {  // every product and the sum fit in 16 bits
+    for (; u + L <= count; u += L) {
+      const auto sum = Isa::Add16(Isa::Mullo16(Isa::LoadU16Lanes(t + u), vg), Isa::Mullo16(Isa::LoadU16Lanes(b + u), vf));
+      Isa::StoreBytes16(out + u, Isa::template Srli16<8>(sum));
+    }
+    return u;
+  }
+  // n == 8: the result is the upper half of the 32-bit sum of two 32-bit
+  // products, assembled from 16-bit halves with the carry of the lower.
+  for (; u + L <= count; u += L) {
+    const auto vt = Isa::LoadU16Lanes(t + u), vb = Isa::LoadU16Lanes(b + u);
+    const auto lo1 = Isa::Mullo16(vt, vg);
+    const auto lo = Isa::Add16(lo1, Isa::Mullo16(vb, vf));
+    const auto hi = Isa::Add16(Isa::MulhiU16(vt, vg), Isa::MulhiU16(vb, vf));
+    Isa::StoreBytes16(out + u, Isa::Sub16(hi, Isa::Carry16(lo, lo1)));
+  }
+  return u;
 }
 
 }  // namespace blocks

@@ -120,15 +120,45 @@ inline void SampleRow(const AffineSource<P>& s, int bits, AffineRow pos, P* out,
 using AffineRowFn = void (*)(const AffineSource<std::uint8_t>& s, int bits, AffineRow pos,
                              std::uint8_t* out, int count);
 
+// The separable form (maps without rotation or shear) gathers columns of
+// one 8-bit source row through a table of column indices. Each routine
+// starts at column u0, stops before u1 or at the first block whose 4-byte
+// reads would pass column width - 1 (the indices grow with u), and returns
+// the first column not done.
+//   HorizontalFn: h[u] = row[ix[u]] (N - f) + row[ix[u] + 1] f, with the
+//                 weights packed as wx[u] = (N - f) | f << 16.
+//   NearestFn:    out[u] = row[ix[u]].
+using HorizontalFn = int (*)(const std::uint8_t* row, int width, const std::int32_t* ix, const std::int32_t* wx,
+                             int u0, int u1, std::uint16_t* h);
+using NearestFn = int (*)(const std::uint8_t* row, int width, const std::int32_t* ix, int u0, int u1,
+                          std::uint8_t* out);
+
+//   StepFn:       h[j] = at[k j] g + at[k j + 1] f for j in [0, count), k
+//                 1 or 2 (a whole step, so one fraction for every column).
+//   VerticalFn:   out[u] = (t[u] (N - fy) + b[u] fy) >> 2n, n 4 or 8.
+// Both return the first index not done; every read lies in the ranges named.
+using StepFn = int (*)(const std::uint8_t* at, int k, std::uint32_t g, std::uint32_t f, int count,
+                       std::uint16_t* h);
+using VerticalFn = int (*)(const std::uint16_t* t, const std::uint16_t* b, std::uint32_t fy, int n, int count,
+                           std::uint8_t* out);
+
+struct AffineRoutines {
+  AffineRowFn row;
+  HorizontalFn horizontal;  // may be null
+  NearestFn nearest;        // may be null
+  StepFn step;              // may be null
+  VerticalFn vertical;      // may be null
+};
+
 #if defined(MIREL_X86_SIMD)
-AffineRowFn Sse2AffineRow();
-AffineRowFn Avx2AffineRow();
-AffineRowFn Avx512AffineRow();
+AffineRoutines Sse2AffineRoutines();
+AffineRoutines Avx2AffineRoutines();
+AffineRoutines Avx512AffineRoutines();
 #endif
 
-// The row routine for the calling thread's fast-path setting, or null when
+// The routines for the calling thread's fast-path setting; all null when
 // the scalar path must run. Reads EGetMMX().
-AffineRowFn ActiveAffineRow();
+AffineRoutines ActiveAffineRoutines();
 
 }  // namespace geometry
 }  // namespace mirel

@@ -46,6 +46,31 @@ struct Isa {
     for (int k = 0; k < 4; ++k) std::memcpy(&v[k], base + at[k], 4);
     return _mm_setr_epi32(v[0], v[1], v[2], v[3]);
   }
+  static constexpr int kLanes16 = 8;
+  static V Widen(const std::uint8_t* p) {
+    return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
+  }
+  static void EvenOdd(const std::uint8_t* p, V& even, V& odd) {
+    const V v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    even = _mm_and_si128(v, _mm_set1_epi16(0xff));
+    odd = _mm_srli_epi16(v, 8);
+  }
+  static V Set16(std::int16_t v) { return _mm_set1_epi16(v); }
+  static V Add16(V a, V b) { return _mm_add_epi16(a, b); }
+  static V Sub16(V a, V b) { return _mm_sub_epi16(a, b); }
+  static V Mullo16(V a, V b) { return _mm_mullo_epi16(a, b); }
+  static V MulhiU16(V a, V b) { return _mm_mulhi_epu16(a, b); }
+  template <int K>
+  static V Srli16(V a) { return _mm_srli_epi16(a, K); }
+  static V Carry16(V sum, V part) {
+    const V bias = _mm_set1_epi16(static_cast<short>(0x8000));
+    return _mm_cmplt_epi16(_mm_xor_si128(sum, bias), _mm_xor_si128(part, bias));
+  }
+  static V LoadU16Lanes(const std::uint16_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+  static void StoreU16Lanes(std::uint16_t* p, V v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+  static void StoreBytes16(std::uint8_t* p, V v) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(v, v));
+  }
   static void StoreBytes(std::uint8_t* out, V v) {
     const V w = _mm_packs_epi32(v, v);
     const std::int32_t four = _mm_cvtsi128_si32(_mm_packus_epi16(w, w));
@@ -57,7 +82,7 @@ struct Isa {
 
 namespace mirel {
 namespace geometry {
-AffineRowFn Sse2AffineRow() { return blocks::Row<Isa>; }
+AffineRoutines Sse2AffineRoutines() { return AffineRoutines{blocks::Row<Isa>, nullptr, nullptr, blocks::StepSums<Isa>, blocks::VerticalBlend<Isa>}; }
 }  // namespace geometry
 }  // namespace mirel
 

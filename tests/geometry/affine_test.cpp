@@ -56,6 +56,11 @@ Map RandomMap(Rng& rng, int kind, int dw, int dh) {
     }
     case 5: return {{1, uni(-1, 1), uni(-3, 3), uni(-0.5, 0.5), 1, uni(-2, 2)}};          // shears
     case 6: return {{uni(0.9, 1.1), uni(-0.05, 0.05), uni(-1, 1), uni(-0.05, 0.05), uni(0.9, 1.1), uni(-1, 1)}};
+    case 7: {                                                                              // exact scales
+      const float scales[5] = {0.5f, 1.0f, 2.0f, 0.25f, -1.0f};
+      return {{scales[rng() % 5], 0, static_cast<float>(rng() % 9) / 4.0f - 1, 0, scales[rng() % 5],
+               static_cast<float>(rng() % 9) / 4.0f - 1}};
+    }
     default: {                                                                             // extreme steps
       const float big = (rng() & 1) ? 1e-6f : 3e5f;
       return {{big, uni(-1, 1), uni(-1e5, 1e5), uni(-1, 1), (rng() & 1) ? big : 1.0f, uni(-1e5, 1e5)}};
@@ -73,7 +78,7 @@ TEST(LinearTransform, MatchesTheFixedPointModelOnRandomRoisOnEveryPath) {
       const int sh = 1 + static_cast<int>(rng() % (iter % 4 == 1 ? 3 : 16));
       const int dw = 1 + static_cast<int>(rng() % 90), dh = 1 + static_cast<int>(rng() % 10);
       const int bits = (iter % 3) * 4;
-      const int kind = static_cast<int>(rng() % 8);
+      const int kind = static_cast<int>(rng() % 9);
       const Map m = RandomMap(rng, kind, dw, dh);
       EImage<EBW8> simg, dimg;
       EROI<EBW8> src, dst;
@@ -103,7 +108,7 @@ TEST(LinearTransform, FastPathsGiveTheScalarBytesOnWideRows) {
   EImage<EBW8> src(300, 40), ref(257, 37), out(257, 37);
   testsupport::FillRandom(src, rng);
   for (int iter = 0; iter < 24; ++iter) {
-    const Map m = RandomMap(rng, 2 + iter % 5, 257, 37);
+    const Map m = RandomMap(rng, 2 + iter % 6, 257, 37);
     const int bits = (iter % 3) * 4;
     {
       testsupport::PathGuard scalar(-1);
@@ -123,7 +128,7 @@ TEST(LinearTransform, SixteenBitAndColourFollowTheModel) {
     const int sw = 1 + static_cast<int>(rng() % 40), sh = 1 + static_cast<int>(rng() % 12);
     const int dw = 1 + static_cast<int>(rng() % 50), dh = 1 + static_cast<int>(rng() % 9);
     const int bits = (iter % 3) * 4;
-    const Map m = RandomMap(rng, static_cast<int>(rng() % 8), dw, dh);
+    const Map m = RandomMap(rng, static_cast<int>(rng() % 9), dw, dh);
     gmodel::Steps st;
     ASSERT_TRUE(gmodel::Invert(m.k[0], m.k[1], m.k[2], m.k[3], m.k[4], m.k[5], st));
     {
@@ -248,7 +253,7 @@ TEST(LinearTransform, LargeSourcesAreRefusedOrReadInside) {
   for (int path : testsupport::AllPaths()) {
     testsupport::PathGuard guard(path);
     for (int iter = 0; iter < 30; ++iter) {
-      const Map m = RandomMap(rng, 3 + iter % 5, 40, 3);
+      const Map m = RandomMap(rng, 3 + iter % 6, 40, 3);
       const float k[6] = {m.k[0] / 1000.0f, m.k[1], m.k[2] - 32000.0f * (iter % 2), m.k[3], m.k[4], m.k[5]};
       ImgLinearTransform(&largest, k[0], k[1], k[2], k[3], k[4], k[5], &dst, (iter % 3) * 4);
       ASSERT_EQ(EGetError(), E_OK);
