@@ -311,6 +311,14 @@ TEST(Register, RecoversKnownTransforms) {
       const bool in = u < 10 && v < 30;
       ASSERT_EQ(a.GetPixel(u, v).value, in ? src.GetPixel(v, 9 - u).value : 0) << u << "," << v;
     }
+  // Coincident source pivots: without scaling the source direction counts
+  // as 0 (the same map as above); with scaling the scale is not finite and
+  // nothing stops it, but nothing is read outside either.
+  EImage<EBW8> c(34, 24);
+  ImgRegister(&src, &c, 0, 0, 0, 0, 10, 0, 10, 1, 0, 0);
+  EXPECT_EQ(testsupport::Bytes(c), testsupport::Bytes(a));
+  ImgRegister(&src, &c, 0, 0, 0, 0, 10, 0, 10, 1, 8, 1);
+  EXPECT_EQ(EGetError(), E_OK);
   // With scaling, twice the distance doubles the image.
   ImgRegister(&src, &a, 0, 0, 1, 0, 0, 0, 2, 0, 0, 1);
   for (int v = 0; v < 24; ++v)
