@@ -67,11 +67,10 @@ void ImgWarp(const EROI<EC24>* src, EROI<EC24>* dst, const EImage<EBW16>* warpX,
 
 short ImgWarp(const EROI<EBW8>* src, EROI<EBW8>* dst, const EImage<EBW32>* warp) {
   mirel::Frame frame("ImgWarp");
-  if (!frame.SameSize(src, dst)) return frame.Result();
-  if (!frame.NotVoid(warp)) return frame.Result();
-  if (!frame.Require(warp->GetWidth() >= dst->GetWidth() && warp->GetHeight() >= dst->GetHeight(),
+  if (!frame.SameSize(src, dst) || !frame.Require(warp != nullptr, E_ERROR_VOID_IMAGE) ||
+      !frame.Require(warp->GetWidth() >= dst->GetWidth() && warp->GetHeight() >= dst->GetHeight(),
                      E_ERROR_WARP_MAP) ||
-      !frame.NotVoid(src, dst))
+      !frame.NotVoid(src, dst, warp))
     return frame.Result();
   const mirel::Rows<const EBW8> s = mirel::RowsOf(src);
   const mirel::Rows<EBW8> d = mirel::RowsOf(dst);

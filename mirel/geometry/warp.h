@@ -12,9 +12,9 @@
 // ImgWarp with one map: each EBW32 pixel holds two unsigned 16-bit values,
 // x first in memory and y second. The map may be larger than the
 // destination (its extra pixels are skipped). Codes, in the order checked:
-// 1403 source and destination differ in size; 2200 the map is narrower or
-// lower than the destination; 1400 a void ROI or map; 1301 no memory for
-// the row table. A map entry outside the source stops the walk with 1405:
+// 1403 source and destination differ in size; 1400 the map is null; 2200
+// the map is narrower or lower than the destination; 1400 a void ROI or
+// map; 1301 no memory for the row table. A map entry outside the source stops the walk with 1405:
 // the pixels written before it stay written.
 //
 // ImgSetCircleWarp sizes both maps to width x height and fills them so that

@@ -80,7 +80,10 @@ TEST(Warp, OneMapReadsPackedPairsAndStopsOnAnEntryOutside) {
   EXPECT_EQ(ImgWarp(&src, &dst, &map), E_ERROR_SIZE_MISMATCH);
   EImage<EBW32> narrow(11, 7), none;
   EXPECT_EQ(ImgWarp(&src, &small, &narrow), E_ERROR_WARP_MAP);
-  EXPECT_EQ(ImgWarp(&src, &small, &none), E_ERROR_VOID_IMAGE);
+  EXPECT_EQ(ImgWarp(&src, &small, &none), E_ERROR_WARP_MAP);  // the size is tested before the pointer
+  EXPECT_EQ(ImgWarp(&src, &small, static_cast<EImage<EBW32>*>(nullptr)), E_ERROR_VOID_IMAGE);
+  EImage<EBW8> voidDst;
+  EXPECT_EQ(ImgWarp(&voidDst, &voidDst, &map), E_ERROR_VOID_IMAGE);
   EXPECT_EQ(testsupport::Snapshot(dst), before);
 }
 
