@@ -54,11 +54,15 @@ void Shrink(const EROI<T>* src, EROI<T>* dst) {
   const mirel::Rows<P> d{static_cast<P*>(dst->GetGenericImagePtr(0, 0)), dst->GetRowPitch(), dst->GetWidth(),
                          dst->GetHeight()};
   if (d.width == 0 || d.height == 0) return;
-  const std::vector<int> cols = Bounds(s.width, d.width), rows = Bounds(s.height, d.height);
-  // 32-bit column sums hold any block of up to 2^32 / 65536 rows.
-  const int maxRows = (s.height + d.height - 1) / d.height + 1;
-  if (maxRows <= 65536) ShrinkRows<P, std::uint32_t>(s, d, cols, rows, 0, d.height);
-  else ShrinkRows<P, std::uint64_t>(s, d, cols, rows, 0, d.height);
+  try {
+    const std::vector<int> cols = Bounds(s.width, d.width), rows = Bounds(s.height, d.height);
+    // 32-bit column sums hold any block of up to 2^32 / 65536 rows.
+    const int maxRows = (s.height + d.height - 1) / d.height + 1;
+    if (maxRows <= 65536) ShrinkRows<P, std::uint32_t>(s, d, cols, rows, 0, d.height);
+    else ShrinkRows<P, std::uint64_t>(s, d, cols, rows, 0, d.height);
+  } catch (const std::bad_alloc&) {
+    ESetError(E_ERROR_OUT_OF_MEMORY);  // the tables come before any pixel is written
+  }
 }
 
 template <class T>

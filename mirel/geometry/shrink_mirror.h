@@ -7,8 +7,9 @@
 // its pixel count, truncated. Blocks differ by one row or column when the
 // sizes do not divide evenly; equal sizes copy. Codes: 1400 when either ROI
 // is void; 1403 when the destination is wider or higher than the source
-// (some blocks would be empty). Nothing is written when a check fails. The
-// EC24 form averages each component on its own.
+// (some blocks would be empty); 1303 when its tables cannot be had.
+// Nothing is written when a check fails. The EC24 form averages each
+// component on its own.
 //
 // ImgHorizontalMirror reverses the pixels of every row; ImgVerticalMirror
 // reverses the order of the rows. Both work in place on the one ROI given,
