@@ -323,9 +323,9 @@ void TransformRows(const AffineSource<P>& s, EROI<T>* dst, const Steps& st, int 
   }
 }
 
-void Transform8(const EROI<EBW8>* src, EROI<EBW8>* dst, const Steps& st, int bits) {
-  TransformRows(SourceOf<std::uint8_t>(src), dst, st, bits, 0, dst->GetHeight(),
-                mirel::geometry::ActiveAffineRoutines());
+void Transform8(const EROI<EBW8>* src, EROI<EBW8>* dst, const Steps& st, int bits,
+                const mirel::geometry::AffineRoutines& simd) {
+  TransformRows(SourceOf<std::uint8_t>(src), dst, st, bits, 0, dst->GetHeight(), simd);
 }
 
 void Transform16(const EROI<EBW16>* src, EROI<EBW16>* dst, const Steps& st, int bits) {
@@ -444,7 +444,7 @@ void ImgLinearTransform(const EROI<EBW8>* src, float a, float b, float c, float 
   const float k[6] = {a, b, c, d, e, f};
   Steps steps;
   if (!Prepare(frame, src, k, interpolationBits, steps)) return;
-  Transform8(src, dst, steps, interpolationBits);
+  Transform8(src, dst, steps, interpolationBits, mirel::geometry::ActiveAffineRoutines());
 }
 
 void ImgLinearTransform(const EROI<EBW16>* src, float a, float b, float c, float d, float e, float f,
@@ -464,8 +464,9 @@ void ImgLinearTransform(const EROI<EC24>* src, float a, float b, float c, float 
   const float k[6] = {a, b, c, d, e, f};
   Steps steps;
   if (!Prepare(frame, src, k, interpolationBits, steps)) return;
+  const mirel::geometry::AffineRoutines simd = mirel::geometry::ActiveAffineRoutines();
   mirel::ByComponent(src, dst, [&](const EROI<EBW8>* in, EROI<EBW8>* out) {
-    Transform8(in, out, steps, interpolationBits);
+    Transform8(in, out, steps, interpolationBits, simd);
   });
 }
 
