@@ -34,6 +34,11 @@
 #include "mirel/morphology/median.h"
 #include "mirel/morphology/morphology.h"
 
+// Geometry: resampling, shrinking, mirrors and warping.
+#include "mirel/geometry/affine.h"
+#include "mirel/geometry/shrink_mirror.h"
+#include "mirel/geometry/warp.h"
+
 // Histograms and automatic thresholds.
 #include "mirel/histogram/histogram.h"
 #include "mirel/histogram/histogram_vector.h"

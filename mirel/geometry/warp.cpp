@@ -1,0 +1,126 @@
+// ImgWarp through two signed maps or one packed map, and ImgSetCircleWarp.
+#include "mirel/geometry/warp.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "mirel/filter/convolution_internal.h"
+#include "mirel/foundation/color_route_internal.h"
+#include "mirel/foundation/frame_internal.h"
+#include "mirel/foundation/runtime.h"
+
+namespace {
+
+// Two maps: a position outside the source, compared as unsigned so that a
+// negative one is outside too, draws 0.
+void WarpTwo(const EROI<EBW8>* src, EROI<EBW8>* dst, const EImage<EBW16>* warpX, const EImage<EBW16>* warpY,
+             int shiftX, int shiftY) {
+  const mirel::Rows<const EBW8> s = mirel::RowsOf(src);
+  const mirel::Rows<EBW8> d = mirel::RowsOf(dst);
+  const mirel::Rows<const EBW16> mx = mirel::RowsOf(static_cast<const EROI<EBW16>*>(warpX));
+  const mirel::Rows<const EBW16> my = mirel::RowsOf(static_cast<const EROI<EBW16>*>(warpY));
+  const std::uint32_t w = static_cast<std::uint32_t>(s.width), h = static_cast<std::uint32_t>(s.height);
+  const std::uint32_t sx = static_cast<std::uint32_t>(shiftX), sy = static_cast<std::uint32_t>(shiftY);
+  for (int v = 0; v < d.height; ++v) {
+    const EBW16* rx = mx.Row(v);
+    const EBW16* ry = my.Row(v);
+    EBW8* out = d.Row(v);
+    for (int u = 0; u < d.width; ++u) {
+      const std::uint32_t x = static_cast<std::uint32_t>(static_cast<std::int16_t>(rx[u].value)) + sx;
+      const std::uint32_t y = static_cast<std::uint32_t>(static_cast<std::int16_t>(ry[u].value)) + sy;
+      out[u] = (x >= w || y >= h) ? EBW8(0) : s.Row(static_cast<int>(y))[x];
+    }
+  }
+}
+
+bool WarpTwoChecks(mirel::Frame& frame, const EGenericROI* src, const EGenericROI* dst, const EGenericROI* warpX,
+                   const EGenericROI* warpY) {
+  return frame.NotVoid(src, dst, warpX, warpY) && frame.SameSize(dst, warpX) && frame.SameSize(dst, warpY);
+}
+
+// The position of one map entry as a 16-bit value, truncated towards zero
+// (wrapping, as a 32-bit conversion narrowed to 16 bits would).
+EBW16 ToMap(float v) {
+  return EBW16(static_cast<unsigned short>(static_cast<std::uint32_t>(mirel::filter::TruncToInt32(v))));
+}
+
+}  // namespace
+
+short ImgWarp(const EROI<EBW8>* src, EROI<EBW8>* dst, const EImage<EBW16>* warpX, const EImage<EBW16>* warpY,
+              int shiftX, int shiftY) {
+  mirel::Frame frame("ImgWarp");
+  if (WarpTwoChecks(frame, src, dst, warpX, warpY)) WarpTwo(src, dst, warpX, warpY, shiftX, shiftY);
+  return frame.Result();
+}
+
+void ImgWarp(const EROI<EC24>* src, EROI<EC24>* dst, const EImage<EBW16>* warpX, const EImage<EBW16>* warpY,
+             int shiftX, int shiftY) {
+  mirel::Frame frame("ImgWarp ( C24)");
+  if (!WarpTwoChecks(frame, src, dst, warpX, warpY)) return;
+  mirel::ByComponent(src, dst, [&](const EROI<EBW8>* in, EROI<EBW8>* out) {
+    WarpTwo(in, out, warpX, warpY, shiftX, shiftY);
+  });
+}
+
+short ImgWarp(const EROI<EBW8>* src, EROI<EBW8>* dst, const EImage<EBW32>* warp) {
+  mirel::Frame frame("ImgWarp");
+  if (!frame.SameSize(src, dst) || !frame.Require(warp != nullptr, E_ERROR_VOID_IMAGE) ||
+      !frame.Require(warp->GetWidth() >= dst->GetWidth() && warp->GetHeight() >= dst->GetHeight(),
+                     E_ERROR_WARP_MAP) ||
+      !frame.NotVoid(src, dst, warp))
+    return frame.Result();
+  const mirel::Rows<const EBW8> s = mirel::RowsOf(src);
+  const mirel::Rows<EBW8> d = mirel::RowsOf(dst);
+  const mirel::Rows<const EBW32> m = mirel::RowsOf(static_cast<const EROI<EBW32>*>(warp));
+  // Byte offset of each source row, saving a multiplication per pixel.
+  std::unique_ptr<std::ptrdiff_t[]> table(new (std::nothrow) std::ptrdiff_t[static_cast<std::size_t>(s.height) + 1]);
+  if (table == nullptr) {
+    frame.Fail(E_ERROR_WORK_BUFFER);
+    return frame.Result();
+  }
+  for (int y = 0; y < s.height; ++y) table[static_cast<std::size_t>(y)] = s.pitch * y;
+  const unsigned char* base = reinterpret_cast<const unsigned char*>(s.base);
+  for (int v = 0; v < d.height; ++v) {
+    const EBW32* row = m.Row(v);
+    EBW8* out = d.Row(v);
+    for (int u = 0; u < d.width; ++u) {
+      std::uint16_t xy[2];
+      std::memcpy(xy, &row[u], sizeof xy);
+      if (xy[0] >= s.width || xy[1] >= s.height) {
+        frame.Fail(E_ERROR_WARP_OUTSIDE);
+        return frame.Result();
+      }
+      out[u] = EBW8(base[table[xy[1]] + xy[0]]);
+    }
+  }
+  return frame.Result();
+}
+
+void ImgSetCircleWarp(float centreX, float centreY, int height, float lastRowRadius, float firstRowRadius, int width,
+                      float firstAngle, float lastAngle, EImage<EBW16>* warpX, EImage<EBW16>* warpY) {
+  mirel::Frame frame("ImgSetCircleWarp");
+  if (!frame.Require(warpX != nullptr && warpY != nullptr, E_ERROR_VOID_IMAGE) ||
+      !frame.Require(width >= 2 && height >= 2, E_ERROR_BAD_ARGUMENT))
+    return;
+  const float first = EToRadians(firstAngle), last = EToRadians(lastAngle);
+  warpX->SetSize(width, height);
+  if (EGetError() != E_OK) return;
+  warpY->SetSize(width, height);
+  if (EGetError() != E_OK) return;
+  const float step = 1.0f / static_cast<float>(height - 1);
+  for (int i = 0; i < width; ++i) {
+    const float t = (static_cast<float>(width - 1 - i) * first + static_cast<float>(i) * last) /
+                    static_cast<float>(width - 1);
+    const float c = std::cos(t), s = std::sin(t);
+    const float firstRowX = c * firstRowRadius + centreX, lastRowX = c * lastRowRadius + centreX;
+    const float firstRowY = s * firstRowRadius + centreY, lastRowY = s * lastRowRadius + centreY;
+    float a = 0.0f, b = 1.0f;
+    for (int j = 0; j < height; ++j, a += step, b -= step) {
+      warpX->SetPixel(ToMap(firstRowX * b + lastRowX * a), i, j);
+      warpY->SetPixel(ToMap(firstRowY * b + lastRowY * a), i, j);
+    }
+  }
+}
