@@ -35,6 +35,9 @@
 #include "mirel/histogram/projection.h"
 #include "mirel/histogram/threshold_selection.h"
 
+// Measurement.
+#include "mirel/measure/statistics.h"
+
 // Vectors, contours and drawing.
 #include "mirel/vector/records.h"
 
