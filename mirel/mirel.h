@@ -36,6 +36,7 @@
 #include "mirel/histogram/threshold_selection.h"
 
 // Measurement.
+#include "mirel/measure/moments.h"
 #include "mirel/measure/statistics.h"
 
 // Vectors, contours and drawing.
