@@ -37,6 +37,7 @@
 
 // Measurement.
 #include "mirel/measure/moments.h"
+#include "mirel/measure/noise.h"
 #include "mirel/measure/statistics.h"
 
 // Vectors, contours and drawing.
