@@ -134,14 +134,66 @@ void LowOrders(const Source& src, bool second, float* out) {
   if (second) out[4] = (out[3] + out[5] - out[4]) * 0.5f;
 }
 
+template <class P>
+void HighRowScalar(const P* p, int width, const float ys[4], bool fourth, float acc[12]) {
+  const float fy = ys[0], yy = ys[1], yyy = ys[2], yyyy = ys[3];
+  float m20 = acc[0], m11 = acc[1], m02 = acc[2], m30 = acc[3], m21 = acc[4], m12 = acc[5], m03 = acc[6];
+  float m40 = acc[7], m31 = acc[8], m22 = acc[9], m13 = acc[10], m04 = acc[11];
+  float fx = 0.0f;
+  if (!fourth) {
+    for (int x = 0; x < width; ++x, fx += 1.0f) {
+      const float fp = static_cast<float>(p[x].value);
+      const float px = fp * fx, pxx = px * fx;
+      m20 += pxx;
+      m11 += px * fy;
+      m02 += fp * yy;
+      m30 += pxx * fx;
+      m21 += pxx * fy;
+      m12 += px * yy;
+      m03 += fp * yyy;
+    }
+  } else {
+    for (int x = 0; x < width; ++x, fx += 1.0f) {
+      const float fp = static_cast<float>(p[x].value);
+      const float px = fp * fx, pxx = px * fx, pxxx = pxx * fx;
+      m20 += pxx;
+      m11 += px * fy;
+      m02 += fp * yy;
+      m30 += pxxx;
+      m21 += pxx * fy;
+      m12 += px * yy;
+      m03 += fp * yyy;
+      m40 += pxxx * fx;
+      m31 += pxxx * fy;
+      m22 += pxx * yy;
+      m13 += px * yyy;
+      m04 += fp * yyyy;
+    }
+  }
+  const float out[12] = {m20, m11, m02, m30, m21, m12, m03, m40, m31, m22, m13, m04};
+  for (int k = 0; k < 12; ++k) acc[k] = out[k];
+}
+
+template <class P>
+mirel::measure::HighRowFn<P> PickHighRow(int mmx) {
+#if defined(MIREL_X86_SIMD)
+  if (mmx != 0 && mirel::cpu::ActiveSimdLevel() >= mirel::cpu::kSSE2)
+    return static_cast<mirel::measure::HighRowFn<P>>(mirel::measure::HighRowSSE2);
+#else
+  (void)mmx;
+#endif
+  return HighRowScalar<P>;
+}
+
 // Third or fourth order: M00, M10, M01 from the rows' 32-bit sums, every
 // term of order two and above added pixel by pixel in single precision.
 template <class P, class Source>
-void HighOrders(const EROI<P>* roi, const Source& src, bool fourth, float* out) {
+void HighOrders(const EROI<P>* roi, const Source& src, bool fourth, int mmx, float* out) {
   const int count = fourth ? 15 : 10;
   for (int k = 0; k < count; ++k) out[k] = 0.0f;
   const mirel::Rows<const P> rows = mirel::RowsOf(roi);
-  float m20 = 0, m11 = 0, m02 = 0, m30 = 0, m21 = 0, m12 = 0, m03 = 0, m40 = 0, m31 = 0, m22 = 0, m13 = 0, m04 = 0;
+  const mirel::measure::HighRowFn<P> row = PickHighRow<P>(mmx);
+  float acc[12] = {};
   for (int y = 0; y < rows.height; ++y) {
     std::uint32_t s[3];
     src.Sums(y, s);
@@ -149,42 +201,11 @@ void HighOrders(const EROI<P>* roi, const Source& src, bool fourth, float* out) 
     out[0] += static_cast<float>(s[0]);
     out[1] += static_cast<float>(s[1]);
     out[2] += static_cast<float>(uy * s[0]);
-    const float fy = static_cast<float>(y), yy = fy * fy, yyy = yy * fy, yyyy = yyy * fy;
-    const P* p = rows.Row(y);
-    float fx = 0.0f;
-    if (!fourth) {
-      for (int x = 0; x < rows.width; ++x, fx += 1.0f) {
-        const float fp = static_cast<float>(p[x].value);
-        const float px = fp * fx, pxx = px * fx;
-        m20 += pxx;
-        m11 += px * fy;
-        m02 += fp * yy;
-        m30 += pxx * fx;
-        m21 += pxx * fy;
-        m12 += px * yy;
-        m03 += fp * yyy;
-      }
-    } else {
-      for (int x = 0; x < rows.width; ++x, fx += 1.0f) {
-        const float fp = static_cast<float>(p[x].value);
-        const float px = fp * fx, pxx = px * fx, pxxx = pxx * fx;
-        m20 += pxx;
-        m11 += px * fy;
-        m02 += fp * yy;
-        m30 += pxxx;
-        m21 += pxx * fy;
-        m12 += px * yy;
-        m03 += fp * yyy;
-        m40 += pxxx * fx;
-        m31 += pxxx * fy;
-        m22 += pxx * yy;
-        m13 += px * yyy;
-        m04 += fp * yyyy;
-      }
-    }
+    const float fy = static_cast<float>(y);
+    const float ys[4] = {fy, fy * fy, fy * fy * fy, fy * fy * fy * fy};
+    row(rows.Row(y), rows.width, ys, fourth, acc);
   }
-  const float high[12] = {m20, m11, m02, m30, m21, m12, m03, m40, m31, m22, m13, m04};
-  for (int k = 3; k < count; ++k) out[k] = high[k - 3];
+  for (int k = 3; k < count; ++k) out[k] = acc[k - 3];
 }
 
 // Runs a moment form: checks the image, computes `n` outputs into a buffer
@@ -248,7 +269,7 @@ void ImgWeightedMoments(const EROI<EBW8>* roi, float& m00, float& m10, float& m0
                         float& m02, float& m30, float& m21, float& m12, float& m03) {
   const int mmx = EGetMMX();
   Moments("ImgWeightedMoments ( third order)", roi, {&m00, &m10, &m01, &m20, &m11, &m02, &m30, &m21, &m12, &m03},
-          [&](float* o) { HighOrders(roi, RowSource8(roi, kWeighted, mmx), false, o); });
+          [&](float* o) { HighOrders(roi, RowSource8(roi, kWeighted, mmx), false, mmx, o); });
 }
 
 void ImgWeightedMoments(const EROI<EBW8>* roi, float& m00, float& m10, float& m01, float& m20, float& m11,
@@ -257,7 +278,7 @@ void ImgWeightedMoments(const EROI<EBW8>* roi, float& m00, float& m10, float& m0
   const int mmx = EGetMMX();
   Moments("ImgWeightedMoments ( fourth order)", roi,
           {&m00, &m10, &m01, &m20, &m11, &m02, &m30, &m21, &m12, &m03, &m40, &m31, &m22, &m13, &m04},
-          [&](float* o) { HighOrders(roi, RowSource8(roi, kWeighted, mmx), true, o); });
+          [&](float* o) { HighOrders(roi, RowSource8(roi, kWeighted, mmx), true, mmx, o); });
 }
 
 void ImgWeightedMoments(const EROI<EBW16>* roi, float& m00, float& m10, float& m01) {
@@ -273,17 +294,19 @@ void ImgWeightedMoments(const EROI<EBW16>* roi, float& m00, float& m10, float& m
 
 void ImgWeightedMoments(const EROI<EBW16>* roi, float& m00, float& m10, float& m01, float& m20, float& m11,
                         float& m02, float& m30, float& m21, float& m12, float& m03) {
+  const int mmx = EGetMMX();
   Moments("ImgWeightedMoments (third order)(BW16)", roi,
           {&m00, &m10, &m01, &m20, &m11, &m02, &m30, &m21, &m12, &m03},
-          [&](float* o) { HighOrders(roi, RowSource16(roi, kWeighted), false, o); });
+          [&](float* o) { HighOrders(roi, RowSource16(roi, kWeighted), false, mmx, o); });
 }
 
 void ImgWeightedMoments(const EROI<EBW16>* roi, float& m00, float& m10, float& m01, float& m20, float& m11,
                         float& m02, float& m30, float& m21, float& m12, float& m03, float& m40, float& m31,
                         float& m22, float& m13, float& m04) {
+  const int mmx = EGetMMX();
   Moments("ImgWeightedMoments (fourth order)(BW16)", roi,
           {&m00, &m10, &m01, &m20, &m11, &m02, &m30, &m21, &m12, &m03, &m40, &m31, &m22, &m13, &m04},
-          [&](float* o) { HighOrders(roi, RowSource16(roi, kWeighted), true, o); });
+          [&](float* o) { HighOrders(roi, RowSource16(roi, kWeighted), true, mmx, o); });
 }
 
 // ---------------------------------------------------------------- centres

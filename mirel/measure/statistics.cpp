@@ -643,54 +643,92 @@ unsigned int ImgMaximum(const EROI<EBW8>* roi) {
 
 namespace {
 
-// The mean bin index of a 256-bin histogram: 32-bit count and first moment.
-bool HistogramMean(const EBWHistogramVector& histogram, double* mean) {
-  mirel::Frame frame("ImgHistogramMoments ( 1)");
-  if (!frame.Require(histogram.GetNumElements() == 256, E_ERROR_VECTOR_SIZE)) return false;
+// The sums that the variance is made of: the count N and first moment S1 of
+// the grey levels (32-bit, wrapping) and acc = sum h[i] * T(i) with
+// T(i) = i * (i + 1) / 2, a sum of integers below 2^53 and so exact.
+struct LevelSums {
+  std::uint32_t n = 0;
+  std::uint32_t s1 = 0;
+  double acc = 0.0;
+};
+
+// From the 256-bin histogram, bin after bin, T(i) by addition.
+LevelSums FromHistogram(const EBWHistogramVector& histogram) {
+  LevelSums sums;
   const unsigned int* h = histogram.GetDataPtr();
-  std::uint32_t n = 0, s1 = 0;
+  std::uint32_t t = 0;
   for (std::uint32_t i = 0; i < 256; ++i) {
-    n += h[i];
-    s1 += i * h[i];
+    t += i;
+    sums.n += h[i];
+    sums.s1 += i * h[i];
+    sums.acc += static_cast<double>(h[i]) * t;
   }
-  if (!frame.Require(n != 0, E_ERROR_NO_SOLUTION)) return false;
-  *mean = static_cast<double>(s1) / n;
+  return sums;
+}
+
+// From the pixels directly (runs honoured): the same three numbers, since
+// sum h[i] * T(i) = (sum p * p + sum p) / 2 exactly while the ROI holds fewer
+// than 2^32 pixels.
+LevelSums FromPixels(const EROI<EBW8>* roi, int mmx) {
+  const ByteKernels& k = PickByteKernels(mmx);
+  std::uint64_t n = 0, s = 0, q = 0;
+  mirel::ForEachSpan(roi, [&](const unsigned char* p, std::size_t len, int, int) {
+    std::uint64_t a = 0, b = 0;
+    k.sumSquares(p, len, &a, &b);
+    n += len;
+    s += a;
+    q += b;
+  });
+  LevelSums sums;
+  sums.n = static_cast<std::uint32_t>(n);
+  sums.s1 = static_cast<std::uint32_t>(s);
+  sums.acc = static_cast<double>((q + s) / 2);
+  return sums;
+}
+
+// The mean level sum(i * h) / sum(h).
+bool HistogramMean(const LevelSums& sums, double* mean) {
+  mirel::Frame frame("ImgHistogramMoments ( 1)");
+  if (!frame.Require(sums.n != 0, E_ERROR_NO_SOLUTION)) return false;
+  *mean = static_cast<double>(sums.s1) / sums.n;
   return true;
 }
 
-// Mean and variance of the bin index. The second moment is recovered from
-// sum(h[i] * i * (i + 1) / 2), accumulated by addition in double precision
-// with no square formed: sum(i * i * h) = 2 * acc - sum(i * h).
-bool HistogramCenteredMoments(const EBWHistogramVector& histogram, double* mean, double* variance) {
+// Mean and variance of the level, with no square formed:
+// sum(i * i * h) = 2 * acc - sum(i * h).
+bool HistogramCenteredMoments(const LevelSums& sums, double* mean, double* variance) {
   mirel::Frame frame("ImgHistogramCenteredMoments ( 2)");
-  if (!frame.Require(histogram.GetNumElements() == 256, E_ERROR_VECTOR_SIZE)) return false;
-  const unsigned int* h = histogram.GetDataPtr();
-  std::uint32_t n = 0, s1 = 0, t = 0;  // t = i * (i + 1) / 2, by addition
-  double acc = 0.0;
-  for (std::uint32_t i = 0; i < 256; ++i) {
-    t += i;
-    n += h[i];
-    s1 += i * h[i];
-    acc += static_cast<double>(h[i]) * t;
-  }
-  if (!frame.Require(n != 0, E_ERROR_NO_SOLUTION)) return false;
-  const double m = static_cast<double>(s1) / n;
-  const double q = 2.0 * acc - static_cast<double>(s1);
+  if (!frame.Require(sums.n != 0, E_ERROR_NO_SOLUTION)) return false;
+  const double m = static_cast<double>(sums.s1) / sums.n;
+  const double q = 2.0 * sums.acc - static_cast<double>(sums.s1);
   *mean = m;
-  *variance = q / n - m * m;
+  *variance = q / sums.n - m * m;
   return true;
 }
 
 }  // namespace
 
 float ImgVariance(const EROI<EBW8>* roi, float* mean, unsigned int* integerMean) {
-  EBWHistogramVector histogram(256);
-  ImgHistogram(roi, &histogram);
-  if (EGetError() != E_OK) return 0.0f;
+  const int mmx = EGetMMX();
+  LevelSums sums;
+  if (mmx == 0) {
+    EBWHistogramVector histogram(256);
+    ImgHistogram(roi, &histogram);
+    if (EGetError() != E_OK) return 0.0f;
+    sums = FromHistogram(histogram);
+  } else {
+    // The fast path skips the histogram; its one possible failure, a void
+    // ROI, is reported as the histogram reports it.
+    {
+      mirel::Frame frame("ImgHistogram");
+      if (!frame.NotVoid(roi)) return 0.0f;
+    }
+    sums = FromPixels(roi, mmx);
+  }
   double m = 0.0, cm = 0.0, variance = 0.0;
-  if (!HistogramMean(histogram, &m)) return 0.0f;
+  if (!HistogramMean(sums, &m)) return 0.0f;
   if (integerMean != nullptr) *integerMean = static_cast<unsigned int>(m);
-  if (!HistogramCenteredMoments(histogram, &cm, &variance)) return 0.0f;
+  if (!HistogramCenteredMoments(sums, &cm, &variance)) return 0.0f;
   if (mean != nullptr) *mean = static_cast<float>(cm);
   return static_cast<float>(variance);
 }
