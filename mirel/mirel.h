@@ -45,6 +45,11 @@
 #include "mirel/histogram/projection.h"
 #include "mirel/histogram/threshold_selection.h"
 
+// Measurement.
+#include "mirel/measure/moments.h"
+#include "mirel/measure/noise.h"
+#include "mirel/measure/statistics.h"
+
 // Vectors, contours and drawing.
 #include "mirel/vector/records.h"
 

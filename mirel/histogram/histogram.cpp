@@ -8,6 +8,7 @@
 
 #include "mirel/foundation/armed_frame_internal.h"
 #include "mirel/foundation/frame_internal.h"
+#include "mirel/foundation/run_walk_internal.h"
 #include "mirel/foundation/untyped_vector.h"
 #include "mirel/histogram/histogram_internal.h"
 #include "mirel/point/lut.h"
@@ -124,7 +125,6 @@ constexpr long long kPairCounterPixels = 1 << 20;
 // already cleared).
 void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
   const int runCount = src->GetNumRuns();
-  const unsigned char* first = reinterpret_cast<const unsigned char*>(src->GetImagePtr(0, 0));
   const mirel::Rows<const EBW8> rows = mirel::RowsOf(src);
   if (fast && runCount <= 0 && static_cast<long long>(rows.width) * rows.height >= kPairCounterPixels &&
       LooksSmooth(rows)) {
@@ -140,24 +140,10 @@ void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
   ByteCounter* counter = nullptr;
   ByteCounter local;  // 4 KiB on the stack
   if (fast) counter = &local;
-  auto add = [&](const unsigned char* p, std::size_t n) {
+  mirel::ForEachSpan(src, [&](const unsigned char* p, std::size_t n, int, int) {
     if (counter != nullptr) counter->Add(p, n);
     else CountBytesPlain(p, n, out);
-  };
-  if (runCount > 0) {
-    const ERun* runs = src->GetRuns();
-    const bool offsets = src->GetMaskOffsets() != 0;
-    for (int r = 0; r < runCount; ++r) {
-      const ERun& run = runs[r];
-      if (run.end <= run.start) continue;
-      const unsigned char* p =
-          offsets ? first + run.start : reinterpret_cast<const unsigned char*>(run.start);
-      add(p, static_cast<std::size_t>(run.end - run.start));
-    }
-  } else {
-    for (int y = 0; y < rows.height; ++y)
-      add(reinterpret_cast<const unsigned char*>(rows.Row(y)), static_cast<std::size_t>(rows.width));
-  }
+  });
   if (counter != nullptr) counter->Flush(out);
 }
 
