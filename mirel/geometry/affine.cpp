@@ -254,6 +254,32 @@ class Separable {
     return h;
   }
 
+  // Steps of two pixels with both fractions one half: each inside pixel is
+  // the truncated mean of a 2x2 block, (T + T') N / 2 >> 2n with
+  // T = (A + B) N / 2; an edge column is the blend of its two pixels.
+  template <int n>
+  bool HalvesRow(int top, int bottom, P* out) {
+    if (stepK_ != 2 || simd_.halves == nullptr ||
+        (static_cast<std::uint32_t>(wx_[static_cast<std::size_t>(b_)]) >> 16) != (1u << (n - 1)))
+      return false;
+    const P* r0 = reinterpret_cast<const P*>(s_.base + s_.pitch * top);
+    const P* r1 = reinterpret_cast<const P*>(s_.base + s_.pitch * bottom);
+    const int first = ix_[static_cast<std::size_t>(b_)], count = c_ - b_;
+    int j = simd_.halves(r0 + first, r1 + first, count, out + b_);
+    for (; j < count; ++j) {
+      const P* a = r0 + first + 2 * j;
+      const P* c = r1 + first + 2 * j;
+      out[b_ + j] = static_cast<P>((a[0] + a[1] + c[0] + c[1]) >> 2);
+    }
+    const P left = static_cast<P>((r0[0] + r1[0]) >> 1);
+    const P right = static_cast<P>((r0[s_.width - 1] + r1[s_.width - 1]) >> 1);
+    std::fill(out, out + a_, P{0});
+    std::fill(out + a_, out + b_, left);
+    std::fill(out + c_, out + d_, right);
+    std::fill(out + d_, out + width_, P{0});
+    return true;
+  }
+
   template <int n>
   void BilinearRow(std::int32_t y, P* out) {
     if (y < 32768 || y >= s_.H + 32768) {
@@ -268,6 +294,9 @@ class Separable {
       top = (y >> 16) - 1;
       bottom = top + 1;
       fy = (static_cast<std::uint32_t>(y) >> (16 - n)) & ((1u << n) - 1);
+    }
+    if constexpr (sizeof(P) == 1) {
+      if (fy == (1u << (n - 1)) && top != bottom && HalvesRow<n>(top, bottom, out)) return;
     }
     keep_ = bottom;
     const H* t = Sums<n>(top);

@@ -77,7 +77,8 @@ namespace mirel {
 namespace geometry {
 AffineRoutines Avx2AffineRoutines() {
   return AffineRoutines{blocks::Row<Isa>, blocks::HorizontalGather<Isa>, blocks::NearestGather<Isa>,
-                        blocks::StepSums<Isa>, blocks::VerticalBlend<Isa>};
+                        blocks::StepSums<Isa>, blocks::VerticalBlend<Isa>,
+                        blocks::Halves<Isa>};
 }
 }  // namespace geometry
 }  // namespace mirel

@@ -147,7 +147,8 @@ namespace mirel {
 namespace geometry {
 AffineRoutines Avx512AffineRoutines() {
   return AffineRoutines{blocks::Row<Isa>, HorizontalPermute, NearestPermute, blocks::StepSums<Isa>,
-                        blocks::VerticalBlend<Isa>};
+                        blocks::VerticalBlend<Isa>,
+                        blocks::Halves<Isa>};
 }
 }  // namespace geometry
 }  // namespace mirel

@@ -185,6 +185,19 @@ int VerticalBlend(const std::uint16_t* t, const std::uint16_t* b, std::uint32_t 
   return u;
 }
 
+template <class Isa>
+int Halves(const std::uint8_t* r0, const std::uint8_t* r1, int count, std::uint8_t* out) {
+  constexpr int L = Isa::kLanes16;
+  int j = 0;
+  for (; j + L <= count; j += L) {
+    typename Isa::V a, b, c, d;
+    Isa::EvenOdd(r0 + 2 * j, a, b);
+    Isa::EvenOdd(r1 + 2 * j, c, d);
+    Isa::StoreBytes16(out + j, Isa::template Srli16<2>(Isa::Add16(Isa::Add16(a, b), Isa::Add16(c, d))));
+  }
+  return j;
+}
+
 }  // namespace blocks
 }  // namespace geometry
 }  // namespace mirel

@@ -142,12 +142,17 @@ using StepFn = int (*)(const std::uint8_t* at, int k, std::uint32_t g, std::uint
 using VerticalFn = int (*)(const std::uint16_t* t, const std::uint16_t* b, std::uint32_t fy, int n, int count,
                            std::uint8_t* out);
 
+//   HalvesFn:     out[j] = (r0[2j] + r0[2j + 1] + r1[2j] + r1[2j + 1]) >> 2,
+//                 the bilinear result when both fractions are one half.
+using HalvesFn = int (*)(const std::uint8_t* r0, const std::uint8_t* r1, int count, std::uint8_t* out);
+
 struct AffineRoutines {
   AffineRowFn row;
   HorizontalFn horizontal;  // may be null
   NearestFn nearest;        // may be null
   StepFn step;              // may be null
   VerticalFn vertical;      // may be null
+  HalvesFn halves;          // may be null
 };
 
 #if defined(MIREL_X86_SIMD)

@@ -82,7 +82,8 @@ struct Isa {
 
 namespace mirel {
 namespace geometry {
-AffineRoutines Sse2AffineRoutines() { return AffineRoutines{blocks::Row<Isa>, nullptr, nullptr, blocks::StepSums<Isa>, blocks::VerticalBlend<Isa>}; }
+AffineRoutines Sse2AffineRoutines() { return AffineRoutines{blocks::Row<Isa>, nullptr, nullptr, blocks::StepSums<Isa>, blocks::VerticalBlend<Isa>,
+                        blocks::Halves<Isa>}; }
 }  // namespace geometry
 }  // namespace mirel
 
