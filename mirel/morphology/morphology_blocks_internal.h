@@ -90,41 +90,6 @@ void V3(const T* a, const T* b, const T* c, T* out, int w) {
   for (; x < w; ++x) out[x] = Op3<T, kOp>(a[x], b[x], c[x]);
 }
 
-// The 3x3 square: the column of three rows, then three columns.
-template <class Isa, class T, int kOp>
-void Box3(const T* a, const T* b, const T* c, T* out, int w) {
-  if (w <= 0) return;
-  auto col = [&](int x) { return Op3<T, kOp>(a[x], b[x], c[x]); };
-  if (w == 1) {
-    out[0] = col(0);
-    return;
-  }
-  T left = col(0), mid = left, right = col(1);
-  out[0] = Op<T, kOp>(mid, right);
-  int x = 1;
-  if constexpr (Isa::kBytes > 0) {
-    x = Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
-      auto colv = [&](int j) {
-        return Isa::template Apply<T, kOp>(
-            Isa::template Apply<T, kOp>(Isa::Load(a + j), Isa::Load(b + j)), Isa::Load(c + j));
-      };
-      Isa::Store(out + i, Isa::template Apply<T, kOp>(
-                              Isa::template Apply<T, kOp>(colv(i - 1), colv(i)), colv(i + 1)));
-    });
-    if (x < w - 1) {
-      mid = col(x - 1);
-      right = col(x);
-    }
-  }
-  for (; x < w - 1; ++x) {
-    left = mid;
-    mid = right;
-    right = col(x + 1);
-    out[x] = Op3<T, kOp>(left, mid, right);
-  }
-  out[w - 1] = Op<T, kOp>(col(w - 2), col(w - 1));
-}
-
 // The cross: above, below, left, centre, right.
 template <class Isa, class T, int kOp>
 void Cross(const T* a, const T* b, const T* c, T* out, int w) {
@@ -289,7 +254,6 @@ template <class Isa, class T, int kOp>
 void FillOp(RowKernels<T>& k) {
   k.h3[kOp] = H3<Isa, T, kOp>;
   k.v3[kOp] = V3<Isa, T, kOp>;
-  k.box[kOp] = Box3<Isa, T, kOp>;
   k.cross[kOp] = Cross<Isa, T, kOp>;
   k.pair[kOp] = Pair<Isa, T, kOp>;
   k.four[kOp] = Four<Isa, T, kOp>;

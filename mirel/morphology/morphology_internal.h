@@ -33,7 +33,6 @@ struct RowKernels {
   using FourFn = void (*)(const T* p0, const T* p1, const T* p2, const T* p3, T* out, int n);
   Row1 h3[4];
   Row3 v3[4];
-  Row3 box[4];
   Row3 cross[4];
   PairFn pair[4];
   FourFn four[4];
