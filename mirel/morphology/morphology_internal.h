@@ -37,6 +37,7 @@ struct RowKernels {
   PairFn pair[4];
   FourFn four[4];
   Row3 median;
+  void (*median2)(const T* a, const T* b, const T* c, const T* d, T* out0, T* out1, int w);
   Row3 biMedian;  // 8-bit only
 };
 
