@@ -38,13 +38,14 @@ void SortedColumns(const char* label, const EROI<P>* src, EROI<P>* dst) {
   EImage<P> copy;
   const EROI<P>* from = nullptr;
   if (!Readable(src, dst, copy, from)) return;
-  const auto median = mirel::morphology::ActiveKernels<T>().median;
+  const auto& k = mirel::morphology::ActiveKernels<T>();
   const mirel::Rows<const P> s = mirel::RowsOf(from);
   const mirel::Rows<P> d = mirel::RowsOf(dst);
-  for (int y = 0; y < s.height; ++y) {
-    auto row = [&](int j) { return reinterpret_cast<const T*>(s.Row(std::min(std::max(j, 0), s.height - 1))); };
-    median(row(y - 1), row(y), row(y + 1), reinterpret_cast<T*>(d.Row(y)), s.width);
-  }
+  auto row = [&](int j) { return reinterpret_cast<const T*>(s.Row(std::min(std::max(j, 0), s.height - 1))); };
+  auto out = [&](int y) { return reinterpret_cast<T*>(d.Row(y)); };
+  int y = 0;
+  for (; y + 1 < s.height; y += 2) k.median2(row(y - 1), row(y), row(y + 1), row(y + 2), out(y), out(y + 1), s.width);
+  if (y < s.height) k.median(row(y - 1), row(y), row(y + 1), out(y), s.width);
 }
 
 }  // namespace

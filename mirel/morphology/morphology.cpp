@@ -22,9 +22,9 @@ namespace morphology {
 
 namespace {
 
-// From this larger half-size on, a box runs as running extrema: at 3 the
-// two passes over the image cost less than three 3x3 passes.
-constexpr int kRunningBoxFrom = 3;
+// From this larger half-size on, a box runs as running extrema: at 4 its
+// two walks over the image cost less than four 3x3 passes (measured).
+constexpr int kRunningBoxFrom = 4;
 thread_local int tRunningBoxFrom = 0;
 
 int RunningBoxFrom() { return tRunningBoxFrom > 0 ? tRunningBoxFrom : kRunningBoxFrom; }
@@ -77,8 +77,19 @@ void PassWork(int op, PassKind kind, const EROI<P>* src, EROI<P>* out) {
   const std::ptrdiff_t sp = src->GetRowPitch(), dp = out->GetRowPitch();
   switch (kind) {
     case PassKind::kSquare: {
-      const auto f = k.box[op];
-      ForEachRow(s, sp, d, dp, w, h, inPlace, [&](const T* a, const T* b, const T* c, T* o) { f(a, b, c, o, w); });
+      // The column of three rows into a line buffer, then three columns:
+      // fewer loads than the nine pixels of each window.
+      const auto v3 = k.v3[op];
+      const auto h3 = k.h3[op];
+      LineBuffer<T> column(w);
+      if (column.p == nullptr) {
+        ESetError(E_ERROR_OUT_OF_MEMORY);
+        return;
+      }
+      ForEachRow(s, sp, d, dp, w, h, inPlace, [&](const T* a, const T* b, const T* c, T* o) {
+        v3(a, b, c, column.p, w);
+        h3(column.p, o, w);
+      });
       break;
     }
     case PassKind::kX: {

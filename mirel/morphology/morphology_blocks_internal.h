@@ -90,41 +90,6 @@ void V3(const T* a, const T* b, const T* c, T* out, int w) {
   for (; x < w; ++x) out[x] = Op3<T, kOp>(a[x], b[x], c[x]);
 }
 
-// The 3x3 square: the column of three rows, then three columns.
-template <class Isa, class T, int kOp>
-void Box3(const T* a, const T* b, const T* c, T* out, int w) {
-  if (w <= 0) return;
-  auto col = [&](int x) { return Op3<T, kOp>(a[x], b[x], c[x]); };
-  if (w == 1) {
-    out[0] = col(0);
-    return;
-  }
-  T left = col(0), mid = left, right = col(1);
-  out[0] = Op<T, kOp>(mid, right);
-  int x = 1;
-  if constexpr (Isa::kBytes > 0) {
-    x = Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
-      auto colv = [&](int j) {
-        return Isa::template Apply<T, kOp>(
-            Isa::template Apply<T, kOp>(Isa::Load(a + j), Isa::Load(b + j)), Isa::Load(c + j));
-      };
-      Isa::Store(out + i, Isa::template Apply<T, kOp>(
-                              Isa::template Apply<T, kOp>(colv(i - 1), colv(i)), colv(i + 1)));
-    });
-    if (x < w - 1) {
-      mid = col(x - 1);
-      right = col(x);
-    }
-  }
-  for (; x < w - 1; ++x) {
-    left = mid;
-    mid = right;
-    right = col(x + 1);
-    out[x] = Op3<T, kOp>(left, mid, right);
-  }
-  out[w - 1] = Op<T, kOp>(col(w - 2), col(w - 1));
-}
-
 // The cross: above, below, left, centre, right.
 template <class Isa, class T, int kOp>
 void Cross(const T* a, const T* b, const T* c, T* out, int w) {
@@ -246,6 +211,51 @@ void Median(const T* a, const T* b, const T* c, T* out, int w) {
   out[w - 1] = Median9(col(w - 2), col(w - 1), col(w - 1));
 }
 
+// Two rows of 3x3 medians at once: rows a, b, c give out0 and rows b, c, d
+// give out1, the sorted pair of b and c shared by both windows.
+template <class Isa, class T>
+void Median2(const T* a, const T* b, const T* c, const T* d, T* out0, T* out1, int w) {
+  if constexpr (Isa::kBytes == 0) {
+    Median<Isa, T>(a, b, c, out0, w);
+    Median<Isa, T>(b, c, d, out1, w);
+  } else {
+    if (w < 2 + Lanes<Isa, T>()) {
+      Median<Isa, T>(a, b, c, out0, w);
+      Median<Isa, T>(b, c, d, out1, w);
+      return;
+    }
+    using V = typename Isa::V;
+    auto mn = [](V p, V q) { return Isa::template Apply<T, kMin>(p, q); };
+    auto mx = [](V p, V q) { return Isa::template Apply<T, kMax>(p, q); };
+    auto med3 = [&](V p, V q, V r) { return mx(mn(p, q), mn(mx(p, q), r)); };
+    Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
+      V lo0[3], md0[3], hi0[3], lo1[3], md1[3], hi1[3];
+      for (int k = 0; k < 3; ++k) {
+        const int j = i - 1 + k;
+        const V q = Isa::Load(b + j), r = Isa::Load(c + j);
+        const V s0 = mn(q, r), s1 = mx(q, r);
+        const V p = Isa::Load(a + j), t = Isa::Load(d + j);
+        lo0[k] = mn(p, s0);
+        hi0[k] = mx(p, s1);
+        md0[k] = mx(s0, mn(p, s1));
+        lo1[k] = mn(t, s0);
+        hi1[k] = mx(t, s1);
+        md1[k] = mx(s0, mn(t, s1));
+      }
+      Isa::Store(out0 + i, med3(mx(mx(lo0[0], lo0[1]), lo0[2]), med3(md0[0], md0[1], md0[2]),
+                                mn(mn(hi0[0], hi0[1]), hi0[2])));
+      Isa::Store(out1 + i, med3(mx(mx(lo1[0], lo1[1]), lo1[2]), med3(md1[0], md1[1], md1[2]),
+                                mn(mn(hi1[0], hi1[1]), hi1[2])));
+    });
+    // The end columns, with the edge column repeated.
+    for (int x : {0, w - 1}) {
+      const int l = x > 0 ? x - 1 : 0, r = x + 1 < w ? x + 1 : w - 1;
+      out0[x] = Median9(Sort3(a[l], b[l], c[l]), Sort3(a[x], b[x], c[x]), Sort3(a[r], b[r], c[r]));
+      out1[x] = Median9(Sort3(b[l], c[l], d[l]), Sort3(b[x], c[x], d[x]), Sort3(b[r], c[r], d[r]));
+    }
+  }
+}
+
 // The two-level median: 255 where five or more of the nine pixels (edges
 // repeated) are not zero, else 0.
 template <class Isa>
@@ -289,7 +299,6 @@ template <class Isa, class T, int kOp>
 void FillOp(RowKernels<T>& k) {
   k.h3[kOp] = H3<Isa, T, kOp>;
   k.v3[kOp] = V3<Isa, T, kOp>;
-  k.box[kOp] = Box3<Isa, T, kOp>;
   k.cross[kOp] = Cross<Isa, T, kOp>;
   k.pair[kOp] = Pair<Isa, T, kOp>;
   k.four[kOp] = Four<Isa, T, kOp>;
@@ -303,6 +312,7 @@ RowKernels<T> MakeKernels() {
   FillOp<Isa, T, kAnd>(k);
   FillOp<Isa, T, kOr>(k);
   k.median = Median<Isa, T>;
+  k.median2 = Median2<Isa, T>;
   if constexpr (sizeof(T) == 1) k.biMedian = BiMedian<Isa>;
   return k;
 }

@@ -33,11 +33,11 @@ struct RowKernels {
   using FourFn = void (*)(const T* p0, const T* p1, const T* p2, const T* p3, T* out, int n);
   Row1 h3[4];
   Row3 v3[4];
-  Row3 box[4];
   Row3 cross[4];
   PairFn pair[4];
   FourFn four[4];
   Row3 median;
+  void (*median2)(const T* a, const T* b, const T* c, const T* d, T* out0, T* out1, int w);
   Row3 biMedian;  // 8-bit only
 };
 

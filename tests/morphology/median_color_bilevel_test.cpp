@@ -241,6 +241,13 @@ TEST(ColorMorphology, ErrorsAndLabels) {
   ImgMedian(&src, &small, EC24(0, 0, 0));
   EXPECT_STREQ(EGetErrorTrace(), "ImgMedian ( C24)");
   EXPECT_EQ(testsupport::Snapshot(small), before);
+  // No passes: the destination is not written, as in the grey form.
+  EImage<EC24> same(4, 4);
+  ImgCopy(EC24(1, 2, 3), &same);
+  const auto sameBefore = testsupport::Snapshot(same);
+  ImgDilate(&small, &same, 0, EC24(0, 0, 0));
+  EXPECT_EQ(EGetError(), E_OK);
+  EXPECT_EQ(testsupport::Snapshot(same), sameBefore);
 }
 
 }  // namespace
