@@ -29,6 +29,9 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
+// Geometry and sequences: pyramids and halving.
+#include "mirel/geometry/pyramid.h"
+
 // Histograms and automatic thresholds.
 #include "mirel/histogram/histogram.h"
 #include "mirel/histogram/histogram_vector.h"
