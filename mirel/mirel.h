@@ -29,8 +29,9 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
-// Geometry and sequences: pyramids and halving.
+// Geometry and sequences: pyramids, halving and temporal averaging.
 #include "mirel/geometry/pyramid.h"
+#include "mirel/geometry/temporal_average.h"
 
 // Histograms and automatic thresholds.
 #include "mirel/histogram/histogram.h"
