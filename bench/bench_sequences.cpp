@@ -29,10 +29,18 @@ void MirelPyramid5Halvings(benchmark::State& state) {
   pyramid.Build(&bench::Frame());
   for (auto _ : state) pyramid.Build();
 }
+// One step of a moving average of 8 frames, two frames taking turns.
+void MirelMovingAverage8(benchmark::State& state) {
+  EMovingAverage avg(8, bench::kWidth, bench::kHeight, 0);
+  EImage<EBW8> out(bench::kWidth, bench::kHeight);
+  int k = 0;
+  for (auto _ : state) avg.Average(++k & 1 ? &bench::Frame() : &bench::Frame2(), &out);
+}
 MIREL_BENCH_ROW("halve (resize INTER_AREA 1/2)", "mirel", MirelHalve);
 MIREL_BENCH_ROW("halve (pyrDown)", "mirel", MirelHalve);
 MIREL_BENCH_ROW("pyramid Build(source) 5 levels", "mirel", MirelPyramid5);
 MIREL_BENCH_ROW("pyramid Build() 5 halvings", "mirel", MirelPyramid5Halvings);
+MIREL_BENCH_ROW("moving average of 8, one step (accumulate + scale)", "mirel", MirelMovingAverage8);
 
 #if defined(MIREL_BENCH_OPENCV)
 void CvResizeArea(benchmark::State& state) {
@@ -51,10 +59,21 @@ void CvChain5(benchmark::State& state) {
   for (auto _ : state)
     for (int l = 1; l < 6; ++l) cv::resize(levels[l - 1], levels[l], levels[l].size(), 0, 0, cv::INTER_AREA);
 }
+// A float accumulator: add the new frame, then scale to 8 bits.
+void CvAccumulateScale(benchmark::State& state) {
+  cv::Mat a = bench::AsMat(bench::Frame()), b = bench::AsMat(bench::Frame2());
+  cv::Mat acc = cv::Mat::zeros(a.size(), CV_32F), out(a.size(), CV_8UC1);
+  int k = 0;
+  for (auto _ : state) {
+    cv::accumulate(++k & 1 ? a : b, acc);
+    acc.convertTo(out, CV_8U, 1.0 / 8);
+  }
+}
 MIREL_BENCH_ROW("halve (resize INTER_AREA 1/2)", "opencv", CvResizeArea);
 MIREL_BENCH_ROW("halve (pyrDown)", "opencv", CvPyrDown);
 MIREL_BENCH_ROW("pyramid Build(source) 5 levels", "opencv", CvChain5);
 MIREL_BENCH_ROW("pyramid Build() 5 halvings", "opencv", CvChain5);
+MIREL_BENCH_ROW("moving average of 8, one step (accumulate + scale)", "opencv", CvAccumulateScale);
 #endif
 
 }  // namespace
