@@ -10,6 +10,7 @@
 #include "mirel/geometry/pyramid.h"
 
 #include <cstdint>
+#include <cstring>
 #include <new>
 
 #include "mirel/foundation/cpu_internal.h"
@@ -66,6 +67,7 @@ struct Gradient {
 // row from its start and returns how many; null does none.
 template <class R, class P, class Blocks>
 void HalveBand(const Rows<const P>& s, const Rows<P>& d, int y0, int y1, bool dropOdd, Blocks blocks) {
+  if (d.width == 0) return;  // a void result: nothing to address
   const int pairs = s.width >> 1;
   const bool oddColumn = !dropOdd && (s.width & 1) != 0;
   for (int j = y0; j < y1; ++j) {
@@ -84,15 +86,47 @@ void HalveBand(const Rows<const P>& s, const Rows<P>& d, int y0, int y1, bool dr
   }
 }
 
-void HalveGrey(const EROI<EBW8>* src, EROI<EBW8>* dst, int mode, bool dropOdd, const HalveRoutines& simd) {
-  const Rows<const Byte> s{reinterpret_cast<const Byte*>(src->GetImagePtr(0, 0)), src->GetRowPitch(),
-                           src->GetWidth(), src->GetHeight()};
-  const Rows<Byte> d{reinterpret_cast<Byte*>(dst->GetImagePtr(0, 0)), dst->GetRowPitch(), dst->GetWidth(),
-                     dst->GetHeight()};
+Rows<const Byte> Bytes(const EROI<EBW8>* roi) {
+  return Rows<const Byte>{reinterpret_cast<const Byte*>(roi->GetImagePtr(0, 0)), roi->GetRowPitch(), roi->GetWidth(),
+                          roi->GetHeight()};
+}
+Rows<Byte> Bytes(EROI<EBW8>* roi) {
+  return Rows<Byte>{reinterpret_cast<Byte*>(roi->GetImagePtr(0, 0)), roi->GetRowPitch(), roi->GetWidth(),
+                    roi->GetHeight()};
+}
+
+void HalveGreyBand(const Rows<const Byte>& s, const Rows<Byte>& d, int y0, int y1, int mode, bool dropOdd,
+                   const HalveRoutines& simd) {
   const HalveRow blocks = simd.reduce[mode];
-  if (mode == IMG_PYRAMIDAL_REDUCTION_MINIMUM) HalveBand<Minimum>(s, d, 0, d.height, dropOdd, blocks);
-  else if (mode == IMG_PYRAMIDAL_REDUCTION_MAXIMUM) HalveBand<Maximum>(s, d, 0, d.height, dropOdd, blocks);
-  else HalveBand<Average>(s, d, 0, d.height, dropOdd, blocks);
+  if (mode == IMG_PYRAMIDAL_REDUCTION_MINIMUM) HalveBand<Minimum>(s, d, y0, y1, dropOdd, blocks);
+  else if (mode == IMG_PYRAMIDAL_REDUCTION_MAXIMUM) HalveBand<Maximum>(s, d, y0, y1, dropOdd, blocks);
+  else HalveBand<Average>(s, d, y0, y1, dropOdd, blocks);
+}
+
+void HalveGrey(const EROI<EBW8>* src, EROI<EBW8>* dst, int mode, bool dropOdd, const HalveRoutines& simd) {
+  HalveGreyBand(Bytes(src), Bytes(dst), 0, dst->GetHeight(), mode, dropOdd, simd);
+}
+
+// Copies src into `copy` (of the same size) and halves src into dst in one
+// pass: each pair of rows is halved while it is fresh in the cache. The
+// bytes are those of a copy followed by a halving.
+void CopyAndHalveGrey(const EROI<EBW8>* src, EROI<EBW8>* copy, EROI<EBW8>* dst, int mode, bool dropOdd,
+                      const HalveRoutines& simd) {
+  const Rows<const Byte> s = Bytes(src);
+  const Rows<Byte> c = Bytes(copy), d = Bytes(dst);
+  int copied = 0;
+  auto copyUpTo = [&](int end) {
+    for (; copied < end; ++copied) {
+      if (simd.stream != nullptr) simd.stream(s.Row(copied), c.Row(copied), s.width);
+      else std::memcpy(c.Row(copied), s.Row(copied), static_cast<std::size_t>(s.width));
+    }
+  };
+  for (int j = 0; j < d.height; ++j) {
+    copyUpTo(2 * j + 2 < s.height ? 2 * j + 2 : s.height);
+    HalveGreyBand(s, d, j, j + 1, mode, dropOdd, simd);
+  }
+  copyUpTo(s.height);
+  if (simd.fence != nullptr) simd.fence();
 }
 
 void HalveGradient(const EROI<EBW32>* src, EROI<EBW32>* dst, bool dropOdd, const HalveRoutines& simd) {
@@ -207,14 +241,16 @@ void EPyramid::SetReductionMode(IMG_PYRAMIDAL_REDUCTION_MODE mode) {
   reduction_mode_ = mode;
 }
 
-void EPyramid::Build() {
+void EPyramid::Build() { BuildFrom(1); }
+
+void EPyramid::BuildFrom(unsigned int first) {
   Frame frame("EBW8Pyramid::Build");
   const bool grey = image_type_ == E_IMAGE_TYPE_BW8;
   if (!frame.Require(grey || image_type_ == E_IMAGE_TYPE_BW32_ALIAS, E_ERROR_BAD_PIXEL_TYPE)) return;
   if (num_levels_ == 0) return;
   if (!frame.NotVoid(levels_[0])) return;
   // Each step starts afresh, so only the failure of the last one remains.
-  for (unsigned int i = 1; i < num_levels_; ++i) {
+  for (unsigned int i = first; i < num_levels_; ++i) {
     if (grey)
       Halve(static_cast<const EImage<EBW8>*>(levels_[i - 1]), static_cast<EImage<EBW8>*>(levels_[i]), drop_odd_);
     else
@@ -224,26 +260,36 @@ void EPyramid::Build() {
 
 void EPyramid::Build(const EROI<EBW8>* source) {
   Frame frame("EBW8Pyramid::Build");
+  const HalveRoutines simd = ActiveHalve();
   if (!frame.Require(image_type_ == E_IMAGE_TYPE_BW8, E_ERROR_BAD_PYRAMID_TYPE)) return;
   if (num_levels_ == 0) return;
   if (!frame.NotVoid(source)) return;
   EImage<EBW8>* base = static_cast<EImage<EBW8>*>(levels_[0]);
-  if (base != source) {
-    // A ROI inside level 0 is copied aside first: resizing level 0 would
-    // move its pixels.
-    EImage<EBW8> aside;
-    if (mirel::SameImage(source, base)) {
-      aside.SetSize(source->GetWidth(), source->GetHeight());
-      if (EGetError() != E_OK) return;
-      ImgCopy(source, &aside);
-      if (EGetError() != E_OK) return;
-      source = &aside;
-    }
-    base->SetSize(source->GetWidth(), source->GetHeight());
+  if (base == source) return Build();
+  // A ROI inside level 0 is copied aside first: resizing level 0 would move
+  // its pixels.
+  EImage<EBW8> aside;
+  if (mirel::SameImage(source, base)) {
+    aside.SetSize(source->GetWidth(), source->GetHeight());
     if (EGetError() != E_OK) return;
-    ImgOper(ALO_COPY, source, base);
+    ImgCopy(source, &aside);
     if (EGetError() != E_OK) return;
+    source = &aside;
   }
+  base->SetSize(source->GetWidth(), source->GetHeight());
+  if (EGetError() != E_OK) return;
+  if (num_levels_ >= 2) {
+    // Level 0 and level 1 in one pass. When level 1 cannot take its size,
+    // the copy and the steps run in turn, and the step reports the failure.
+    EImage<EBW8>* next = static_cast<EImage<EBW8>*>(levels_[1]);
+    if (SizeHalf(frame, source, next, drop_odd_, true)) {
+      CopyAndHalveGrey(source, base, next, reduction_mode_, drop_odd_ != 0, simd);
+      return BuildFrom(2);
+    }
+    EOk();
+  }
+  ImgOper(ALO_COPY, source, base);
+  if (EGetError() != E_OK) return;
   Build();
 }
 

@@ -90,6 +90,9 @@ class MIREL_API EPyramid {
   void Halve(const EROI<EBW32>* source, EROI<EBW32>* destination, int dropOdd);
 
  private:
+  // Build() from level `first` on.
+  void BuildFrom(unsigned int first);
+
   IMG_PYRAMIDAL_REDUCTION_MODE reduction_mode_;
   E_IMAGE_TYPES image_type_;
   unsigned int num_levels_;

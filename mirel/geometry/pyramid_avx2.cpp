@@ -13,6 +13,8 @@ struct Avx2 {
   static constexpr int kBytes = 32;
   static V Load(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i*>(p)); }
   static void Store(void* p, V v) { _mm256_storeu_si256(static_cast<__m256i*>(p), v); }
+  static void Stream(void* p, V v) { _mm256_stream_si256(static_cast<__m256i*>(p), v); }
+  static void Fence() { _mm_sfence(); }
   static V Set16(int v) { return _mm256_set1_epi16(static_cast<short>(v)); }
   static V Set32(int v) { return _mm256_set1_epi32(v); }
   static V And(V a, V b) { return _mm256_and_si256(a, b); }

@@ -15,6 +15,8 @@ struct Avx512 {
   static constexpr int kBytes = 64;
   static V Load(const void* p) { return _mm512_loadu_si512(p); }
   static void Store(void* p, V v) { _mm512_storeu_si512(p, v); }
+  static void Stream(void* p, V v) { _mm512_stream_si512(static_cast<__m512i*>(p), v); }
+  static void Fence() { _mm_sfence(); }
   static V Set16(int v) { return _mm512_set1_epi16(static_cast<short>(v)); }
   static V Set32(int v) { return _mm512_set1_epi32(v); }
   static V And(V a, V b) { return _mm512_and_si512(a, b); }

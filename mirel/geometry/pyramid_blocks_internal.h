@@ -81,8 +81,20 @@ int GradientRow(const std::uint32_t* r0, const std::uint32_t* r1, std::uint32_t*
 }
 
 template <class Isa>
+void StreamRow(const Byte* src, Byte* dst, int n) {
+  constexpr int K = Isa::kBytes;
+  int i = 0;
+  for (; i < n && (reinterpret_cast<std::uintptr_t>(dst + i) & (K - 1)) != 0; ++i) dst[i] = src[i];
+  for (; i + K <= n; i += K) Isa::Stream(dst + i, Isa::Load(src + i));
+  for (; i < n; ++i) dst[i] = src[i];
+}
+
+template <class Isa>
 HalveRoutines Routines() {
-  return HalveRoutines{{&AverageRow<Isa>, &ExtremeRow<Isa, true>, &ExtremeRow<Isa, false>}, &GradientRow<Isa>};
+  return HalveRoutines{{&AverageRow<Isa>, &ExtremeRow<Isa, true>, &ExtremeRow<Isa, false>},
+                       &GradientRow<Isa>,
+                       &StreamRow<Isa>,
+                       &Isa::Fence};
 }
 
 }  // namespace

@@ -19,6 +19,10 @@ struct HalveRoutines {
   // Gradient pairs: each 32-bit pixel as two signed 16-bit components, each
   // the sum of the four >> 2 (arithmetic). Counts are in pixels.
   int (*gradient)(const std::uint32_t* r0, const std::uint32_t* r1, std::uint32_t* dst, int n);
+  // Copies n bytes with stores that bypass the cache (a copy that will not
+  // be read again soon); the caller ends the batch with `fence`.
+  void (*stream)(const std::uint8_t* src, std::uint8_t* dst, int n);
+  void (*fence)();
 };
 
 #if defined(MIREL_X86_SIMD)

@@ -13,6 +13,8 @@ struct Sse2 {
   static constexpr int kBytes = 16;
   static V Load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
   static void Store(void* p, V v) { _mm_storeu_si128(static_cast<__m128i*>(p), v); }
+  static void Stream(void* p, V v) { _mm_stream_si128(static_cast<__m128i*>(p), v); }
+  static void Fence() { _mm_sfence(); }
   static V Set16(int v) { return _mm_set1_epi16(static_cast<short>(v)); }
   static V Set32(int v) { return _mm_set1_epi32(v); }
   static V And(V a, V b) { return _mm_and_si128(a, b); }

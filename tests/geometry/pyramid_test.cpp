@@ -154,16 +154,22 @@ TEST(Pyramid, LevelsOfEachContentAndTheirSizes) {
   EXPECT_STREQ(EGetErrorTrace(), "EBW8Pyramid::Halve ( BW8) <- EBW8Pyramid::Build <- EBW8Pyramid::Build");
   p.Build();
   EXPECT_STREQ(EGetErrorTrace(), "EBW8Pyramid::Halve ( BW8) <- EBW8Pyramid::Build");
-  // Five levels of grey and of gradients in every mode against chained models.
-  for (int mode = 0; mode < 4; ++mode) {
-    const int w = 40 + static_cast<int>(rng() % 40), h = 33 + static_cast<int>(rng() % 20);
+  // Five levels of grey and of gradients in every mode against chained
+  // models, on every path.
+  for (int round = 0; round < 4 * static_cast<int>(testsupport::AllPaths().size()); ++round) {
+    testsupport::PathGuard guard(testsupport::AllPaths()[static_cast<size_t>(round / 4)]);
+    const int kind = round % 4;
+    const int w = 40 + static_cast<int>(rng() % 160), h = 33 + static_cast<int>(rng() % 20);
     p.SetDropOdd(static_cast<int>(rng() % 2));
-    p.SetNumLevels(5, mode == 3 ? E_IMAGE_TYPE_BW32_ALIAS : E_IMAGE_TYPE_BW8);
-    if (mode < 3) {
-      p.SetReductionMode(static_cast<IMG_PYRAMIDAL_REDUCTION_MODE>(mode));
-      EImage<EBW8> s(w, h);
-      testsupport::FillRandom(s, rng);
+    p.SetNumLevels(5, kind == 3 ? E_IMAGE_TYPE_BW32_ALIAS : E_IMAGE_TYPE_BW8);
+    if (kind < 3) {
+      p.SetReductionMode(static_cast<IMG_PYRAMIDAL_REDUCTION_MODE>(kind));
+      EImage<EBW8> si;
+      EROI<EBW8> s;
+      testsupport::PlaceRandom(si, s, w, h, rng);
+      testsupport::FillRandom(si, rng);
       p.Build(&s);
+      ASSERT_EQ(Read(*static_cast<EImage<EBW8>*>(p.GetImage(0))).p, Read(s).p);
     } else {
       EImage<EBW32>* base = static_cast<EImage<EBW32>*>(p.GetImage(0));
       base->SetSize(w, h);
@@ -172,13 +178,13 @@ TEST(Pyramid, LevelsOfEachContentAndTheirSizes) {
     }
     ASSERT_EQ(EGetError(), E_OK);
     for (unsigned l = 1; l < 5; ++l) {
-      const Reduce& r = mode == 3 ? Reduce(GradientMean) : kGrey[mode];
-      const Plane want = mode == 3 ? Halve(Read(*static_cast<EImage<EBW32>*>(p.GetImage(l - 1))), p.GetDropOdd() != 0, r)
+      const Reduce& r = kind == 3 ? Reduce(GradientMean) : kGrey[kind];
+      const Plane want = kind == 3 ? Halve(Read(*static_cast<EImage<EBW32>*>(p.GetImage(l - 1))), p.GetDropOdd() != 0, r)
                                    : Halve(Read(*static_cast<EImage<EBW8>*>(p.GetImage(l - 1))), p.GetDropOdd() != 0, r);
-      const Plane got = mode == 3 ? Read(*static_cast<EImage<EBW32>*>(p.GetImage(l)))
+      const Plane got = kind == 3 ? Read(*static_cast<EImage<EBW32>*>(p.GetImage(l)))
                                   : Read(*static_cast<EImage<EBW8>*>(p.GetImage(l)));
       ASSERT_EQ(got.w * 1000 + got.h, want.w * 1000 + want.h);
-      ASSERT_EQ(got.p, want.p) << "mode " << mode << " level " << l;
+      ASSERT_EQ(got.p, want.p) << "mode " << kind << " level " << l;
     }
   }
 }
