@@ -34,9 +34,12 @@
 #include "mirel/morphology/median.h"
 #include "mirel/morphology/morphology.h"
 
-// Geometry: resampling, shrinking, mirrors and warping.
+// Geometry and sequences: resampling, shrinking, mirrors, warping, pyramids,
+// halving and temporal averaging.
 #include "mirel/geometry/affine.h"
+#include "mirel/geometry/pyramid.h"
 #include "mirel/geometry/shrink_mirror.h"
+#include "mirel/geometry/temporal_average.h"
 #include "mirel/geometry/warp.h"
 
 // Histograms and automatic thresholds.
