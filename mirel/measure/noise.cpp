@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "mirel/foundation/frame_internal.h"
+#include "mirel/measure/statistics_internal.h"
 
 namespace {
 
@@ -26,11 +27,24 @@ bool PairChecks(mirel::Frame& frame, const EGenericROI* source, const EGenericRO
 }
 
 // Per row, 32-bit sums of s * s and (s - r)^2 over every component, handed to
-// `row(signal, noise)`.
+// `row(signal, noise)`. Two 8-bit images take the pair kernels on the fast
+// path: sum (s - r)^2 = sum s*s - 2 sum s*r + sum r*r, exactly.
 template <class S, class R, class F>
-void NoiseRows(const EROI<S>* source, const EROI<R>* reference, unsigned int shift, F&& row) {
+void NoiseRows(const EROI<S>* source, const EROI<R>* reference, unsigned int shift, int mmx, F&& row) {
   const mirel::Rows<const S> s = mirel::RowsOf(source);
   const mirel::Rows<const R> r = mirel::RowsOf(reference);
+  if constexpr (std::is_same<S, EBW8>::value && std::is_same<R, EBW8>::value) {
+    if (mmx != 0) {
+      const mirel::measure::ByteKernels& k = mirel::measure::PickByteKernels(mmx);
+      for (int y = 0; y < s.height; ++y) {
+        std::uint64_t o[8];
+        k.pairSums(reinterpret_cast<const unsigned char*>(s.Row(y)), reinterpret_cast<const unsigned char*>(r.Row(y)),
+                   static_cast<std::size_t>(s.width), false, o);
+        row(static_cast<std::uint32_t>(o[3]), static_cast<std::uint32_t>(o[3] - 2 * o[4] + o[5]));
+      }
+      return;
+    }
+  }
   for (int y = 0; y < s.height; ++y) {
     const S* ps = s.Row(y);
     const R* pr = r.Row(y);
@@ -56,9 +70,9 @@ float Factor(IMG_REFERENCE_NOISE mode, unsigned int frames) {
 
 template <class S, class R>
 float RmsNoise(const EROI<S>* source, const EROI<R>* reference, unsigned int shift,
-               unsigned int frames, IMG_REFERENCE_NOISE mode) {
+               unsigned int frames, IMG_REFERENCE_NOISE mode, int mmx) {
   float power = 0.0f;
-  NoiseRows(source, reference, shift, [&](std::uint32_t, std::uint32_t noise) { power += static_cast<float>(noise); });
+  NoiseRows(source, reference, shift, mmx, [&](std::uint32_t, std::uint32_t noise) { power += static_cast<float>(noise); });
   power /= Factor(mode, frames);
   const std::uint32_t n =
       static_cast<std::uint32_t>(source->GetWidth()) * static_cast<std::uint32_t>(source->GetHeight());
@@ -67,9 +81,9 @@ float RmsNoise(const EROI<S>* source, const EROI<R>* reference, unsigned int shi
 
 template <class S, class R>
 float SignalNoise(const EROI<S>* source, const EROI<R>* reference, unsigned int shift, unsigned int frames,
-                  IMG_REFERENCE_NOISE mode) {
+                  IMG_REFERENCE_NOISE mode, int mmx) {
   double signal = 0.0, noise = 0.0;
-  NoiseRows(source, reference, shift, [&](std::uint32_t s, std::uint32_t d) {
+  NoiseRows(source, reference, shift, mmx, [&](std::uint32_t s, std::uint32_t d) {
     signal += static_cast<double>(s);
     noise += static_cast<double>(d);
   });
@@ -92,69 +106,77 @@ int FrameShift(unsigned int frames) {
 // ---------------------------------------------------------------- root mean square noise
 
 float ImgRmsNoise(const EROI<EBW8>* source, const EROI<EBW8>* reference, IMG_REFERENCE_NOISE mode) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgRmsNoise ( BW8 source and BW8 reference)");
   if (!PairChecks(frame, source, reference) ||
       !frame.Require(mode != IMG_REFERENCE_INCLUDES_SOURCE, E_ERROR_BAD_ARGUMENT_1))
     return 0.0f;
-  return RmsNoise(source, reference, 0, 1, mode);
+  return RmsNoise(source, reference, 0, 1, mode, mmx);
 }
 
 float ImgRmsNoise(const EROI<EBW8>* source, const EROI<EBW16>* reference, unsigned int frames,
                   IMG_REFERENCE_NOISE mode) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgRmsNoise ( BW8 source and BW16 reference)");
   const int shift = FrameShift(frames);
   if (!PairChecks(frame, source, reference) || !frame.Require(shift >= 0, E_ERROR_BAD_ARGUMENT_1)) return 0.0f;
-  return RmsNoise(source, reference, static_cast<unsigned int>(shift), frames, mode);
+  return RmsNoise(source, reference, static_cast<unsigned int>(shift), frames, mode, mmx);
 }
 
 float ImgRmsNoise(const EROI<EBW16>* source, const EROI<EBW16>* reference, IMG_REFERENCE_NOISE mode) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgRmsNoise ( BW16 source and BW16 reference)");
   if (!PairChecks(frame, source, reference) ||
       !frame.Require(mode != IMG_REFERENCE_INCLUDES_SOURCE, E_ERROR_BAD_ARGUMENT_1))
     return 0.0f;
-  return RmsNoise(source, reference, 0, 1, mode);
+  return RmsNoise(source, reference, 0, 1, mode, mmx);
 }
 
 float ImgRmsNoise(const EROI<EC24>* source, const EROI<EC24>* reference, IMG_REFERENCE_NOISE mode) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgRmsNoise ( C24 source and C24 reference)");
   if (!PairChecks(frame, source, reference) ||
       !frame.Require(mode != IMG_REFERENCE_INCLUDES_SOURCE, E_ERROR_BAD_ARGUMENT_1))
     return 0.0f;
-  return RmsNoise(source, reference, 0, 1, mode);
+  return RmsNoise(source, reference, 0, 1, mode, mmx);
 }
 
 // ---------------------------------------------------------------- signal-to-noise ratio
 
 float ImgSignalNoiseRatio(const EROI<EBW8>* source, const EROI<EBW8>* reference, IMG_REFERENCE_NOISE mode) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgSignalNoiseRatio ( BW8 source and BW8 reference)");
   if (!PairChecks(frame, source, reference) ||
       !frame.Require(mode != IMG_REFERENCE_INCLUDES_SOURCE, E_ERROR_BAD_ARGUMENT_1))
     return 0.0f;
-  return SignalNoise(source, reference, 0, 1, mode);
+  return SignalNoise(source, reference, 0, 1, mode, mmx);
 }
 
 float ImgSignalNoiseRatio(const EROI<EBW8>* source, const EROI<EBW16>* reference, unsigned int frames,
                           IMG_REFERENCE_NOISE mode) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgSignalNoiseRatio ( BW8 source and BW16 reference)");
   const int shift = FrameShift(frames);
   if (!PairChecks(frame, source, reference) || !frame.Require(shift >= 0, E_ERROR_BAD_ARGUMENT_1)) return 0.0f;
-  return SignalNoise(source, reference, static_cast<unsigned int>(shift), frames, mode);
+  return SignalNoise(source, reference, static_cast<unsigned int>(shift), frames, mode, mmx);
 }
 
 float ImgSignalNoiseRatio(const EROI<EBW16>* source, const EROI<EBW16>* reference, IMG_REFERENCE_NOISE mode) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgSignalNoiseRatio ( BW16 source and BW16 reference)");
   if (!PairChecks(frame, source, reference) ||
       !frame.Require(mode != IMG_REFERENCE_INCLUDES_SOURCE, E_ERROR_BAD_ARGUMENT_1))
     return 0.0f;
-  return SignalNoise(source, reference, 0, 1, mode);
+  return SignalNoise(source, reference, 0, 1, mode, mmx);
 }
 
 float ImgSignalNoiseRatio(const EROI<EC24>* source, const EROI<EC24>* reference, IMG_REFERENCE_NOISE mode) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgSignalNoiseRatio ( C24 source and C24 reference)");
   if (!PairChecks(frame, source, reference) ||
       !frame.Require(mode != IMG_REFERENCE_INCLUDES_SOURCE, E_ERROR_BAD_ARGUMENT_1))
     return 0.0f;
-  return SignalNoise(source, reference, 0, 1, mode);
+  return SignalNoise(source, reference, 0, 1, mode, mmx);
 }
 
 // ---------------------------------------------------------------- correlogram
@@ -201,33 +223,54 @@ void ImgCorrelogram(const EROI<EBW8>* source, const EROI<EBW8>* reference, EImag
 
 void ImgLinearRegression(const EROI<EBW8>* x, const EROI<EBW8>* y, float& slope, float& offset, float& correlation,
                          int skipExtremes) {
+  const int mmx = EGetMMX();
   mirel::Frame frame("ImgLinearRegression");
   if (!PairChecks(frame, x, y)) return;
   const mirel::Rows<const EBW8> rx = mirel::RowsOf(x), ry = mirel::RowsOf(y);
   std::uint32_t n = static_cast<std::uint32_t>(rx.width) * static_cast<std::uint32_t>(rx.height);
   std::uint32_t sx = 0, sy = 0, lowest = 255, highest = 0;
   double sxx = 0.0, sxy = 0.0, syy = 0.0;
-  for (int row = 0; row < rx.height; ++row) {
-    const EBW8* px = rx.Row(row);
-    const EBW8* py = ry.Row(row);
-    std::uint32_t a = 0, b = 0, c = 0;
-    for (int i = 0; i < rx.width; ++i) {
-      const std::uint32_t u = px[i].value, v = py[i].value;
-      if (skipExtremes != 0 && (u == 0 || u == 255 || v == 0 || v == 255)) {
-        --n;
-        continue;
-      }
-      lowest = u < lowest ? u : lowest;
-      highest = u > highest ? u : highest;
-      sx += u;
-      sy += v;
-      a += u * u;
-      b += u * v;
-      c += v * v;
+  if (mmx != 0) {
+    // The pair kernels: the same sums, a dropped pair adding nothing.
+    const mirel::measure::ByteKernels& k = mirel::measure::PickByteKernels(mmx);
+    std::uint32_t kept = 0;
+    for (int row = 0; row < rx.height; ++row) {
+      std::uint64_t o[8];
+      k.pairSums(reinterpret_cast<const unsigned char*>(rx.Row(row)), reinterpret_cast<const unsigned char*>(ry.Row(row)),
+                 static_cast<std::size_t>(rx.width), skipExtremes != 0, o);
+      kept += static_cast<std::uint32_t>(o[0]);
+      sx += static_cast<std::uint32_t>(o[1]);
+      sy += static_cast<std::uint32_t>(o[2]);
+      sxx += static_cast<double>(static_cast<std::uint32_t>(o[3]));
+      sxy += static_cast<double>(static_cast<std::uint32_t>(o[4]));
+      syy += static_cast<double>(static_cast<std::uint32_t>(o[5]));
+      lowest = static_cast<std::uint32_t>(o[6]) < lowest ? static_cast<std::uint32_t>(o[6]) : lowest;
+      highest = static_cast<std::uint32_t>(o[7]) > highest ? static_cast<std::uint32_t>(o[7]) : highest;
     }
-    sxx += static_cast<double>(a);
-    sxy += static_cast<double>(b);
-    syy += static_cast<double>(c);
+    n = kept;
+  } else {
+    for (int row = 0; row < rx.height; ++row) {
+      const EBW8* px = rx.Row(row);
+      const EBW8* py = ry.Row(row);
+      std::uint32_t a = 0, b = 0, c = 0;
+      for (int i = 0; i < rx.width; ++i) {
+        const std::uint32_t u = px[i].value, v = py[i].value;
+        if (skipExtremes != 0 && (u == 0 || u == 255 || v == 0 || v == 255)) {
+          --n;
+          continue;
+        }
+        lowest = u < lowest ? u : lowest;
+        highest = u > highest ? u : highest;
+        sx += u;
+        sy += v;
+        a += u * u;
+        b += u * v;
+        c += v * v;
+      }
+      sxx += static_cast<double>(a);
+      sxy += static_cast<double>(b);
+      syy += static_cast<double>(c);
+    }
   }
   if (n == 0) {
     frame.Fail(E_ERROR_NO_SOLUTION);

@@ -68,7 +68,7 @@ std::size_t CountDifferScalar(const unsigned char* a, const unsigned char* b, st
 
 const ByteKernels& ScalarByteKernels() {
   static const ByteKernels k{SumScalar, SumSquaresScalar, CountAtLeastScalar, CountAtLeast2Scalar, MinMaxScalar,
-                             CountDifferScalar};
+                             CountDifferScalar, PairSumsScalar};
   return k;
 }
 

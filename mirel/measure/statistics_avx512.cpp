@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "mirel/measure/statistics_internal.h"
+#include "mirel/measure/statistics_pairs_internal.h"
 
 namespace mirel {
 namespace measure {
@@ -159,10 +160,46 @@ std::size_t CountDiffer(const unsigned char* a, const unsigned char* b, std::siz
   return static_cast<std::size_t>(differ);
 }
 
+struct Isa {
+  using V = __m512i;
+  static constexpr std::size_t kBytes = 64;
+  static V Zero() { return _mm512_setzero_si512(); }
+  static V Set1_8(unsigned char v) { return _mm512_set1_epi8(static_cast<char>(v)); }
+  static V Load(const unsigned char* p) { return _mm512_loadu_si512(p); }
+  static V CmpEq8(V a, V b) { return _mm512_movm_epi8(_mm512_cmpeq_epi8_mask(a, b)); }
+  static V Or(V a, V b) { return _mm512_maskz_or_epi32(0xFFFF, a, b); }
+  static V AndNot(V mask, V a) { return _mm512_maskz_andnot_epi32(0xFFFF, mask, a); }
+  static V Sub8(V a, V b) { return _mm512_sub_epi8(a, b); }
+  static V Sad(V a, V b) { return _mm512_sad_epu8(a, b); }
+  static V Add64(V a, V b) { return _mm512_add_epi64(a, b); }
+  static V Add32(V a, V b) { return _mm512_add_epi32(a, b); }
+  static V UnpackLo(V a, V b) { return _mm512_maskz_unpacklo_epi8(~0ULL, a, b); }
+  static V UnpackHi(V a, V b) { return _mm512_maskz_unpackhi_epi8(~0ULL, a, b); }
+  static V Madd(V a, V b) { return _mm512_madd_epi16(a, b); }
+  static V Min8(V a, V b) { return _mm512_min_epu8(a, b); }
+  static V Max8(V a, V b) { return _mm512_max_epu8(a, b); }
+  static std::uint64_t MinLane8(V v) {
+    unsigned char l[64];
+    _mm512_storeu_si512(l, v);
+    unsigned char m = 255;
+    for (unsigned char c : l) m = c < m ? c : m;
+    return m;
+  }
+  static std::uint64_t MaxLane8(V v) {
+    unsigned char l[64];
+    _mm512_storeu_si512(l, v);
+    unsigned char m = 0;
+    for (unsigned char c : l) m = c > m ? c : m;
+    return m;
+  }
+  static std::uint64_t Lanes64(V v) { return ::mirel::measure::Lanes64(v); }
+  static std::uint64_t Lanes32(V v) { return ::mirel::measure::Lanes32(v); }
+};
+
 }  // namespace
 
 const ByteKernels& ByteKernelsAVX512() {
-  static const ByteKernels k{Sum, SumSquares, CountAtLeast, CountAtLeast2, MinMax, CountDiffer};
+  static const ByteKernels k{Sum, SumSquares, CountAtLeast, CountAtLeast2, MinMax, CountDiffer, pairs::PairSums<Isa>};
   return k;
 }
 

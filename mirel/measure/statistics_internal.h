@@ -27,7 +27,39 @@ struct ByteKernels {
   void (*minMax)(const unsigned char* p, std::size_t n, unsigned char* lo, unsigned char* hi);
   // Number of positions where a and b differ.
   std::size_t (*countDiffer)(const unsigned char* a, const unsigned char* b, std::size_t n);
+  // Over the pairs (a[i], b[i]) kept (every pair, or with skipExtremes those
+  // with neither at 0 or 255): out = count, sum a, sum b, sum a*a, sum a*b,
+  // sum b*b, then the least and the largest a kept (255 and 0 when none).
+  void (*pairSums)(const unsigned char* a, const unsigned char* b, std::size_t n, bool skipExtremes,
+                   std::uint64_t out[8]);
 };
+
+// The pair sums one by one; the fast tables use it for their row tails.
+inline void PairSumsScalar(const unsigned char* a, const unsigned char* b, std::size_t n, bool skipExtremes,
+                           std::uint64_t out[8]) {
+  std::uint64_t k = 0, sa = 0, sb = 0, aa = 0, ab = 0, bb = 0;
+  std::uint32_t lo = 255, hi = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::uint32_t u = a[i], v = b[i];
+    if (skipExtremes && (u == 0 || u == 255 || v == 0 || v == 255)) continue;
+    ++k;
+    lo = u < lo ? u : lo;
+    hi = u > hi ? u : hi;
+    sa += u;
+    sb += v;
+    aa += u * u;
+    ab += u * v;
+    bb += v * v;
+  }
+  out[0] = k;
+  out[1] = sa;
+  out[2] = sb;
+  out[3] = aa;
+  out[4] = ab;
+  out[5] = bb;
+  out[6] = lo;
+  out[7] = hi;
+}
 
 // The scalar table, and the table for EGetMMX() (read by the caller) and the
 // active instruction-set level.

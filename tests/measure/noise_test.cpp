@@ -71,7 +71,10 @@ TEST(Noise, RmsAndRatioMatchModelOnEveryForm) {
       for (int y = 0; y < s.GetHeight(); ++y)
         for (int x = 0; x < s.GetWidth(); ++x)
           r.SetPixel(static_cast<unsigned char>(std::min(255u, Comp(s.GetPixel(x, y), 0) + static_cast<unsigned>(rng() % 9))), x, y);
-      CheckNoise(s, r, 1, 1, rng);
+      for (int path : testsupport::AllPaths()) {
+        testsupport::PathGuard guard(path);
+        CheckNoise(s, r, 1, 1, rng);
+      }
       EImage<EBW16> c;
       EROI<EBW16> sum;
       const unsigned int frames = 1u << (iter % 9);
@@ -157,12 +160,13 @@ TEST(Correlogram, CountsPairsAndSaturates) {
   EXPECT_EQ(t16.GetImagePtr(9, 246)->value, 400);
 }
 
-TEST(Regression, MatchesModelAndHandlesFlatImages) {
+TEST(Regression, MatchesModelAndHandlesFlatImagesOnEveryPath) {
   Rng rng(834);
-  for (int iter = 0; iter < 30; ++iter) {
+  for (int iter = 0; iter < 30 * static_cast<int>(testsupport::AllPaths().size()); ++iter) {
+    testsupport::PathGuard guard(testsupport::AllPaths()[iter % testsupport::AllPaths().size()]);
     EImage<EBW8> a, b;
     EROI<EBW8> x, y;
-    meastest::RandomRoi(a, x, rng, 90, 6, iter % 4 == 1);
+    meastest::RandomRoi(a, x, rng, 300, 6, iter % 4 == 1);
     testsupport::PlaceRandom(b, y, x.GetWidth(), x.GetHeight(), rng);
     for (int j = 0; j < x.GetHeight(); ++j)
       for (int i = 0; i < x.GetWidth(); ++i)
@@ -200,17 +204,18 @@ TEST(Regression, MatchesModelAndHandlesFlatImages) {
     EXPECT_EQ(corr, static_cast<float>(vx * vy > 0 ? cov / std::sqrt(vx * vy) : 0.0));
   }
   // A constant x of any size: slope 0, correlation 0, offset the mean of y.
-  for (int w = 1; w < 40; ++w) {
+  for (int w = 1; w < 140; ++w) {
+    testsupport::PathGuard guard(testsupport::AllPaths()[w % testsupport::AllPaths().size()]);
     EImage<EBW8> a(w, 3), b(w, 3);
     std::memset(a.GetImagePtr(0, 0), 100, static_cast<size_t>(a.GetRowPitch()) * 3);
     uint32_t sum = 0;
     for (int j = 0; j < 3; ++j)
       for (int i = 0; i < w; ++i) {
-        b.SetPixel(static_cast<unsigned char>(rng()), i, j);
+        b.SetPixel(static_cast<unsigned char>(1 + rng() % 254), i, j);
         sum += b.GetPixel(i, j);
       }
     float slope = -9, offset = -9, corr = -9;
-    ImgLinearRegression(&a, &b, slope, offset, corr, 0);
+    ImgLinearRegression(&a, &b, slope, offset, corr, w % 2);
     EXPECT_EQ(slope, 0.0f) << w;
     EXPECT_EQ(corr, 0.0f) << w;
     EXPECT_EQ(offset, static_cast<float>(sum * (1.0 / (3 * w)))) << w;
