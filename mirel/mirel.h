@@ -29,7 +29,9 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
-// Geometry and sequences: pyramids, halving and temporal averaging.
+// Geometry and sequences: pyramids, halving, interlaced frames and temporal
+// averaging.
+#include "mirel/geometry/frames.h"
 #include "mirel/geometry/pyramid.h"
 #include "mirel/geometry/temporal_average.h"
 
