@@ -35,8 +35,9 @@
 #include "mirel/morphology/morphology.h"
 
 // Geometry and sequences: resampling, shrinking, mirrors, warping, pyramids,
-// halving and temporal averaging.
+// halving, interlaced frames and temporal averaging.
 #include "mirel/geometry/affine.h"
+#include "mirel/geometry/frames.h"
 #include "mirel/geometry/pyramid.h"
 #include "mirel/geometry/shrink_mirror.h"
 #include "mirel/geometry/temporal_average.h"
