@@ -130,11 +130,12 @@ void RealignFrame(const EROI<T>* src, EROI<T>* dst, int shift, unsigned int fram
   if (!f.Require(shift < w && shift > -w, E_ERROR_BAD_ARGUMENT)) return;
   const std::size_t px = sizeof(T);
   const std::size_t moved = static_cast<std::size_t>(w - (shift < 0 ? -shift : shift)) * px;
-  const Rows<const EBW8> s{reinterpret_cast<const EBW8*>(src->GetImagePtr(0, 0)), src->GetRowPitch(), w, h};
-  const Rows<EBW8> d{reinterpret_cast<EBW8*>(dst->GetImagePtr(0, 0)), dst->GetRowPitch(), w, h};
+  // Rows as plain bytes, whatever the pixel type.
+  const EGenericROI* gs = src;
+  EGenericROI* gd = dst;
   for (int y = FirstWritten(frame); y < h; y += 2) {
-    const unsigned char* a = &s.Row(y)->value;
-    unsigned char* b = &d.Row(y)->value;
+    const unsigned char* a = static_cast<const unsigned char*>(gs->GetImagePtr(0, y));
+    unsigned char* b = static_cast<unsigned char*>(gd->GetImagePtr(0, y));
     if (shift >= 0) {
       std::memmove(b + static_cast<std::size_t>(shift) * px, a, moved);
       if (shift == 0) continue;
