@@ -46,6 +46,8 @@ struct ScalarOps {
   static int Abs(int a) { return a < 0 ? -a : a; }
   static int Cap(int a) { return a > 255 ? 255 : a; }
   static int Max0(int a) { return a < 0 ? 0 : a; }
+  static int Min(int a, int b) { return a < b ? a : b; }
+  static int Max(int a, int b) { return a > b ? a : b; }
   template <int N>
   static int Srl(int a) { return a >> N; }
   template <int K>

@@ -22,6 +22,8 @@ struct Isa {
   static V Abs(V a) { return _mm256_abs_epi16(a); }
   static V Cap(V a) { return _mm256_min_epi16(a, _mm256_set1_epi16(255)); }
   static V Max0(V a) { return _mm256_max_epi16(a, _mm256_setzero_si256()); }
+  static V Min(V a, V b) { return _mm256_min_epi16(a, b); }
+  static V Max(V a, V b) { return _mm256_max_epi16(a, b); }
   template <int N>
   static V Srl(V a) { return _mm256_srli_epi16(a, N); }
   template <int K>

@@ -20,6 +20,8 @@ struct Isa {
   static V Abs(V a) { return _mm512_maskz_abs_epi16(0xFFFFFFFFu, a); }
   static V Cap(V a) { return _mm512_min_epi16(a, _mm512_set1_epi16(255)); }
   static V Max0(V a) { return _mm512_max_epi16(a, _mm512_setzero_si512()); }
+  static V Min(V a, V b) { return _mm512_min_epi16(a, b); }
+  static V Max(V a, V b) { return _mm512_max_epi16(a, b); }
   template <int N>
   static V Srl(V a) { return _mm512_srli_epi16(a, N); }
   template <int K>

@@ -24,6 +24,9 @@ enum class Preset : int {
   kGradientX, kGradientY, kGradient, kLaplacianX, kLaplacianY, kLaplacian4, kLaplacian8,
   kHighpass1, kHighpass2, kLowpass1, kLowpass2, kLowpass3,
   kGaussianX, kGaussianY, kUniformX, kUniformY,
+  // The extremes of the window (square, horizontal and vertical 3-point),
+  // which the colour forms of the 3x3 morphology passes use.
+  kMin3x3, kMax3x3, kMinX, kMaxX, kMinY, kMaxY,
 };
 
 // The two one-dimensional Laplacians can reach 510: pixel-by-pixel code
@@ -37,7 +40,7 @@ struct Window3 {
 };
 
 // The value of kind K for one window. O supplies V and Add, Sub, Abs, Cap
-// (min with 255), Max0, Srl<n> (logical shift right) and Mul<k>.
+// (min with 255), Max0, Min, Max, Srl<n> (logical shift right) and Mul<k>.
 template <Preset K, class O>
 inline typename O::V Evaluate(const Window3<typename O::V>& w) {
   using V = typename O::V;
@@ -79,6 +82,17 @@ inline typename O::V Evaluate(const Window3<typename O::V>& w) {
     return O::template Srl<8>(O::template Mul<85>(add(add(w.m0, w.m1), w.m2)));
   if constexpr (K == Preset::kUniformY)
     return O::template Srl<8>(O::template Mul<85>(add(add(w.t1, w.m1), w.b1)));
+  auto row = [](auto f, V a, V b, V c) { return f(f(a, b), c); };
+  auto mn = [](V a, V b) { return O::Min(a, b); };
+  auto mx = [](V a, V b) { return O::Max(a, b); };
+  if constexpr (K == Preset::kMinX) return row(mn, w.m0, w.m1, w.m2);
+  if constexpr (K == Preset::kMaxX) return row(mx, w.m0, w.m1, w.m2);
+  if constexpr (K == Preset::kMinY) return row(mn, w.t1, w.m1, w.b1);
+  if constexpr (K == Preset::kMaxY) return row(mx, w.t1, w.m1, w.b1);
+  if constexpr (K == Preset::kMin3x3)
+    return row(mn, row(mn, w.t0, w.t1, w.t2), row(mn, w.m0, w.m1, w.m2), row(mn, w.b0, w.b1, w.b2));
+  if constexpr (K == Preset::kMax3x3)
+    return row(mx, row(mx, w.t0, w.t1, w.t2), row(mx, w.m0, w.m1, w.m2), row(mx, w.b0, w.b1, w.b2));
 }
 
 // Calls f(std::integral_constant<Preset, K>{}) for the kind k.
@@ -94,7 +108,8 @@ inline void WithPreset(Preset k, F&& f) {
     MIREL_PRESET_CASE(kLaplacian8) MIREL_PRESET_CASE(kHighpass1) MIREL_PRESET_CASE(kHighpass2)
     MIREL_PRESET_CASE(kLowpass1) MIREL_PRESET_CASE(kLowpass2) MIREL_PRESET_CASE(kLowpass3)
     MIREL_PRESET_CASE(kGaussianX) MIREL_PRESET_CASE(kGaussianY) MIREL_PRESET_CASE(kUniformX)
-    MIREL_PRESET_CASE(kUniformY)
+    MIREL_PRESET_CASE(kUniformY) MIREL_PRESET_CASE(kMin3x3) MIREL_PRESET_CASE(kMax3x3)
+    MIREL_PRESET_CASE(kMinX) MIREL_PRESET_CASE(kMaxX) MIREL_PRESET_CASE(kMinY) MIREL_PRESET_CASE(kMaxY)
 #undef MIREL_PRESET_CASE
   }
 }

@@ -20,6 +20,8 @@ struct Isa {
   static V Abs(V a) { return _mm_max_epi16(a, _mm_sub_epi16(_mm_setzero_si128(), a)); }
   static V Cap(V a) { return _mm_min_epi16(a, _mm_set1_epi16(255)); }
   static V Max0(V a) { return _mm_max_epi16(a, _mm_setzero_si128()); }
+  static V Min(V a, V b) { return _mm_min_epi16(a, b); }
+  static V Max(V a, V b) { return _mm_max_epi16(a, b); }
   template <int N>
   static V Srl(V a) { return _mm_srli_epi16(a, N); }
   template <int K>

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "mirel/foundation/color_route_internal.h"
+#include "mirel/filter/preset_filters_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/morphology/morphology.h"
 
@@ -14,7 +15,27 @@ using mirel::Frame;
 // destination, or the source when there is none.
 bool Checks(Frame& frame, EROI<EC24>* src, EROI<EC24>* dst) {
   if (!frame.NotVoid(src)) return false;
-  if (dst != nullptr && dst != src && !frame.SameSize(src, dst)) return false;
+  if (dst != nullptr && dst != src && (!frame.NotVoid(dst) || !frame.SameSize(src, dst))) return false;
+  return true;
+}
+
+// A single 3x3, horizontal or vertical pass (half-sizes of at most 1, not
+// both 0) is the extreme over a window that the 3x3 row engine of the
+// filters computes on the interleaved rows, the three components side by
+// side: the same bytes as a pass on each component's plane, without moving
+// the planes. Extremes over a window clipped to the ROI equal those over a
+// window whose outside positions repeat the nearest ROI pixel.
+bool SinglePass(const char* label, EROI<EC24>* src, EROI<EC24>* dst, unsigned int hw, unsigned int hh,
+                bool dilate) {
+  using mirel::filter::Preset;
+  if (hh == ~0u) hh = hw;
+  if (hw > 1 || hh > 1 || (hw | hh) == 0) return false;
+  Frame frame(label);
+  if (!Checks(frame, src, dst)) return true;
+  const Preset kind = hw == 0   ? (dilate ? Preset::kMaxY : Preset::kMinY)
+                      : hh == 0 ? (dilate ? Preset::kMaxX : Preset::kMinX)
+                                : (dilate ? Preset::kMax3x3 : Preset::kMin3x3);
+  mirel::filter::PresetByComponent(kind, src, dst != nullptr ? dst : src);
   return true;
 }
 
@@ -46,12 +67,18 @@ void PerComponentWithBorder(const char* label, EROI<EC24>* src, EROI<EC24>* dst,
   void NAME(EROI<EC24>* src, EROI<EC24>* dst, unsigned int hw, unsigned int hh) {                      \
     PerComponent(#NAME " ( C24)", src, dst, [&](EROI<EBW8>* plane) { NAME(plane, nullptr, hw, hh); }); \
   }
+void ImgErodeBox(EROI<EC24>* src, EROI<EC24>* dst, unsigned int hw, unsigned int hh) {
+  if (SinglePass("ImgErodeBox ( C24)", src, dst, hw, hh, false)) return;
+  PerComponent("ImgErodeBox ( C24)", src, dst, [&](EROI<EBW8>* plane) { ImgErodeBox(plane, nullptr, hw, hh); });
+}
+void ImgDilateBox(EROI<EC24>* src, EROI<EC24>* dst, unsigned int hw, unsigned int hh) {
+  if (SinglePass("ImgDilateBox ( C24)", src, dst, hw, hh, true)) return;
+  PerComponent("ImgDilateBox ( C24)", src, dst, [&](EROI<EBW8>* plane) { ImgDilateBox(plane, nullptr, hw, hh); });
+}
 #define MIREL_COLOR_DISK(NAME)                                                                      \
   void NAME(EROI<EC24>* src, EROI<EC24>* dst, unsigned int r) {                                     \
     PerComponent(#NAME " ( C24)", src, dst, [&](EROI<EBW8>* plane) { NAME(plane, nullptr, r); });   \
   }
-MIREL_COLOR_BOX(ImgErodeBox)
-MIREL_COLOR_BOX(ImgDilateBox)
 MIREL_COLOR_BOX(ImgOpenBox)
 MIREL_COLOR_BOX(ImgCloseBox)
 MIREL_COLOR_BOX(ImgWhiteTopHatBox)

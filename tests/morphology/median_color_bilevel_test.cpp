@@ -173,6 +173,40 @@ TEST(BiLevel, WorkedCasesAndLabels) {
 
 // ---------------------------------------------------------------- colour
 
+// The single 3x3, horizontal and vertical passes run on the interleaved
+// rows: each component must still equal the grey pass on its plane, on
+// every path, in place and not.
+TEST(ColorMorphology, SinglePassesOnEveryPath) {
+  Rng rng(52);
+  for (int path : testsupport::AllPaths()) {
+    testsupport::PathGuard guard(path);
+    for (int iter = 0; iter < 24; ++iter) {
+      const int w = 1 + static_cast<int>(rng() % 70), h = 1 + static_cast<int>(rng() % 5);
+      EImage<EC24> si, di;
+      EROI<EC24> s, d;
+      testsupport::PlaceRandom(si, s, w, h, rng);
+      testsupport::PlaceRandom(di, d, w, h, rng);
+      testsupport::FillRandom(si, rng);
+      const unsigned hw = iter % 3 == 0 ? 0 : 1, hh = iter % 3 == 1 ? 0 : 1;
+      const bool dilate = iter % 2 == 0, inPlace = iter % 4 < 2;
+      EImage<EBW8> plane[3];
+      for (unsigned c = 0; c < 3; ++c) {
+        plane[c].SetSize(w, h);
+        ClrGetComponent(&s, &plane[c], c, nullptr);
+        dilate ? ImgDilateBox(&plane[c], nullptr, hw, hh) : ImgErodeBox(&plane[c], nullptr, hw, hh);
+      }
+      EROI<EC24>* out = inPlace ? &s : &d;
+      dilate ? ImgDilateBox(&s, inPlace ? nullptr : &d, hw, hh) : ImgErodeBox(&s, inPlace ? nullptr : &d, hw, hh);
+      ASSERT_EQ(EGetError(), E_OK);
+      for (unsigned c = 0; c < 3; ++c) {
+        EImage<EBW8> got(w, h);
+        ClrGetComponent(out, &got, c, nullptr);
+        ASSERT_EQ(testsupport::Bytes(got), testsupport::Bytes(plane[c])) << "path " << path << " " << w << "x" << h;
+      }
+    }
+  }
+}
+
 // Each component of the colour result is the grey operation on that
 // component of the source.
 TEST(ColorMorphology, PerComponentAndBorderBytesReversed) {
