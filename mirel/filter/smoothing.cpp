@@ -97,10 +97,11 @@ BoxRoutines ActiveBox() {
 }
 
 // prefix[x] = col[0] + ... + col[x - 1], for x in 0 .. width.
-void Prefix(const U32* col, int width, U32* prefix) {
-  U32 s = 0;
+void Prefix(const U32* col, int width, U32* prefix, const BoxRoutines& box) {
   prefix[0] = 0;
-  for (int x = 0; x < width; ++x) prefix[x + 1] = s += col[x];
+  int x = box.prefix != nullptr ? box.prefix(col, width, prefix) : 0;
+  U32 s = prefix[x];
+  for (; x < width; ++x) prefix[x + 1] = s += col[x];
 }
 
 // The window sum at x of a row of column sums with the given prefix sums.
@@ -158,7 +159,7 @@ bool UniformRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int rx, int ry,
   for (int y = y0; y < y1; ++y) {
     if (y == y0) cols.Start(y);
     else cols.Step(y);
-    Prefix(buf.sums, w, buf.prefix);
+    Prefix(buf.sums, w, buf.prefix, box);
     Byte* out = reinterpret_cast<Byte*>(d.Row(y));
     const U32* p = buf.prefix;
     auto pixel = [&](int x) { return static_cast<Byte>((WindowSum(buf.sums, p, w, rx, x) * scale) >> 24); };
@@ -187,8 +188,8 @@ bool DeviationRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, long long rx,
   for (int y = y0; y < y1; ++y) {
     if (y == y0) cols.Start(y);
     else cols.Step(y);
-    Prefix(buf.sums, w, buf.prefix);
-    Prefix(buf.squares, w, buf.prefixSq);
+    Prefix(buf.sums, w, buf.prefix, BoxRoutines{});
+    Prefix(buf.squares, w, buf.prefixSq, BoxRoutines{});
     Byte* out = reinterpret_cast<Byte*>(d.Row(y));
     for (int x = 0; x < w; ++x) {
       const U32 a = WindowSum(buf.sums, buf.prefix, w, rx, x);

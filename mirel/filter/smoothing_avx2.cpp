@@ -38,9 +38,28 @@ int Scale(const std::uint32_t* lo, const std::uint32_t* hi, std::uint32_t scale,
   return i;
 }
 
+// Eight running sums at a time: the sums within each 128-bit lane by two
+// shifted additions, the low lane's total added to the high lane, then the
+// total so far added to every lane.
+int Prefix(const std::uint32_t* col, int n, std::uint32_t* prefix) {
+  __m256i carry = _mm256_set1_epi32(static_cast<int>(prefix[0]));
+  const __m256i last = _mm256_set1_epi32(7);
+  int x = 0;
+  for (; x + 8 <= n; x += 8) {
+    __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(col + x));
+    v = _mm256_add_epi32(v, _mm256_slli_si256(v, 4));
+    v = _mm256_add_epi32(v, _mm256_slli_si256(v, 8));
+    v = _mm256_add_epi32(v, _mm256_permute2x128_si256(_mm256_shuffle_epi32(v, 0xFF), v, 0x08));
+    v = _mm256_add_epi32(v, carry);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(prefix + x + 1), v);
+    carry = _mm256_permutevar8x32_epi32(v, last);
+  }
+  return x;
+}
+
 }  // namespace
 
-BoxRoutines BoxAvx2() { return BoxRoutines{&Slide, &Scale}; }
+BoxRoutines BoxAvx2() { return BoxRoutines{&Slide, &Scale, &Prefix}; }
 
 }  // namespace filter
 }  // namespace mirel

@@ -15,6 +15,9 @@ struct BoxRoutines {
   // dst[i] = ((hi[i] - lo[i]) * scale) >> 24, for i in [0, n); the product
   // fits 32 bits.
   int (*scale)(const std::uint32_t* lo, const std::uint32_t* hi, std::uint32_t scale, std::uint8_t* dst, int n);
+  // prefix[x + 1] = prefix[x] + col[x] (wrapping), for x in [0, n), with
+  // prefix[0] already set.
+  int (*prefix)(const std::uint32_t* col, int n, std::uint32_t* prefix);
 };
 
 #if defined(MIREL_X86_SIMD)
