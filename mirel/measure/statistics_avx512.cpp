@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "mirel/measure/statistics_internal.h"
-#include "mirel/measure/statistics_pairs_internal.h"
+#include "mirel/measure/statistics_blocks_internal.h"
 
 namespace mirel {
 namespace measure {
@@ -26,47 +26,6 @@ inline std::uint64_t Lanes32(__m512i v) {
   std::uint64_t s = 0;
   for (int k = 0; k < 16; ++k) s += l[k];
   return s;
-}
-
-std::uint64_t Sum(const unsigned char* p, std::size_t n) {
-  const __m512i zero = _mm512_setzero_si512();
-  __m512i a0 = zero, a1 = zero;
-  std::size_t i = 0;
-  for (; i + 128 <= n; i += 128) {
-    a0 = _mm512_add_epi64(a0, _mm512_sad_epu8(Load(p + i), zero));
-    a1 = _mm512_add_epi64(a1, _mm512_sad_epu8(Load(p + i + 64), zero));
-  }
-  for (; i + 64 <= n; i += 64) a0 = _mm512_add_epi64(a0, _mm512_sad_epu8(Load(p + i), zero));
-  std::uint64_t s = Lanes64(_mm512_add_epi64(a0, a1));
-  for (; i < n; ++i) s += p[i];
-  return s;
-}
-
-void SumSquares(const unsigned char* p, std::size_t n, std::uint64_t* sum, std::uint64_t* squares) {
-  const __m512i zero = _mm512_setzero_si512();
-  __m512i s = zero;
-  std::uint64_t q = 0;
-  std::size_t i = 0;
-  while (i + 64 <= n) {
-    // A 32-bit lane gains at most 4 * 255 * 255 a block.
-    const std::size_t end = n - i > 64 * 4096 ? i + 64 * 4096 : n;
-    __m512i qa = zero;
-    for (; i + 64 <= end; i += 64) {
-      const __m512i v = Load(p + i);
-      s = _mm512_add_epi64(s, _mm512_sad_epu8(v, zero));
-      const __m512i lo = _mm512_maskz_unpacklo_epi8(~0ULL, v, zero), hi = _mm512_maskz_unpackhi_epi8(~0ULL, v, zero);
-      qa = _mm512_add_epi32(qa, _mm512_add_epi32(_mm512_madd_epi16(lo, lo), _mm512_madd_epi16(hi, hi)));
-    }
-    q += Lanes32(qa);
-  }
-  std::uint64_t total = Lanes64(s);
-  for (; i < n; ++i) {
-    const std::uint32_t v = p[i];
-    total += v;
-    q += v * v;
-  }
-  *sum = total;
-  *squares = q;
 }
 
 // Byte counters raised under a compare mask, emptied every 255 blocks.
@@ -199,7 +158,8 @@ struct Isa {
 }  // namespace
 
 const ByteKernels& ByteKernelsAVX512() {
-  static const ByteKernels k{Sum, SumSquares, CountAtLeast, CountAtLeast2, MinMax, CountDiffer, pairs::PairSums<Isa>};
+  static const ByteKernels k{bytes::Sum<Isa>, bytes::SumSquares<Isa>, CountAtLeast, CountAtLeast2,
+                             MinMax, CountDiffer, pairs::PairSums<Isa>};
   return k;
 }
 
