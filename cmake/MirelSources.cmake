@@ -1,9 +1,9 @@
 # Source discovery and per-instruction-set compile flags.
 #
 # Every subsystem folder under mirel/ holds its headers and sources side by
-# side. Sources named *_sse41.cpp, *_avx2.cpp or *_avx512.cpp hold the fast
-# paths for one instruction set; they are compiled with that set enabled and
-# only on x86-64. Headers named *_internal.h are private to the library and
+# side. Sources named *_sse2.cpp, *_ssse3.cpp, *_sse41.cpp, *_avx2.cpp or
+# *_avx512.cpp hold the fast paths for one instruction set; they are compiled
+# with that set enabled and only on x86-64. Headers named *_internal.h are private to the library and
 # are not installed.
 
 set(MIREL_X86 OFF)
@@ -16,7 +16,7 @@ function(mirel_collect_sources out_sources out_headers)
   file(GLOB_RECURSE hdrs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/mirel/*.h)
   set(kept)
   foreach(s ${srcs})
-    if(s MATCHES "_(sse41|avx2|avx512)\\.cpp$" AND NOT MIREL_X86)
+    if(s MATCHES "_(sse2|ssse3|sse41|avx2|avx512)\\.cpp$" AND NOT MIREL_X86)
       continue()
     endif()
     list(APPEND kept ${s})
