@@ -21,6 +21,9 @@
 #include "mirel/point/overlay.h"
 #include "mirel/point/threshold.h"
 
+// Packed bit images: alignment, copy, logic, conversions and thresholds.
+#include "mirel/point/bits.h"
+
 // Linear filtering.
 #include "mirel/filter/color_filters.h"
 #include "mirel/filter/convolution.h"
