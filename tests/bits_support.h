@@ -41,6 +41,23 @@ struct BitRoi {
   void Restore(const Buffer& b) {
     std::copy(b.begin(), b.end(), static_cast<unsigned char*>(image.GetGenericImagePtr(0, 0)));
   }
+  // A mask over the image's buffer of the bits that are pixels of the ROI,
+  // and with `pad`, of the bits behind each row's last pixel in its byte
+  // when the ROI starts on a byte (which the aligned forms may write).
+  Buffer Owned(bool pad) const {
+    Buffer m(Snapshot().size(), 0);
+    const int w = roi.GetWidth();
+    const int end = pad && roi.GetBitOffset(0, 0) == 0 ? (w + 7) / 8 * 8 : w;
+    for (int y = 0; y < roi.GetHeight(); ++y)
+      for (int x = 0; x < end; ++x) m[Index(x, y)] = static_cast<unsigned char>(m[Index(x, y)] | Mask(x, y));
+    return m;
+  }
+  // True when `now` and `before` agree on every bit outside `owned`.
+  static bool SameOutside(const Buffer& now, const Buffer& before, const Buffer& owned) {
+    for (size_t i = 0; i < now.size(); ++i)
+      if ((now[i] ^ before[i]) & ~owned[i]) return false;
+    return true;
+  }
   // The pixels as 0 and 1, row after row.
   std::vector<int> Pixels() const {
     const Buffer b = Snapshot();

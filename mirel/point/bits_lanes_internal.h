@@ -1,7 +1,8 @@
 // Byte lanes for the bit-image kernels, one struct per vector width.
 //
-// A source built for one instruction set includes this header and uses the
-// widest struct its compiler flags allow: Lanes128 everywhere on x86-64,
+// ByteLanes is one byte at a time, for the scalar kernels and the row ends
+// of the vector ones. A source built for one instruction set includes this
+// header and uses the widest struct its compiler flags allow: Lanes128 on x86-64,
 // Lanes256 where __AVX2__ is defined, Lanes512 where __AVX512BW__ is. Each
 // struct has internal linkage, so code built for one set never leaks into
 // another source.
@@ -14,6 +15,30 @@
 // byte off.
 #ifndef MIREL_POINT_BITS_LANES_INTERNAL_H_
 #define MIREL_POINT_BITS_LANES_INTERNAL_H_
+
+namespace mirel {
+namespace bits {
+namespace {
+
+struct ByteLanes {
+  using V = unsigned char;
+  static constexpr int kBytes = 1;
+  static V Load(const unsigned char* p) { return *p; }
+  static void Store(unsigned char* p, V v) { *p = v; }
+  static V Set1(unsigned char c) { return c; }
+  static V And(V a, V b) { return static_cast<V>(a & b); }
+  static V Or(V a, V b) { return static_cast<V>(a | b); }
+  static V Xor(V a, V b) { return static_cast<V>(a ^ b); }
+  static V AndNot(V a, V b) { return static_cast<V>(~a & b); }
+  static V Shr1(V v) { return static_cast<V>(v >> 1); }
+  static V Shl1(V v) { return static_cast<V>(v << 1); }
+  static V Low7(V v) { return static_cast<V>(v << 7); }
+  static V High0(V v) { return static_cast<V>(v >> 7); }
+};
+
+}  // namespace
+}  // namespace bits
+}  // namespace mirel
 
 #if defined(MIREL_X86_SIMD)
 
