@@ -21,6 +21,11 @@
 #include "mirel/point/overlay.h"
 #include "mirel/point/threshold.h"
 
+// Packed bit images: alignment, copy, logic, conversions and thresholds,
+// erosion, dilation and their compounds, and the median (in median.h).
+#include "mirel/morphology/bit_morphology.h"
+#include "mirel/point/bits.h"
+
 // Linear filtering.
 #include "mirel/filter/color_filters.h"
 #include "mirel/filter/convolution.h"
