@@ -39,6 +39,10 @@
 #include "mirel/morphology/median.h"
 #include "mirel/morphology/morphology.h"
 
+// Thinning, thickening and the distance map.
+#include "mirel/morphology/distance.h"
+#include "mirel/morphology/thinning.h"
+
 // Geometry and sequences: resampling, shrinking, mirrors, warping, pyramids,
 // halving, interlaced frames and temporal averaging.
 #include "mirel/geometry/affine.h"
