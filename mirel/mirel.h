@@ -29,6 +29,9 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
+// Edges and frequency domain: gradient images.
+#include "mirel/edge/gradient.h"
+
 // Morphology and medians.
 #include "mirel/morphology/bilevel.h"
 #include "mirel/morphology/median.h"
