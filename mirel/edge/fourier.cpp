@@ -21,6 +21,7 @@
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
+#include "mirel/foundation/prefetch_internal.h"
 
 namespace mirel {
 namespace edge {
@@ -148,13 +149,35 @@ void FastRows(const Rows<const EBW8>& s, const Rows<EComplex64>& d, float scale,
       for (int l = 0; l < kBatch; ++l) i[l] = 0.0f;
     }
     fly(re, im, n, p.rowWr.data(), p.rowWi.data());
-    for (int l = 0; l < rows; ++l) {
-      EComplex64* out = d.Row(y + l);
-      for (int x = 0; x < n; ++x)
-        out[x] = EComplex64(re[static_cast<long>(x) * kBatch + l], im[static_cast<long>(x) * kBatch + l]);
+    EComplex64* out[kBatch];
+    for (int l = 0; l < rows; ++l) out[l] = d.Row(y + l);
+    for (int x = 0; x < n; ++x) {
+      const float* r = re + static_cast<long>(x) * kBatch;
+      const float* i = im + static_cast<long>(x) * kBatch;
+      for (int l = 0; l < rows; ++l) out[l][x] = EComplex64(r[l], i[l]);
     }
   }
 }
+
+// Copies between kBatch (or `cols`) complex pixels and a batch point.
+inline void Split(const EComplex64* in, float* r, float* i, int cols) {
+  if (cols == kBatch) {
+    for (int l = 0; l < kBatch; ++l) r[l] = in[l].re, i[l] = in[l].im;
+    return;
+  }
+  for (int l = 0; l < cols; ++l) r[l] = in[l].re, i[l] = in[l].im;
+  for (int l = cols; l < kBatch; ++l) r[l] = i[l] = 0.0f;
+}
+inline void Join(const float* r, const float* i, EComplex64* out, int cols) {
+  if (cols == kBatch) {
+    for (int l = 0; l < kBatch; ++l) out[l] = EComplex64(r[l], i[l]);
+    return;
+  }
+  for (int l = 0; l < cols; ++l) out[l] = EComplex64(r[l], i[l]);
+}
+
+// Rows read ahead of the one being copied into a strip.
+constexpr int kAhead = 8;
 
 // Columns [x0, x1) of the column pass, in place in dst.
 void FastColumns(const Rows<EComplex64>& d, FastPlan& p, ButterflyFn fly, int x0, int x1) {
@@ -163,23 +186,16 @@ void FastColumns(const Rows<EComplex64>& d, FastPlan& p, ButterflyFn fly, int x0
   float* im = p.im.data();
   for (int x = x0; x < x1; x += kBatch) {
     const int cols = std::min(kBatch, x1 - x);
+    // Rows are read in order, a few ahead asked for, and put in bit-reversed
+    // order in the batch, which lies in the cache.
     for (int k = 0; k < n; ++k) {
-      const EComplex64* in = d.Row(p.revH[static_cast<size_t>(k)]) + x;
-      float* r = re + static_cast<long>(k) * kBatch;
-      float* i = im + static_cast<long>(k) * kBatch;
-      for (int l = 0; l < cols; ++l) {
-        r[l] = in[l].re;
-        i[l] = in[l].im;
-      }
-      for (int l = cols; l < kBatch; ++l) r[l] = i[l] = 0.0f;
+      if (k + kAhead < n) PrefetchForWrite(d.Row(k + kAhead) + x, sizeof(EComplex64) * cols);
+      const long at = static_cast<long>(p.revH[static_cast<size_t>(k)]) * kBatch;
+      Split(d.Row(k) + x, re + at, im + at, cols);
     }
     fly(re, im, n, p.colWr.data(), p.colWi.data());
-    for (int k = 0; k < n; ++k) {
-      EComplex64* out = d.Row(k) + x;
-      const float* r = re + static_cast<long>(k) * kBatch;
-      const float* i = im + static_cast<long>(k) * kBatch;
-      for (int l = 0; l < cols; ++l) out[l] = EComplex64(r[l], i[l]);
-    }
+    for (int k = 0; k < n; ++k)
+      Join(re + static_cast<long>(k) * kBatch, im + static_cast<long>(k) * kBatch, d.Row(k) + x, cols);
   }
 }
 

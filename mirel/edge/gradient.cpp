@@ -94,39 +94,49 @@ void PairRows(const Rows<const P>& s, const Rows<EBW32>& d, int y0, int y1, Fn b
     PairStretch<P>(Window<P>(s, y), s.width, 0, s.width, reinterpret_cast<std::uint32_t*>(d.Row(y)), blocks);
 }
 
-// A lookup table seen from its centre pixel. A component outside the table
-// wraps around it.
+// A lookup table of side 2 * half. A pair's components index it from its
+// centre; since the side divides 65536, the low 16 bits of a component plus
+// half, modulo the side, are its column or row, so a component outside the
+// table wraps around it and needs no sign extension.
 template <class L>
 struct Table {
-  const unsigned char* centre;
+  const unsigned char* origin;  // the table's first pixel
   std::ptrdiff_t pitch;
   int half;
   L At(std::uint32_t pair) const {
     const unsigned mask = 2u * static_cast<unsigned>(half) - 1u;
-    const int dx = static_cast<int>((static_cast<unsigned>(static_cast<std::int16_t>(pair & 0xFFFFu)) +
-                                     static_cast<unsigned>(half)) & mask) - half;
-    const int dy = static_cast<int>((static_cast<unsigned>(static_cast<std::int16_t>(pair >> 16)) +
-                                     static_cast<unsigned>(half)) & mask) - half;
-    return *reinterpret_cast<const L*>(centre + dy * pitch + dx * static_cast<std::ptrdiff_t>(sizeof(L)));
+    const std::ptrdiff_t col = (pair + static_cast<unsigned>(half)) & mask;
+    const std::ptrdiff_t row = ((pair >> 16) + static_cast<unsigned>(half)) & mask;
+    return *reinterpret_cast<const L*>(origin + row * pitch + col * static_cast<std::ptrdiff_t>(sizeof(L)));
   }
   // The full differences of a 16-bit image do not fit a pair; they are
   // looked up directly.
   L At(int dx, int dy) const {
-    return *reinterpret_cast<const L*>(centre + dy * pitch + dx * static_cast<std::ptrdiff_t>(sizeof(L)));
+    return *reinterpret_cast<const L*>(origin + (dy + half) * pitch +
+                                       (dx + half) * static_cast<std::ptrdiff_t>(sizeof(L)));
   }
 };
 
 template <class L>
 Table<L> TableOf(const EROI<L>* lookup, int half) {
-  return Table<L>{reinterpret_cast<const unsigned char*>(lookup->GetImagePtr(half, half)), lookup->GetRowPitch(),
-                  half};
+  return Table<L>{reinterpret_cast<const unsigned char*>(lookup->GetImagePtr(0, 0)), lookup->GetRowPitch(), half};
 }
+
+// The 512 rows of the 8-bit table by address, so that a lookup is two
+// masked indexings.
+struct ByteTable {
+  const EBW8* rows[512];
+  explicit ByteTable(const Table<EBW8>& t) {
+    for (int y = 0; y < 512; ++y) rows[y] = reinterpret_cast<const EBW8*>(t.origin + y * t.pitch);
+  }
+  EBW8 At(std::uint32_t pair) const { return rows[((pair >> 16) + 256u) & 511u][(pair + 256u) & 511u]; }
+};
 
 constexpr int kChunk = 256;
 
 // Rows [y0, y1) of the lookup of the pairs of an 8-bit image, formed on the
 // fly a chunk at a time.
-void GreyLookupRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, const Table<EBW8>& table, int y0, int y1,
+void GreyLookupRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, const ByteTable& table, int y0, int y1,
                     PairRow8Fn blocks) {
   std::uint32_t pairs[kChunk];
   for (int y = y0; y < y1; ++y) {
@@ -156,8 +166,8 @@ void GreyLookupRows16(const Rows<const EBW16>& s, const Rows<EBW16>& d, const Ta
 }
 
 // Rows [y0, y1) of the lookup of stored pairs.
-template <class L>
-void PairLookupRows(const Rows<const EBW32>& s, const Rows<L>& d, const Table<L>& table, int y0, int y1) {
+template <class L, class T>
+void PairLookupRows(const Rows<const EBW32>& s, const Rows<L>& d, const T& table, int y0, int y1) {
   for (int y = y0; y < y1; ++y) {
     const EBW32* in = s.Row(y);
     L* out = d.Row(y);
@@ -230,7 +240,8 @@ void ImgGradientScalar(const EROI<EBW8>* src, EROI<EBW8>* dst, const EROI<EBW8>*
   Frame frame("ImgGradientScalar");
   if (!edge::CheckLookup(frame, src, dst, lookup, 256)) return;
   const auto s = RowsOf(src);
-  edge::GreyLookupRows(s, RowsOf(dst), edge::TableOf(lookup, 256), 0, s.height,
+  const edge::ByteTable table(edge::TableOf(lookup, 256));
+  edge::GreyLookupRows(s, RowsOf(dst), table, 0, s.height,
                        edge::ActivePairRows(mmx != 0).bw8);
 }
 
@@ -238,7 +249,8 @@ void ImgGradientScalar(const EROI<EBW32>* src, EROI<EBW8>* dst, const EROI<EBW8>
   Frame frame("ImgGradientScalar");
   if (!edge::CheckLookup(frame, src, dst, lookup, 256)) return;
   const auto s = RowsOf(src);
-  edge::PairLookupRows(s, RowsOf(dst), edge::TableOf(lookup, 256), 0, s.height);
+  const edge::ByteTable table(edge::TableOf(lookup, 256));
+  edge::PairLookupRows(s, RowsOf(dst), table, 0, s.height);
 }
 
 void ImgGradientScalar(const EROI<EBW16>* src, EROI<EBW16>* dst, const EROI<EBW16>* lookup) {
