@@ -29,8 +29,9 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
-// Edges and frequency domain: gradient images, Fourier transforms and
-// complex images.
+// Edges and frequency domain: gradient images, the Canny chain, Fourier
+// transforms and complex images.
+#include "mirel/edge/canny.h"
 #include "mirel/edge/fourier.h"
 #include "mirel/edge/gradient.h"
 
