@@ -29,9 +29,10 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
-// Edges and frequency domain: gradient images, the Canny chain, Fourier
-// transforms and complex images.
+// Edges and frequency domain: gradient images, the Canny chain, anisotropic
+// diffusion, Fourier transforms and complex images.
 #include "mirel/edge/canny.h"
+#include "mirel/edge/diffusion.h"
 #include "mirel/edge/fourier.h"
 #include "mirel/edge/gradient.h"
 
