@@ -28,20 +28,20 @@ inline int Sign(int v) { return (v > 0) - (v < 0); }
 
 // ---------------------------------------------------------------- suppression
 
-// The class of every (|dx|, |dy|): 0, 90, or 1 where the signs decide
-// between 45 and 135.
+// Direction classes by index: 0, 45, 90, 135.
+constexpr unsigned kClassValue[4] = {0, 45, 90, 135};
+
+// The class index of every (|dx|, |dy|) below 256, before the signs: 0 for
+// class 0, 2 for class 90, 4 where the signs decide between 45 (index 1,
+// equal signs) and 135 (index 3). kBySigns[t + differ] finishes it.
 struct ClassTable {
   Byte cls[256 * 256];
   ClassTable() {
     for (int ax = 0; ax < 256; ++ax)
-      for (int ay = 0; ay < 256; ++ay)
-        cls[ax * 256 + ay] = ax > 2.42 * ay ? 0 : ay > 2.42 * ax ? 90 : 1;
-  }
-  unsigned Of(int dx, int dy) const {
-    const Byte c = cls[Abs(dx) * 256 + Abs(dy)];
-    return c != 1 ? c : Sign(dx) == Sign(dy) ? 45u : 135u;
+      for (int ay = 0; ay < 256; ++ay) cls[ax * 256 + ay] = ax > 2.42 * ay ? 0 : ay > 2.42 * ax ? 2 : 4;
   }
 };
+constexpr Byte kBySigns[6] = {0, 0, 2, 2, 1, 3};
 
 const ClassTable& Classes() {
   static const ClassTable table;
@@ -54,18 +54,21 @@ inline int Dy(std::uint32_t p) { return static_cast<std::int16_t>(p >> 16); }
 // beyond -255..255 (never made from an 8-bit image).
 inline Byte Magnitude(std::uint32_t p) { return static_cast<Byte>((Abs(Dx(p)) + Abs(Dy(p))) >> 1); }
 
-// The class of a pair: from the table, or by the comparisons themselves for
-// components beyond its range.
-inline unsigned ClassOf(const ClassTable& t, int dx, int dy) {
+// The class index of a pair: from the table, or by the comparisons
+// themselves for components beyond its range.
+inline int ClassIndexOf(const ClassTable& t, int dx, int dy) {
   const int ax = Abs(dx), ay = Abs(dy);
-  if ((ax | ay) < 256) return t.Of(dx, dy);
+  const int differ = Sign(dx) != Sign(dy);
+  if ((ax | ay) < 256) return kBySigns[t.cls[ax * 256 + ay] + differ];
   if (ax > 2.42 * ay) return 0;
-  if (ay > 2.42 * ax) return 90;
-  return Sign(dx) == Sign(dy) ? 45u : 135u;
+  if (ay > 2.42 * ax) return 2;
+  return differ ? 3 : 1;
 }
 
 // Rows [y0, y1) of the suppression. Three rows of magnitudes with a zero
-// column at each side are kept in `mags` (3 * (w + 2) bytes).
+// column at each side are kept in `mags` (3 * (w + 2) bytes). The two
+// neighbours of each class are read at offsets from the pixel's own
+// magnitude, so a pixel takes no branch on its class.
 void SuppressRows(const Rows<const EBW32>& g, const Rows<EBW32>& dir, const Rows<EBW8>& mag, int y0, int y1,
                   Byte* mags) {
   const int w = g.width, h = g.height;
@@ -86,22 +89,18 @@ void SuppressRows(const Rows<const EBW32>& g, const Rows<EBW32>& dir, const Rows
   fill(here, y0);
   for (int y = y0; y < y1; ++y) {
     fill(below, y + 1);
+    const std::ptrdiff_t up = above - here, down = below - here;
+    // Neighbours A and B of classes 0, 45, 90, 135.
+    const std::ptrdiff_t offA[4] = {1, up - 1, up, down - 1};
+    const std::ptrdiff_t offB[4] = {-1, down + 1, down, up + 1};
     const EBW32* p = g.Row(y);
     EBW32* d = dir.Row(y);
     EBW8* out = mag.Row(y);
     for (int x = 0; x < w; ++x) {
-      const int dx = Dx(p[x].value), dy = Dy(p[x].value);
-      const unsigned cls = ClassOf(classes, dx, dy);
-      const int c = x + 1;
-      int a, b;
-      switch (cls) {
-        case 0: a = here[c + 1], b = here[c - 1]; break;
-        case 45: a = above[c - 1], b = below[c + 1]; break;
-        case 90: a = above[c], b = below[c]; break;
-        default: a = below[c - 1], b = above[c + 1]; break;
-      }
-      const int m = here[c];
-      d[x] = EBW32(cls);
+      const int c = ClassIndexOf(classes, Dx(p[x].value), Dy(p[x].value));
+      const Byte* at = here + x + 1;
+      const Byte m = *at, a = at[offA[c]], b = at[offB[c]];
+      d[x] = EBW32(kClassValue[c]);
       out[x] = EBW8(static_cast<Byte>(m >= a && m >= b ? m : 0));
     }
     Byte* t = above;
