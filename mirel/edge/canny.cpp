@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "mirel/edge/gradient.h"
+#include "mirel/edge/gradient_internal.h"
 #include "mirel/filter/fixed_filters.h"
 #include "mirel/filter/preset_filters.h"
 #include "mirel/foundation/error.h"
@@ -70,7 +71,7 @@ inline int ClassIndexOf(const ClassTable& t, int dx, int dy) {
 // neighbours of each class are read at offsets from the pixel's own
 // magnitude, so a pixel takes no branch on its class.
 void SuppressRows(const Rows<const EBW32>& g, const Rows<EBW32>& dir, const Rows<EBW8>& mag, int y0, int y1,
-                  Byte* mags) {
+                  Byte* mags, const EdgeRowFns& fns) {
   const int w = g.width, h = g.height;
   const ClassTable& classes = Classes();
   auto fill = [&](Byte* row, int y) {
@@ -79,8 +80,9 @@ void SuppressRows(const Rows<const EBW32>& g, const Rows<EBW32>& dir, const Rows
       std::memset(row + 1, 0, static_cast<size_t>(w));
       return;
     }
-    const EBW32* p = g.Row(y);
-    for (int x = 0; x < w; ++x) row[x + 1] = Magnitude(p[x].value);
+    const std::uint32_t* p = reinterpret_cast<const std::uint32_t*>(g.Row(y));
+    int x = fns.magnitude != nullptr ? fns.magnitude(p, row + 1, 0, w) : 0;
+    for (; x < w; ++x) row[x + 1] = Magnitude(p[x]);
   };
   Byte* above = mags;
   Byte* here = mags + (w + 2);
@@ -96,7 +98,11 @@ void SuppressRows(const Rows<const EBW32>& g, const Rows<EBW32>& dir, const Rows
     const EBW32* p = g.Row(y);
     EBW32* d = dir.Row(y);
     EBW8* out = mag.Row(y);
-    for (int x = 0; x < w; ++x) {
+    int x = 0;
+    if (fns.suppress != nullptr)
+      x = fns.suppress(reinterpret_cast<const std::uint32_t*>(p), above + 1, here + 1, below + 1,
+                       reinterpret_cast<std::uint32_t*>(d), reinterpret_cast<Byte*>(out), 0, w);
+    for (; x < w; ++x) {
       const int c = ClassIndexOf(classes, Dx(p[x].value), Dy(p[x].value));
       const Byte* at = here + x + 1;
       const Byte m = *at, a = at[offA[c]], b = at[offB[c]];
@@ -318,6 +324,7 @@ using mirel::RowsOf;
 namespace edge = mirel::edge;
 
 void NonMaximaSuppression(const EROI<EBW32>* gradient, EROI<EBW32>* direction, EROI<EBW8>* magnitude) {
+  const int mmx = EGetMMX();
   Frame frame("NonMaximaSuppression");
   if (!frame.NotVoid(gradient, direction, magnitude) || !frame.SameSize(gradient, direction) ||
       !frame.SameSize(gradient, magnitude))
@@ -329,7 +336,8 @@ void NonMaximaSuppression(const EROI<EBW32>* gradient, EROI<EBW32>* direction, E
   } catch (const std::bad_alloc&) {
     return frame.Fail(E_ERROR_OUT_OF_MEMORY);
   }
-  edge::SuppressRows(g, RowsOf(direction), RowsOf(magnitude), 0, g.height, mags.data());
+  edge::SuppressRows(g, RowsOf(direction), RowsOf(magnitude), 0, g.height, mags.data(),
+                     edge::ActiveEdgeRows(mmx != 0));
 }
 
 void Hysteresis(const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const EImage<EBW32>* direction, unsigned char low,

@@ -24,15 +24,15 @@
 namespace mirel {
 namespace edge {
 
-PairRowFns ActivePairRows(bool fast) {
-  if (!fast) return PairRowFns{nullptr, nullptr};
+EdgeRowFns ActiveEdgeRows(bool fast) {
+  if (!fast) return EdgeRowFns{nullptr, nullptr, nullptr, nullptr};
 #if defined(MIREL_X86_SIMD)
   const int level = cpu::ActiveSimdLevel();
-  if (level >= cpu::kAVX512) return PairRowsAvx512();
-  if (level >= cpu::kAVX2) return PairRowsAvx2();
-  if (level >= cpu::kSSE2) return PairRowsSse2();
+  if (level >= cpu::kAVX512) return EdgeRowsAvx512();
+  if (level >= cpu::kAVX2) return EdgeRowsAvx2();
+  if (level >= cpu::kSSE2) return EdgeRowsSse2();
 #endif
-  return PairRowFns{nullptr, nullptr};
+  return EdgeRowFns{nullptr, nullptr, nullptr, nullptr};
 }
 
 namespace {
@@ -51,14 +51,14 @@ struct Depth<EBW8> {
   using Raw = std::uint8_t;
   static constexpr int kHalf = 256;
   static constexpr int kMax = 255;
-  static PairRow8Fn Blocks(const PairRowFns& f) { return f.bw8; }
+  static PairRow8Fn Blocks(const EdgeRowFns& f) { return f.bw8; }
 };
 template <>
 struct Depth<EBW16> {
   using Raw = std::uint16_t;
   static constexpr int kHalf = 65536;
   static constexpr int kMax = 65535;
-  static PairRow16Fn Blocks(const PairRowFns& f) { return f.bw16; }
+  static PairRow16Fn Blocks(const EdgeRowFns& f) { return f.bw16; }
 };
 
 // Three rows of a grey ROI around row y, the first and last replicated.
@@ -179,7 +179,7 @@ template <class P>
 void GradientVector(const char* label, const EROI<P>* src, EROI<EBW32>* dst, bool fast) {
   Frame frame(label);
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
-  const auto blocks = Depth<P>::Blocks(ActivePairRows(fast));
+  const auto blocks = Depth<P>::Blocks(ActiveEdgeRows(fast));
   const Rows<const P> s = RowsOf(src);
   PairRows<P>(s, RowsOf(dst), 0, s.height, blocks);
 }
@@ -242,7 +242,7 @@ void ImgGradientScalar(const EROI<EBW8>* src, EROI<EBW8>* dst, const EROI<EBW8>*
   const auto s = RowsOf(src);
   const edge::ByteTable table(edge::TableOf(lookup, 256));
   edge::GreyLookupRows(s, RowsOf(dst), table, 0, s.height,
-                       edge::ActivePairRows(mmx != 0).bw8);
+                       edge::ActiveEdgeRows(mmx != 0).bw8);
 }
 
 void ImgGradientScalar(const EROI<EBW32>* src, EROI<EBW8>* dst, const EROI<EBW8>* lookup) {
