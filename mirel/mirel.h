@@ -34,6 +34,13 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
+// Edges and frequency domain: gradient images, the Canny chain, anisotropic
+// diffusion, Fourier transforms and complex images.
+#include "mirel/edge/canny.h"
+#include "mirel/edge/diffusion.h"
+#include "mirel/edge/fourier.h"
+#include "mirel/edge/gradient.h"
+
 // Morphology and medians.
 #include "mirel/morphology/bilevel.h"
 #include "mirel/morphology/median.h"
