@@ -55,6 +55,7 @@
 #include "mirel/measure/statistics.h"
 
 // Vectors, contours and drawing.
+#include "mirel/vector/contour.h"
 #include "mirel/vector/records.h"
 
 #endif  // MIREL_MIREL_H_
