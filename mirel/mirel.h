@@ -56,6 +56,8 @@
 
 // Vectors, contours and drawing.
 #include "mirel/vector/contour.h"
+#include "mirel/vector/path.h"
+#include "mirel/vector/profile.h"
 #include "mirel/vector/records.h"
 
 #endif  // MIREL_MIREL_H_
