@@ -59,5 +59,6 @@
 #include "mirel/vector/path.h"
 #include "mirel/vector/profile.h"
 #include "mirel/vector/records.h"
+#include "mirel/vector/untyped_ops.h"
 
 #endif  // MIREL_MIREL_H_
