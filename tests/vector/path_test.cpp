@@ -25,46 +25,22 @@ std::vector<Point> SegmentModel(int x0, int y0, int x1, int y1) {
   return out;
 }
 
-template <class T>
-T RandomPixel(Rng& rng);
-template <>
-EBW8 RandomPixel<EBW8>(Rng& rng) {
-  return EBW8(static_cast<unsigned char>(rng()));
-}
-template <>
-EBW16 RandomPixel<EBW16>(Rng& rng) {
-  return EBW16(static_cast<unsigned short>(rng()));
-}
-template <>
-EC24 RandomPixel<EC24>(Rng& rng) {
-  return EC24(static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()), static_cast<unsigned char>(rng()));
+// Random bytes for every element of a vector.
+template <class V>
+void Randomize(V& v, Rng& rng) {
+  unsigned char* p = reinterpret_cast<unsigned char*>(v.GetDataPtr());
+  for (size_t i = 0; i < v.GetNumElements() * sizeof(*v.GetDataPtr()); ++i) p[i] = static_cast<unsigned char>(rng());
 }
 template <class T>
 bool Same(const T& a, const T& b) {
   return std::memcmp(&a, &b, sizeof(T)) == 0;
 }
 
-template <class T>
-struct VectorOf;
-template <>
-struct VectorOf<EBW8> {
-  using type = EBW8Vector;
-};
-template <>
-struct VectorOf<EBW16> {
-  using type = EBW16Vector;
-};
-template <>
-struct VectorOf<EC24> {
-  using type = EC24Vector;
-};
-
 // Random ROIs and segments: sampling against the model, writing a constant
 // and a vector (with its lag of one) against the same model applied to a
 // snapshot of the whole image.
-template <class T>
+template <class T, class V>
 void SegmentsAgainstModel() {
-  using V = typename VectorOf<T>::type;
   Rng rng(11 + sizeof(T));
   for (int trial = 0; trial < 150; ++trial) {
     const int w = 1 + static_cast<int>(rng() % 30), h = 1 + static_cast<int>(rng() % 20);
@@ -76,8 +52,7 @@ void SegmentsAgainstModel() {
     const int x1 = trial % 7 == 0 ? x0 : static_cast<int>(rng() % w), y1 = static_cast<int>(rng() % h);
     const std::vector<Point> model = SegmentModel(x0, y0, x1, y1);
 
-    V sampled;
-    sampled.AddElement(RandomPixel<T>(rng));  // previous contents are lost
+    V sampled(3);  // previous contents are lost
     ImgImageToLineSegment(&roi, &sampled, x0, y0, x1, y1);
     ASSERT_EQ(EGetError(), E_OK);
     ASSERT_EQ(sampled.GetNumElements(), model.size());
@@ -89,15 +64,16 @@ void SegmentsAgainstModel() {
     expected.SetSize(image.GetWidth(), image.GetHeight());
     ImgCopy(&image, &expected);
     EROI<T> expectedRoi(&expected, roi.GetOrgX(), roi.GetOrgY(), w, h);
-    V values;
-    for (size_t k = 0; k < model.size(); ++k) values.AddElement(RandomPixel<T>(rng));
+    V values(static_cast<unsigned>(model.size()) + 1);
+    Randomize(values, rng);
+    const T c = values[static_cast<unsigned>(model.size())];
+    values.SetNumElements(static_cast<unsigned>(model.size()));
     for (size_t k = 0; k < model.size(); ++k)
       expectedRoi.SetPixel(values[k == 0 ? 0 : static_cast<unsigned>(k - 1)], model[k].first, model[k].second);
     ImgLineSegmentToImage(&roi, &values, x0, y0, x1, y1);
     ASSERT_EQ(EGetError(), E_OK);
     ASSERT_EQ(testsupport::Bytes<T>(image), testsupport::Bytes<T>(expected)) << trial;
 
-    const T c = RandomPixel<T>(rng);
     for (const Point& p : model) expectedRoi.SetPixel(c, p.first, p.second);
     ImgLineSegmentToImage(&roi, c, x0, y0, x1, y1);
     ASSERT_EQ(testsupport::Bytes<T>(image), testsupport::Bytes<T>(expected)) << trial;
@@ -105,9 +81,9 @@ void SegmentsAgainstModel() {
 }
 
 TEST(LineSegment, RandomSegmentsAgainstModel) {
-  SegmentsAgainstModel<EBW8>();
-  SegmentsAgainstModel<EBW16>();
-  SegmentsAgainstModel<EC24>();
+  SegmentsAgainstModel<EBW8, EBW8Vector>();
+  SegmentsAgainstModel<EBW16, EBW16Vector>();
+  SegmentsAgainstModel<EC24, EC24Vector>();
 }
 
 TEST(LineSegment, WorkedCases) {
