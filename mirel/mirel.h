@@ -71,6 +71,10 @@
 #include "mirel/measure/statistics.h"
 
 // Vectors, contours and drawing.
+#include "mirel/vector/contour.h"
+#include "mirel/vector/path.h"
+#include "mirel/vector/profile.h"
 #include "mirel/vector/records.h"
+#include "mirel/vector/untyped_ops.h"
 
 #endif  // MIREL_MIREL_H_
