@@ -57,4 +57,13 @@
 // Vectors, contours and drawing.
 #include "mirel/vector/records.h"
 
+// Drawing through an adapter: the plot, the raster and SVG adapters, and the
+// GDI adapter on Windows.
+#include "mirel/foundation/plot.h"
+#include "mirel/vector/draw/draw_adapter.h"
+#include "mirel/vector/draw/gdi_draw_adapter.h"
+#include "mirel/vector/draw/portable_draw_adapter.h"
+#include "mirel/vector/draw/raster_draw_adapter.h"
+#include "mirel/vector/draw/svg_draw_adapter.h"
+
 #endif  // MIREL_MIREL_H_
