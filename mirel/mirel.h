@@ -77,4 +77,13 @@
 #include "mirel/vector/records.h"
 #include "mirel/vector/untyped_ops.h"
 
+// Drawing through an adapter: the plot, the raster and SVG adapters, and the
+// GDI adapter on Windows.
+#include "mirel/foundation/plot.h"
+#include "mirel/vector/draw/draw_adapter.h"
+#include "mirel/vector/draw/gdi_draw_adapter.h"
+#include "mirel/vector/draw/portable_draw_adapter.h"
+#include "mirel/vector/draw/raster_draw_adapter.h"
+#include "mirel/vector/draw/svg_draw_adapter.h"
+
 #endif  // MIREL_MIREL_H_
