@@ -21,6 +21,9 @@
 #include "mirel/point/overlay.h"
 #include "mirel/point/threshold.h"
 
+// Colour and float conversion, normalisation and uniformize.
+#include "mirel/point/color_convert.h"
+
 // Linear filtering.
 #include "mirel/filter/color_filters.h"
 #include "mirel/filter/convolution.h"
