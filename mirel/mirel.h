@@ -23,6 +23,8 @@
 
 // Colour and float conversion, normalisation and uniformize.
 #include "mirel/point/color_convert.h"
+#include "mirel/point/normalize.h"
+#include "mirel/point/uniformize.h"
 
 // Linear filtering.
 #include "mirel/filter/color_filters.h"
