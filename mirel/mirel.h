@@ -54,6 +54,9 @@
 #include "mirel/histogram/projection.h"
 #include "mirel/histogram/threshold_selection.h"
 
+// Multi-level and local thresholds.
+#include "mirel/histogram/multilevel_threshold.h"
+
 // Measurement.
 #include "mirel/measure/moments.h"
 #include "mirel/measure/noise.h"
