@@ -55,6 +55,7 @@
 #include "mirel/histogram/threshold_selection.h"
 
 // Multi-level and local thresholds.
+#include "mirel/histogram/local_threshold.h"
 #include "mirel/histogram/multilevel_threshold.h"
 
 // Measurement.
