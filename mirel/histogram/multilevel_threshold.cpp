@@ -8,21 +8,21 @@ namespace {
 
 using Corvane::Talmeer::Utils::Vector;
 
-// The interval tables and the search of one histogram over its populated
-// bins lo..hi (n of them). Every table is n by n: intervals [a, b] at
-// (a - lo, b - lo), search entries D and B at (a - lo, j).
+// The interval scores and the search of one histogram over its populated
+// bins lo..hi (n of them). Scores of intervals [a, b] are at (a - lo) * n +
+// (b - lo); the search entries D and B of (a, j) at (a - lo) * (k + 1) + j.
+// The count and sum of an interval are built bin by bin from its first bin
+// in single precision, the same sums whether for a score or for a class.
 class Search {
  public:
   ~Search() {
-    Talmeer_Free(count_);
-    Talmeer_Free(sum_);
     Talmeer_Free(score_);
     Talmeer_Free(best_);
     Talmeer_Free(next_);
   }
 
-  // Checks the histogram and fills the interval tables; false with the code
-  // set when it cannot.
+  // Checks the histogram and fills the scores; false with the code set when
+  // it cannot.
   bool Prepare(const EBWHistogramVector* histogram) {
     if (histogram == nullptr || histogram->GetNumElements() != 256) return Fail(E_ERROR_VECTOR_SIZE);
     h_ = histogram->GetDataPtr();
@@ -32,25 +32,14 @@ class Search {
     hi_ = 255;
     while (h_[hi_] == 0) --hi_;
     n_ = hi_ - lo_ + 1;
-    const std::size_t cells = static_cast<std::size_t>(n_) * n_;
-    count_ = static_cast<float*>(Talmeer_Malloc(cells * sizeof(float)));
-    sum_ = static_cast<float*>(Talmeer_Malloc(cells * sizeof(float)));
-    score_ = static_cast<float*>(Talmeer_Malloc(cells * sizeof(float)));
-    best_ = static_cast<float*>(Talmeer_Malloc(cells * sizeof(float)));
-    next_ = static_cast<unsigned char*>(Talmeer_Malloc(cells));
-    if (count_ == nullptr || sum_ == nullptr || score_ == nullptr || best_ == nullptr || next_ == nullptr)
-      return Fail(E_ERROR_OUT_OF_MEMORY);
+    score_ = static_cast<float*>(Talmeer_Malloc(static_cast<std::size_t>(n_) * n_ * sizeof(float)));
+    if (score_ == nullptr) return Fail(E_ERROR_OUT_OF_MEMORY);
     for (int a = lo_; a <= hi_; ++a) {
       float c = 0.0f, s = 0.0f;
-      float* cr = &count_[Cell(a, a)];
-      float* sr = &sum_[Cell(a, a)];
-      float* qr = &score_[Cell(a, a)];
+      float* row = score_ + static_cast<std::size_t>(a - lo_) * n_;
       for (int b = a; b <= hi_; ++b) {
-        c += static_cast<float>(h_[b]);
-        s += static_cast<float>(static_cast<double>(b) * h_[b]);
-        cr[b - a] = c;
-        sr[b - a] = s;
-        qr[b - a] = c == 0.0f ? -1.0f : s * s / c;
+        Grow(b, c, s);
+        row[b - lo_] = c == 0.0f ? -1.0f : s * s / c;
       }
     }
     return true;
@@ -60,12 +49,18 @@ class Search {
   int MostClasses() const { return n_; }
 
   // Cuts for up to k + 1 classes: every level below k from every start,
-  // level k from lo. False when no cut into k + 1 classes exists.
+  // level k from lo. False when no cut into k + 1 classes exists, or with
+  // 1303 set when the search tables cannot be had.
   bool Run(int k) {
-    for (int a = lo_; a <= hi_; ++a) best_[Cell(a, lo_)] = Score(a, hi_);
+    levels_ = k + 1;
+    const std::size_t cells = static_cast<std::size_t>(n_) * levels_;
+    best_ = static_cast<float*>(Talmeer_Malloc(cells * sizeof(float)));
+    next_ = static_cast<unsigned char*>(Talmeer_Malloc(cells));
+    if (best_ == nullptr || next_ == nullptr) return Fail(E_ERROR_OUT_OF_MEMORY);
+    for (int a = lo_; a <= hi_; ++a) best_[Entry(a, 0)] = Score(a, hi_);
     for (int j = 1; j < k; ++j)
       for (int a = lo_; a <= hi_ - j; ++a) Cut(a, j);
-    return k == 0 || Cut(lo_, k);
+    return k == 0 || Cut(lo_, k) || Fail(E_ERROR_INTERNAL);
   }
 
   // The k + 1 classes of the cut from lo, in order, into `regions` (emptied
@@ -75,13 +70,15 @@ class Search {
     double total = 0.0;
     int start = lo_;
     for (int m = k; m >= 1; --m) {
-      if (D(start, m) < 0.0f) return Fail(E_ERROR_INTERNAL);
-      const int b = next_[Cell(start, lo_ + m)];
+      if (best_[Entry(start, m)] < 0.0f) return Fail(E_ERROR_INTERNAL);
+      const int b = next_[Entry(start, m)];
       if (!Add(start, b - 1, regions, total)) return false;
       start = b;
     }
     if (!Add(start, hi_, regions, total)) return false;
-    residue = static_cast<float>(std::sqrt((total - D(lo_, k)) / Count(lo_, hi_)));
+    float count = 0.0f, sum = 0.0f;
+    for (int i = lo_; i <= hi_; ++i) Grow(i, count, sum);
+    residue = static_cast<float>(std::sqrt((total - best_[Entry(lo_, k)]) / count));
     return true;
   }
 
@@ -90,11 +87,13 @@ class Search {
     ESetError(code);
     return false;
   }
-  std::size_t Cell(int a, int b) const { return static_cast<std::size_t>(a - lo_) * n_ + (b - lo_); }
-  float Count(int a, int b) const { return count_[Cell(a, b)]; }
-  float Sum(int a, int b) const { return sum_[Cell(a, b)]; }
-  float Score(int a, int b) const { return score_[Cell(a, b)]; }
-  float D(int a, int j) const { return best_[Cell(a, lo_ + j)]; }
+  // Adds bin b to an interval's count and sum.
+  void Grow(int b, float& count, float& sum) const {
+    count += static_cast<float>(h_[b]);
+    sum += static_cast<float>(static_cast<double>(b) * h_[b]);
+  }
+  float Score(int a, int b) const { return score_[static_cast<std::size_t>(a - lo_) * n_ + (b - lo_)]; }
+  std::size_t Entry(int a, int j) const { return static_cast<std::size_t>(a - lo_) * levels_ + j; }
 
   // D and B at (a, j): the best first class [a, b - 1] followed by j
   // classes from b. Strictly greater wins, so the smallest b keeps a tie.
@@ -102,7 +101,7 @@ class Search {
     float best = 0.0f;
     int at = 0;
     for (int b = a + 1; b <= hi_ - j + 1; ++b) {
-      const float s = Score(a, b - 1), rest = D(b, j - 1);
+      const float s = Score(a, b - 1), rest = best_[Entry(b, j - 1)];
       if (s < 0.0f || rest < 0.0f) continue;
       const float v = s + rest;
       if (v > best) {
@@ -110,31 +109,33 @@ class Search {
         at = b;
       }
     }
-    best_[Cell(a, lo_ + j)] = at != 0 ? best : -1.0f;
-    next_[Cell(a, lo_ + j)] = static_cast<unsigned char>(at);
+    best_[Entry(a, j)] = at != 0 ? best : -1.0f;
+    next_[Entry(a, j)] = static_cast<unsigned char>(at);
     return at != 0;
   }
 
   // The class [first, last]; its sum of i * i * h[i] goes into total.
   bool Add(int first, int last, Vector<ERegionDescriptor>& regions, double& total) {
     double q = 0.0;
-    for (int i = first; i <= last; ++i) q += i * static_cast<double>(Sum(i, i));
+    float count = 0.0f, sum = 0.0f;
+    for (int i = first; i <= last; ++i) {
+      q += i * static_cast<double>(static_cast<float>(static_cast<double>(i) * h_[i]));
+      Grow(i, count, sum);
+    }
     total += q;
-    const double inv = 1.0 / Count(first, last);
-    const double mean = inv * Sum(first, last);
+    const double inv = 1.0 / count;
+    const double mean = inv * sum;
     const ERegionDescriptor r{static_cast<unsigned int>(first), static_cast<unsigned int>(last),
                               static_cast<float>(mean), static_cast<float>(inv * q - mean * mean),
-                              static_cast<unsigned int>(Count(first, last))};
+                              static_cast<unsigned int>(count)};
     return regions.AddElement(r) || Fail(E_ERROR_OUT_OF_MEMORY);
   }
 
   const unsigned int* h_ = nullptr;
-  int lo_ = 0, hi_ = 0, n_ = 0;
-  float* count_ = nullptr;
-  float* sum_ = nullptr;
+  int lo_ = 0, hi_ = 0, n_ = 0, levels_ = 0;
   float* score_ = nullptr;
-  float* best_ = nullptr;           // D
-  unsigned char* next_ = nullptr;   // B: the first bin of the next class
+  float* best_ = nullptr;          // D
+  unsigned char* next_ = nullptr;  // B: the first bin of the next class
 };
 
 // The number of classes as the search's k, or -1 with the code set.
@@ -153,7 +154,7 @@ float ImgMultiLevelsMinResidueThreshold(const EBWHistogramVector* histogram, uns
   if (!search.Prepare(histogram)) return -1.0f;
   const int k = Levels(frame, search, classes, 1);
   if (k < 0) return -1.0f;
-  if (!frame.Require(search.Run(k), E_ERROR_INTERNAL)) return -1.0f;
+  if (!search.Run(k)) return -1.0f;
   Vector<ERegionDescriptor> found;
   float residue = 0.0f;
   if (!search.Read(k, found, residue)) return -1.0f;
@@ -185,7 +186,7 @@ float ImgAllMultiLevelsMinResidueThreshold(const EBWHistogramVector* histogram, 
   if (!search.Prepare(histogram)) return -1.0f;
   const int k = Levels(frame, search, greatestClasses, 2);
   if (k < 0) return -1.0f;
-  if (!frame.Require(search.Run(k), E_ERROR_INTERNAL)) return -1.0f;
+  if (!search.Run(k)) return -1.0f;
   Vector<ELabelisationDescriptor> found;
   float residue = 0.0f;
   for (int m = 1; m <= k; ++m) {
