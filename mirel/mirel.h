@@ -25,6 +25,10 @@
 // erosion, dilation and their compounds, and the median (in median.h).
 #include "mirel/morphology/bit_morphology.h"
 #include "mirel/point/bits.h"
+// Colour and float conversion, normalisation and uniformize.
+#include "mirel/point/color_convert.h"
+#include "mirel/point/normalize.h"
+#include "mirel/point/uniformize.h"
 
 // Linear filtering.
 #include "mirel/filter/color_filters.h"
@@ -64,6 +68,10 @@
 #include "mirel/histogram/histogram_vector.h"
 #include "mirel/histogram/projection.h"
 #include "mirel/histogram/threshold_selection.h"
+
+// Multi-level and local thresholds.
+#include "mirel/histogram/local_threshold.h"
+#include "mirel/histogram/multilevel_threshold.h"
 
 // Measurement.
 #include "mirel/measure/moments.h"
