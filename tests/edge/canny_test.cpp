@@ -255,6 +255,9 @@ TEST(Canny, WorkedCases) {
   EXPECT_EQ(edgemodel::FromRoi(dst).px, Img(9, 6, 80).px);
   // 2x2 with the 3x3 Gaussian: a copy, as without smoothing.
   EImage<EBW8> tiny(2, 2), a(2, 2), b(2, 2);
+  ImgCopy(EBW8(10), &tiny);
+  ImgCopy(EBW8(1), &a);
+  ImgCopy(EBW8(1), &b);
   tiny.SetPixel(EBW8(200), 0, 0);
   ImgCannyDetector(&tiny, &a, SMOOTH_GAUSSIAN_3X3, EDGE_FOLLOWING_HYSTERESIS);
   ImgCannyDetector(&tiny, &b, SMOOTH_NONE, EDGE_FOLLOWING_HYSTERESIS);
