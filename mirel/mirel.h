@@ -25,6 +25,10 @@
 // erosion, dilation and their compounds, and the median (in median.h).
 #include "mirel/morphology/bit_morphology.h"
 #include "mirel/point/bits.h"
+// Colour and float conversion, normalisation and uniformize.
+#include "mirel/point/color_convert.h"
+#include "mirel/point/normalize.h"
+#include "mirel/point/uniformize.h"
 
 // Linear filtering.
 #include "mirel/filter/color_filters.h"
@@ -34,10 +38,21 @@
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
 
+// Edges and frequency domain: gradient images, the Canny chain, anisotropic
+// diffusion, Fourier transforms and complex images.
+#include "mirel/edge/canny.h"
+#include "mirel/edge/diffusion.h"
+#include "mirel/edge/fourier.h"
+#include "mirel/edge/gradient.h"
+
 // Morphology and medians.
 #include "mirel/morphology/bilevel.h"
 #include "mirel/morphology/median.h"
 #include "mirel/morphology/morphology.h"
+
+// Thinning, thickening and the distance map.
+#include "mirel/morphology/distance.h"
+#include "mirel/morphology/thinning.h"
 
 // Geometry and sequences: resampling, shrinking, mirrors, warping, pyramids,
 // halving, interlaced frames and temporal averaging.
@@ -54,12 +69,29 @@
 #include "mirel/histogram/projection.h"
 #include "mirel/histogram/threshold_selection.h"
 
+// Multi-level and local thresholds.
+#include "mirel/histogram/local_threshold.h"
+#include "mirel/histogram/multilevel_threshold.h"
+
 // Measurement.
 #include "mirel/measure/moments.h"
 #include "mirel/measure/noise.h"
 #include "mirel/measure/statistics.h"
 
 // Vectors, contours and drawing.
+#include "mirel/vector/contour.h"
+#include "mirel/vector/path.h"
+#include "mirel/vector/profile.h"
 #include "mirel/vector/records.h"
+#include "mirel/vector/untyped_ops.h"
+
+// Drawing through an adapter: the plot, the raster and SVG adapters, and the
+// GDI adapter on Windows.
+#include "mirel/foundation/plot.h"
+#include "mirel/vector/draw/draw_adapter.h"
+#include "mirel/vector/draw/gdi_draw_adapter.h"
+#include "mirel/vector/draw/portable_draw_adapter.h"
+#include "mirel/vector/draw/raster_draw_adapter.h"
+#include "mirel/vector/draw/svg_draw_adapter.h"
 
 #endif  // MIREL_MIREL_H_

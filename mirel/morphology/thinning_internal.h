@@ -1,0 +1,96 @@
+// Internal pieces of thinning, thickening and the distance map: the pattern
+// words, the row jobs and the row routines of each instruction set.
+#ifndef MIREL_MORPHOLOGY_THINNING_INTERNAL_H_
+#define MIREL_MORPHOLOGY_THINNING_INTERNAL_H_
+
+#include <cstdint>
+
+#include "mirel/filter/kernel.h"
+#include "mirel/foundation/error.h"
+
+namespace mirel {
+namespace thinning {
+
+// Neighbourhood word: nine bits, the left column in the top bits.
+//
+//          left  centre  right
+//   top     8      5       2
+//   middle  7      4       1
+//   bottom  6      3       0
+//
+// Moving one pixel right shifts the word left by 3 and brings the new column
+// into bits 2 to 0 (top << 2 | middle << 1 | bottom).
+constexpr unsigned kWordBits = 0x1FF;
+constexpr unsigned kTopRow = 0x124;
+constexpr unsigned kBottomRow = 0x049;
+constexpr unsigned kLeftColumn = 0x1C0;
+constexpr unsigned kRightColumn = 0x007;
+
+// The pattern read from a kernel: a pixel fits when (word & mask) ==
+// pattern. `leftAsPattern` and `sidesAsPattern` say whether positions
+// outside the ROI count as matching (left column, other sides) or read as
+// clear.
+struct Pattern {
+  unsigned mask;
+  unsigned pattern;
+  bool leftAsPattern;
+  bool sidesAsPattern;
+};
+
+// Checks the kernel, the rotation and the request in the order of the
+// operation's error list and reads the pattern. On failure sets the code
+// and returns false.
+bool ReadPattern(const EKernel* kernel, int rotation, int iterations, Pattern* out);
+
+// The mask and pattern turned by 45 degrees: rotation 1 clockwise, 2 the
+// other way, 0 unchanged. The centre bit stays.
+unsigned Turn(unsigned word, int rotation);
+
+// One row of a pass. a, b, c: the rows above, at and below as they were
+// before the pass (a row outside the ROI is a row of zeros); out: the
+// destination row, which may be the row that b was copied from. The masks
+// are those of the first pixel, the interior, the last pixel and of a row
+// of one pixel, with the positions that count as matching taken out.
+template <class T>
+struct HitRow {
+  const T* a;
+  const T* b;
+  const T* c;
+  T* out;
+  int width;
+  unsigned maskFirst, maskMid, maskLast, maskOnly;
+  unsigned pattern;
+  bool thicken;
+  bool first;  // the pass that reads the source and writes every pixel
+};
+
+// The row routines of one instruction set.
+struct Routines {
+  // A hit-or-miss row of 8-bit pixels; true when a pixel changed.
+  bool (*hitRow)(const HitRow<std::uint8_t>& row);
+  // The distance map's passes over one row, in 8-bit values (every value
+  // of the map is at most 255; see distance.cpp). limit8 is the ceiling
+  // cut to 255.
+  //   forward:  s the source row, above the forward row above (null on the
+  //             first row), d8 the row's forward values, d16 the destination row.
+  //   backward: below the final row below (null on the last row), d16 the
+  //             destination row holding the forward values, which become
+  //             final; d8 receives them too.
+  void (*forward)(const std::uint8_t* s, const std::uint8_t* above, std::uint8_t* d8, std::uint16_t* d16,
+                  int width, unsigned limit8);
+  void (*backward)(const std::uint8_t* below, std::uint8_t* d8, std::uint16_t* d16, int width, unsigned limit8);
+};
+
+// The routines for the calling thread: reads EGetMMX() once.
+const Routines& ActiveRoutines();
+const Routines& ScalarRoutines();
+#if defined(MIREL_X86_SIMD)
+const Routines& Sse2Routines();
+const Routines& Avx2Routines();
+const Routines& Avx512Routines();
+#endif
+
+}  // namespace thinning
+}  // namespace mirel
+
+#endif  // MIREL_MORPHOLOGY_THINNING_INTERNAL_H_
