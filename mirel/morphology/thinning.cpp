@@ -87,17 +87,28 @@ unsigned Turn(unsigned word, int rotation) {
   return out;
 }
 
+RowMasks MasksOfRow(const Pattern& pat, int y, int h) {
+  const unsigned sides = pat.sidesAsPattern ? ~0u : 0u;
+  const unsigned rowDrop = sides & ((y == 0 ? kTopRow : 0u) | (y + 1 == h ? kBottomRow : 0u));
+  // The left column, corners included, follows its own test.
+  const unsigned firstDrop = (rowDrop & ~kLeftColumn) | (pat.leftAsPattern ? kLeftColumn : 0u);
+  const unsigned rightDrop = sides & kRightColumn;
+  return RowMasks{pat.mask & ~firstDrop, pat.mask & ~rowDrop, pat.mask & ~(rowDrop | rightDrop),
+                  pat.mask & ~(firstDrop | rightDrop)};
+}
+
 namespace {
 
-// The loop of passes over rows of T; false with 1301 when the line buffers
-// cannot be had. `row` runs one row of a pass.
+// The passes over rows of T; false with 1301 when the line buffers cannot
+// be had. `row` runs one row of a pass. The first pass reads the source
+// unless it works in place; later passes work on the destination in place,
+// with copies of the old row above and of the row itself.
 template <class T, class RowFn>
-bool Passes(const Rows<const T>& s, const Rows<T>& d, bool inPlace, Pattern pat, int rotation, int& iterations,
-            bool thicken, RowFn&& row) {
+bool Passes(const Rows<const T>& s, const Rows<T>& d, bool inPlace, const Pattern& pattern, int rotation,
+            int& iterations, bool thicken, RowFn&& row) {
   const int w = s.width, h = s.height;
   const std::size_t n = static_cast<std::size_t>(w > 0 ? w : 1);
-  // Two copies of old rows (above and current) for the passes in place, and
-  // a row of zeros for the rows outside the ROI.
+  // Two copies of old rows, and a row of zeros for the rows outside the ROI.
   std::unique_ptr<T[]> buffer(new (std::nothrow) T[3 * n]);
   if (!buffer) {
     ESetError(E_ERROR_WORK_BUFFER);
@@ -105,45 +116,28 @@ bool Passes(const Rows<const T>& s, const Rows<T>& d, bool inPlace, Pattern pat,
   }
   T* zeros = buffer.get() + 2 * n;
   std::memset(zeros, 0, n * sizeof(T));
-
-  const int request = iterations;
-  iterations = 0;
-  long long limit = request == 0 ? w : request;
-  if (rotation != 0) limit *= 8;
-  int still = 8;
-  for (long long pass = 0; pass < limit; ++pass) {
-    ++iterations;
-    const bool first = pass == 0;
+  RunPasses(pattern, rotation, w, iterations, [&](bool first, const Pattern& pat) {
     const bool readsSource = first && !inPlace;
-    // Masks of the row's first pixel, interior, last pixel and of a row of
-    // one pixel, for a row with nothing outside above or below.
-    const unsigned sides = pat.sidesAsPattern ? ~0u : 0u;
-    const unsigned leftDrop = pat.leftAsPattern ? kLeftColumn : 0u;
-    const unsigned rightDrop = sides & kRightColumn;
     bool changed = false;
     T* prev = buffer.get();
     T* cur = buffer.get() + n;
     for (int y = 0; y < h; ++y) {
-      HitRow<T> r;
-      const T* above = y > 0 ? (readsSource ? s.Row(y - 1) : prev) : zeros;
-      const T* below = y + 1 < h ? (readsSource ? s.Row(y + 1) : d.Row(y + 1)) : zeros;
       const T* at = s.Row(y);
       if (!readsSource) {
         std::memcpy(cur, d.Row(y), static_cast<std::size_t>(w) * sizeof(T));
         at = cur;
       }
-      // Rows outside the ROI above and below.
-      const unsigned rowDrop = sides & ((y == 0 ? kTopRow : 0u) | (y + 1 == h ? kBottomRow : 0u));
-      const unsigned firstDrop = (rowDrop & ~kLeftColumn) | leftDrop;
-      r.a = above;
+      const RowMasks m = MasksOfRow(pat, y, h);
+      HitRow<T> r;
+      r.a = y > 0 ? (readsSource ? s.Row(y - 1) : prev) : zeros;
       r.b = at;
-      r.c = below;
+      r.c = y + 1 < h ? (readsSource ? s.Row(y + 1) : d.Row(y + 1)) : zeros;
       r.out = d.Row(y);
       r.width = w;
-      r.maskMid = pat.mask & ~rowDrop;
-      r.maskFirst = pat.mask & ~firstDrop;
-      r.maskLast = pat.mask & ~(rowDrop | rightDrop);
-      r.maskOnly = pat.mask & ~(firstDrop | rightDrop);
+      r.maskFirst = m.first;
+      r.maskMid = m.mid;
+      r.maskLast = m.last;
+      r.maskOnly = m.only;
       r.pattern = pat.pattern;
       r.thicken = thicken;
       r.first = first;
@@ -152,17 +146,8 @@ bool Passes(const Rows<const T>& s, const Rows<T>& d, bool inPlace, Pattern pat,
       prev = cur;
       cur = t;
     }
-    if (rotation == 0) {
-      if (!changed) break;
-      continue;
-    }
-    if (pass % 8 == 0) still = 8;  // a full turn starts
-    if (!changed) --still;
-    pat.mask = Turn(pat.mask, rotation);
-    pat.pattern = Turn(pat.pattern, rotation);
-    if (still == 0) break;
-  }
-  if (rotation != 0) iterations >>= 3;
+    return changed;
+  });
   return true;
 }
 

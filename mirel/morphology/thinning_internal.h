@@ -46,6 +46,42 @@ bool ReadPattern(const EKernel* kernel, int rotation, int iterations, Pattern* o
 // other way, 0 unchanged. The centre bit stays.
 unsigned Turn(unsigned word, int rotation);
 
+// The masks of row y of h: those of the first pixel, the interior, the last
+// pixel and of a row of one pixel, with the positions outside the ROI that
+// count as matching taken out.
+struct RowMasks {
+  unsigned first, mid, last, only;
+};
+RowMasks MasksOfRow(const Pattern& pat, int y, int h);
+
+// The loop of passes. pass(first, pattern) runs one pass with the pattern of
+// that pass and tells whether it changed a pixel (the first pass counts
+// every pixel that does not fit). `iterations` in: the most passes, 0 for
+// `width`, in full turns of eight with a rotation; out: the passes run, or
+// the full turns.
+template <class PassFn>
+void RunPasses(Pattern pat, int rotation, int width, int& iterations, PassFn&& pass) {
+  const int request = iterations;
+  iterations = 0;
+  long long limit = request == 0 ? width : request;
+  if (rotation != 0) limit *= 8;
+  int still = 8;  // passes of the current full turn still to do nothing
+  for (long long n = 0; n < limit; ++n) {
+    ++iterations;
+    const bool changed = pass(n == 0, static_cast<const Pattern&>(pat));
+    if (rotation == 0) {
+      if (!changed) break;
+      continue;
+    }
+    if (n % 8 == 0) still = 8;
+    if (!changed) --still;
+    pat.mask = Turn(pat.mask, rotation);
+    pat.pattern = Turn(pat.pattern, rotation);
+    if (still == 0) break;
+  }
+  if (rotation != 0) iterations >>= 3;
+}
+
 // One row of a pass. a, b, c: the rows above, at and below as they were
 // before the pass (a row outside the ROI is a row of zeros); out: the
 // destination row, which may be the row that b was copied from. The masks
