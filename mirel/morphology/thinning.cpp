@@ -167,10 +167,11 @@ bool Checks(Frame& frame, const EROI<P>* src, EROI<P>* dst, const EKernel* kerne
   return frame.Require(SamePixels(src, dst) || !Overlap(src, dst), E_ERROR_SAME_IMAGE);
 }
 
-void Thin8(Frame& frame, const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-           int& iterations, bool thicken) {
+short Thin8(const char* label, const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel,
+            KERNEL_ROTATION rotation, int& iterations, bool thicken) {
+  Frame frame(label);
   Pattern pat;
-  if (!Checks(frame, src, dst, kernel, rotation, iterations, &pat)) return;
+  if (!Checks(frame, src, dst, kernel, rotation, iterations, &pat)) return frame.Result();
   const Routines& routines = ActiveRoutines();
   const Rows<const EBW8> s = RowsOf(src);
   const Rows<EBW8> d = RowsOf(dst);
@@ -178,10 +179,12 @@ void Thin8(Frame& frame, const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* 
   const Rows<std::uint8_t> db{reinterpret_cast<std::uint8_t*>(d.base), d.pitch, d.width, d.height};
   Passes(sb, db, SamePixels(src, dst), pat, rotation, iterations, thicken,
          [&](const HitRow<std::uint8_t>& r) { return routines.hitRow(r); });
+  return frame.Result();
 }
 
-void Thin16(Frame& frame, const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-            int& iterations, bool thicken) {
+void Thin16(const char* label, const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel,
+            KERNEL_ROTATION rotation, int& iterations, bool thicken) {
+  Frame frame(label);
   Pattern pat;
   if (!Checks(frame, src, dst, kernel, rotation, iterations, &pat)) return;
   const Rows<const EBW16> s = RowsOf(src);
@@ -208,51 +211,33 @@ void ThinColor(const char* label, const EROI<EC24>* src, EROI<EC24>* dst, const 
 }  // namespace thinning
 }  // namespace mirel
 
-using mirel::Frame;
 using mirel::thinning::Thin16;
 using mirel::thinning::Thin8;
+using mirel::thinning::ThinColor;
 
-short ImgThin(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-              int& iterations) {
-  Frame frame("ImgThin");
-  Thin8(frame, src, dst, kernel, rotation, iterations, false);
-  return frame.Result();
+short ImgThin(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  return Thin8("ImgThin", src, dst, kernel, rotation, n, false);
 }
-short ImgThick(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-               int& iterations) {
-  Frame frame("ImgThick");
-  Thin8(frame, src, dst, kernel, rotation, iterations, true);
-  return frame.Result();
+short ImgThick(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  return Thin8("ImgThick", src, dst, kernel, rotation, n, true);
 }
 short ImgBiLevelThin(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-                     int& iterations) {
-  Frame frame("ImgBiLevelThin");
-  Thin8(frame, src, dst, kernel, rotation, iterations, false);
-  return frame.Result();
+                     int& n) {
+  return Thin8("ImgBiLevelThin", src, dst, kernel, rotation, n, false);
 }
 short ImgBiLevelThick(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-                      int& iterations) {
-  Frame frame("ImgBiLevelThick");
-  Thin8(frame, src, dst, kernel, rotation, iterations, true);
-  return frame.Result();
+                      int& n) {
+  return Thin8("ImgBiLevelThick", src, dst, kernel, rotation, n, true);
 }
-
-void ImgThin(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-             int& iterations) {
-  Frame frame("ImgThin (BW16)");
-  Thin16(frame, src, dst, kernel, rotation, iterations, false);
+void ImgThin(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  Thin16("ImgThin (BW16)", src, dst, kernel, rotation, n, false);
 }
-void ImgThick(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-              int& iterations) {
-  Frame frame("ImgThick (BW16)");
-  Thin16(frame, src, dst, kernel, rotation, iterations, true);
+void ImgThick(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  Thin16("ImgThick (BW16)", src, dst, kernel, rotation, n, true);
 }
-
-void ImgThin(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-             int& iterations) {
-  mirel::thinning::ThinColor("ImgThin ( C24)", src, dst, kernel, rotation, iterations, false);
+void ImgThin(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  ThinColor("ImgThin ( C24)", src, dst, kernel, rotation, n, false);
 }
-void ImgThick(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-              int& iterations) {
-  mirel::thinning::ThinColor("ImgThick ( C24)", src, dst, kernel, rotation, iterations, true);
+void ImgThick(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  ThinColor("ImgThick ( C24)", src, dst, kernel, rotation, n, true);
 }
