@@ -1,10 +1,11 @@
 # Source discovery and per-instruction-set compile flags.
 #
 # Every subsystem folder under mirel/ holds its headers and sources side by
-# side. Sources named *_sse41.cpp, *_avx2.cpp or *_avx512.cpp hold the fast
-# paths for one instruction set; they are compiled with that set enabled and
-# only on x86-64. Headers named *_internal.h are private to the library and
-# are not installed.
+# side. Sources named *_sse2.cpp, *_ssse3.cpp, *_sse41.cpp, *_avx2.cpp or
+# *_avx512.cpp hold the fast paths for one instruction set; they are compiled
+# with that set enabled and only on x86-64. Headers named *_internal.h are
+# private to the library and are not installed. mirel/io/ is not part of the
+# core: it is the optional image-file library of cmake/MirelIO.cmake.
 
 set(MIREL_X86 OFF)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64|x64)$")
@@ -14,9 +15,11 @@ endif()
 function(mirel_collect_sources out_sources out_headers)
   file(GLOB_RECURSE srcs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/mirel/*.cpp)
   file(GLOB_RECURSE hdrs CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/mirel/*.h)
+  list(FILTER srcs EXCLUDE REGEX "/mirel/io/")
+  list(FILTER hdrs EXCLUDE REGEX "/mirel/io/")
   set(kept)
   foreach(s ${srcs})
-    if(s MATCHES "_(sse41|avx2|avx512)\\.cpp$" AND NOT MIREL_X86)
+    if(s MATCHES "_(sse2|ssse3|sse41|avx2|avx512)\\.cpp$" AND NOT MIREL_X86)
       continue()
     endif()
     list(APPEND kept ${s})

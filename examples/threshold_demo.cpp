@@ -6,32 +6,20 @@
 //   threshold_demo [image] [--out DIR]
 //
 // With no image it makes a camera-like frame of its own: a shaded
-// background, a few parts and noise. It reads PGM and PPM images (8 or 16
-// bits), and PNG and JPEG when it was built with libpng and libjpeg; colour
-// images are turned to grey. It writes PNG when built with libpng, PGM/PPM
-// otherwise, into DIR (default "out").
+// background, a few parts and noise. It reads and writes its images through
+// Mirel::IO: PGM, PPM, PNG, JPEG or TIFF in, 8 or 16 bits (16-bit images
+// keep their high byte), colour turned to grey; PNG out, into DIR (default
+// "out").
+#include <mirel/io/image_file.h>
 #include <mirel/mirel.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
-
-#if defined(MIREL_DEMO_PNG)
-#include <png.h>
-#endif
-#if defined(MIREL_DEMO_JPEG)
-#include <csetjmp>
-// jpeglib.h needs FILE and size_t declared first.
-#include <jpeglib.h>
-#endif
 
 namespace {
 
@@ -45,199 +33,62 @@ struct Picture {
 
 // ---------------------------------------------------------------- files
 
-bool ReadFile(const std::string& path, std::vector<unsigned char>& bytes) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  return true;
+void ReportError(const std::string& path) {
+  std::fprintf(stderr, "threshold_demo: %s: %s (%s)\n", path.c_str(), EGetErrorText(EGetError()), EGetErrorTrace());
 }
 
-// PGM (P2, P5) and PPM (P3, P6), maxval up to 65535 (scaled to 8 bits).
-bool ReadPnm(const std::vector<unsigned char>& b, Picture& pic, std::string& error) {
-  size_t at = 2;
-  auto number = [&](long& v) {
-    for (;;) {
-      while (at < b.size() && std::isspace(b[at])) ++at;
-      if (at < b.size() && b[at] == '#') {
-        while (at < b.size() && b[at] != '\n') ++at;
-        continue;
-      }
-      break;
+// Loads any image that Mirel::IO reads as 8-bit grey. Colour becomes grey
+// with the usual luma weights; 16-bit grey keeps its high byte.
+bool LoadGrey(const std::string& path, EImage<EBW8>& image, bool& colour) {
+  E_IMAGE_TYPES type = E_IMAGE_TYPE_BW8;
+  ImgImageFileInfo(path.c_str(), nullptr, nullptr, &type);
+  colour = type == E_IMAGE_TYPE_C24;
+  if (EGetError() == E_OK && type == E_IMAGE_TYPE_BW8) {
+    ImgLoad(path.c_str(), &image);
+  } else if (EGetError() == E_OK && type == E_IMAGE_TYPE_BW16) {
+    EImage<EBW16> deep;
+    ImgLoad(path.c_str(), &deep);
+    if (EGetError() == E_OK) image.SetSize(&deep);
+    if (EGetError() == E_OK) ImgConvert(&deep, &image, 8);
+  } else if (EGetError() == E_OK) {
+    EImage<EC24> rgb;
+    ImgLoad(path.c_str(), &rgb);
+    if (EGetError() == E_OK) image.SetSize(&rgb);
+    for (int y = 0; EGetError() == E_OK && y < rgb.GetHeight(); ++y) {
+      const EC24* p = rgb.GetImagePtr(0, y);
+      EBW8* row = image.GetImagePtr(0, y);
+      // Component 2 is red, 1 green, 0 blue.
+      for (int x = 0; x < rgb.GetWidth(); ++x)
+        row[x] = static_cast<unsigned char>((299 * p[x][2] + 587 * p[x][1] + 114 * p[x][0] + 500) / 1000);
     }
-    if (at >= b.size() || !std::isdigit(b[at])) return false;
-    v = 0;
-    while (at < b.size() && std::isdigit(b[at]) && v < 1000000) v = v * 10 + (b[at++] - '0');
-    return true;
-  };
-  const char kind = static_cast<char>(b[1]);
-  const bool ascii = kind == '2' || kind == '3';
-  pic.channels = kind == '2' || kind == '5' ? 1 : 3;
-  long w, h, maxval;
-  if (!number(w) || !number(h) || !number(maxval) || w <= 0 || h <= 0 || w > 100000 || h > 100000 || maxval <= 0 ||
-      maxval > 65535) {
-    error = "bad PNM header";
-    return false;
   }
-  pic.width = static_cast<int>(w);
-  pic.height = static_cast<int>(h);
-  const size_t count = static_cast<size_t>(w) * h * pic.channels;
-  pic.pixels.resize(count);
-  const bool wide = maxval > 255;
-  if (!ascii) ++at;  // the single white space after maxval
-  for (size_t i = 0; i < count; ++i) {
-    long v;
-    if (ascii) {
-      if (!number(v)) {
-        error = "PNM data ends early";
-        return false;
-      }
-    } else {
-      const size_t need = wide ? 2 : 1;
-      if (at + need > b.size()) {
-        error = "PNM data ends early";
-        return false;
-      }
-      v = wide ? (b[at] << 8) | b[at + 1] : b[at];
-      at += need;
-    }
-    pic.pixels[i] = static_cast<unsigned char>(std::min(v, maxval) * 255 / maxval);
-  }
-  return true;
+  if (EGetError() != E_OK) ReportError(path);
+  return EGetError() == E_OK;
 }
 
-#if defined(MIREL_DEMO_PNG)
-bool ReadPng(const std::vector<unsigned char>& b, Picture& pic, std::string& error) {
-  png_image image;
-  std::memset(&image, 0, sizeof(image));
-  image.version = PNG_IMAGE_VERSION;
-  if (!png_image_begin_read_from_memory(&image, b.data(), b.size())) {
-    error = image.message;
-    return false;
-  }
-  image.format = PNG_FORMAT_GRAY;
-  pic.width = static_cast<int>(image.width);
-  pic.height = static_cast<int>(image.height);
-  pic.channels = 1;
-  pic.pixels.resize(PNG_IMAGE_SIZE(image));
-  if (!png_image_finish_read(&image, nullptr, pic.pixels.data(), 0, nullptr)) {
-    error = image.message;
-    return false;
-  }
-  return true;
-}
-
-bool WritePng(const std::string& path, const Picture& pic) {
-  png_image image;
-  std::memset(&image, 0, sizeof(image));
-  image.version = PNG_IMAGE_VERSION;
-  image.width = static_cast<png_uint_32>(pic.width);
-  image.height = static_cast<png_uint_32>(pic.height);
-  image.format = pic.channels == 1 ? PNG_FORMAT_GRAY : PNG_FORMAT_RGB;
-  return png_image_write_to_file(&image, path.c_str(), 0, pic.pixels.data(), 0, nullptr) != 0;
-}
-#endif
-
-#if defined(MIREL_DEMO_JPEG)
-struct JpegError {
-  jpeg_error_mgr mgr;
-  std::jmp_buf jump;
-};
-
-void JpegFail(j_common_ptr info) { std::longjmp(reinterpret_cast<JpegError*>(info->err)->jump, 1); }
-
-bool ReadJpeg(const std::vector<unsigned char>& b, Picture& pic, std::string& error) {
-  jpeg_decompress_struct info;
-  JpegError err;
-  info.err = jpeg_std_error(&err.mgr);
-  err.mgr.error_exit = JpegFail;
-  if (setjmp(err.jump)) {
-    jpeg_destroy_decompress(&info);
-    error = "bad JPEG data";
-    return false;
-  }
-  jpeg_create_decompress(&info);
-  jpeg_mem_src(&info, b.data(), static_cast<unsigned long>(b.size()));
-  jpeg_read_header(&info, TRUE);
-  info.out_color_space = JCS_GRAYSCALE;
-  jpeg_start_decompress(&info);
-  pic.width = static_cast<int>(info.output_width);
-  pic.height = static_cast<int>(info.output_height);
-  pic.channels = 1;
-  pic.pixels.resize(static_cast<size_t>(pic.width) * pic.height);
-  while (info.output_scanline < info.output_height) {
-    JSAMPROW row = pic.pixels.data() + static_cast<size_t>(info.output_scanline) * pic.width;
-    jpeg_read_scanlines(&info, &row, 1);
-  }
-  jpeg_finish_decompress(&info);
-  jpeg_destroy_decompress(&info);
-  return true;
-}
-#endif
-
-bool ReadPicture(const std::string& path, Picture& pic, std::string& error) {
-  std::vector<unsigned char> b;
-  if (!ReadFile(path, b)) {
-    error = "cannot open the file";
-    return false;
-  }
-  if (b.size() >= 2 && b[0] == 'P' && b[1] >= '2' && b[1] <= '6' && b[1] != '4') return ReadPnm(b, pic, error);
-  if (b.size() >= 8 && b[0] == 0x89 && b[1] == 'P' && b[2] == 'N' && b[3] == 'G') {
-#if defined(MIREL_DEMO_PNG)
-    return ReadPng(b, pic, error);
-#else
-    error = "this build reads no PNG (libpng was not found when it was configured)";
-    return false;
-#endif
-  }
-  if (b.size() >= 3 && b[0] == 0xFF && b[1] == 0xD8 && b[2] == 0xFF) {
-#if defined(MIREL_DEMO_JPEG)
-    return ReadJpeg(b, pic, error);
-#else
-    error = "this build reads no JPEG (libjpeg was not found when it was configured)";
-    return false;
-#endif
-  }
-  error = "unknown format (PGM, PPM, PNG or JPEG expected)";
-  return false;
-}
-
-// Writes PNG when available, else PGM or PPM; `stem` has no extension.
-// Returns the path written, empty on failure.
-std::string WritePicture(const std::string& stem, const Picture& pic) {
-#if defined(MIREL_DEMO_PNG)
+// Writes `stem`.png; returns the path written, empty on failure.
+template <class T>
+std::string WriteImage(const std::string& stem, const EROI<T>& image) {
   const std::string path = stem + ".png";
-  return WritePng(path, pic) ? path : std::string();
-#else
-  const std::string path = stem + (pic.channels == 1 ? ".pgm" : ".ppm");
-  std::ofstream out(path, std::ios::binary);
-  out << (pic.channels == 1 ? "P5" : "P6") << "\n" << pic.width << " " << pic.height << "\n255\n";
-  out.write(reinterpret_cast<const char*>(pic.pixels.data()), static_cast<std::streamsize>(pic.pixels.size()));
-  return out ? path : std::string();
-#endif
+  ImgSave(&image, path.c_str());
+  if (EGetError() != E_OK) {
+    ReportError(path);
+    return std::string();
+  }
+  return path;
+}
+
+// The plot's red, green, blue bytes become EC24 components 2, 1, 0.
+std::string WritePicture(const std::string& stem, const Picture& pic) {
+  EImage<EC24> image(pic.width, pic.height);
+  for (int y = 0; y < pic.height; ++y) {
+    const unsigned char* p = pic.pixels.data() + static_cast<size_t>(y) * pic.width * 3;
+    for (int x = 0; x < pic.width; ++x, p += 3) image.SetPixel(EC24(p[2], p[1], p[0]), x, y);
+  }
+  return WriteImage(stem, image);
 }
 
 // ---------------------------------------------------------------- images
-
-// Colour pictures become grey with the usual luma weights.
-void ToImage(const Picture& pic, EImage<EBW8>& image) {
-  image.SetSize(pic.width, pic.height);
-  for (int y = 0; y < pic.height; ++y) {
-    EBW8* row = image.GetImagePtr(0, y);
-    const unsigned char* p = pic.pixels.data() + static_cast<size_t>(y) * pic.width * pic.channels;
-    for (int x = 0; x < pic.width; ++x, p += pic.channels)
-      row[x] = pic.channels == 1 ? p[0] : static_cast<unsigned char>((299 * p[0] + 587 * p[1] + 114 * p[2] + 500) / 1000);
-  }
-}
-
-Picture FromImage(EImage<EBW8>& image) {
-  Picture pic;
-  pic.width = image.GetWidth();
-  pic.height = image.GetHeight();
-  pic.pixels.resize(static_cast<size_t>(pic.width) * pic.height);
-  for (int y = 0; y < pic.height; ++y)
-    std::memcpy(&pic.pixels[static_cast<size_t>(y) * pic.width], image.GetImagePtr(0, y), pic.width);
-  return pic;
-}
 
 // A camera-like frame: light falling off towards the corners, a bright
 // plate with holes, bright washers, dark screws and a shadowed slot, and
@@ -363,19 +214,8 @@ Picture Plot(const unsigned int* bins, const std::vector<Marker>& markers) {
 void Usage() {
   std::printf(
       "usage: threshold_demo [image] [--out DIR]\n"
-      "  image   PGM or PPM%s%s; without it a frame is made up\n"
-      "  --out   folder for the results (default: out)\n",
-#if defined(MIREL_DEMO_PNG)
-      ", PNG",
-#else
-      "",
-#endif
-#if defined(MIREL_DEMO_JPEG)
-      ", JPEG"
-#else
-      ""
-#endif
-  );
+      "  image   PGM, PPM, PNG, JPEG or TIFF; without it a frame is made up\n"
+      "  --out   folder for the results (default: out)\n");
 }
 
 }  // namespace
@@ -402,15 +242,10 @@ int main(int argc, char** argv) {
     MakeFrame(image);
     std::printf("Source: a made-up camera frame, %d x %d\n", image.GetWidth(), image.GetHeight());
   } else {
-    Picture pic;
-    std::string error;
-    if (!ReadPicture(input, pic, error)) {
-      std::fprintf(stderr, "threshold_demo: %s: %s\n", input.c_str(), error.c_str());
-      return 1;
-    }
-    ToImage(pic, image);
-    std::printf("Source: %s, %d x %d%s\n", input.c_str(), pic.width, pic.height,
-                pic.channels == 3 ? " (colour, taken as grey)" : "");
+    bool colour = false;
+    if (!LoadGrey(input, image, colour)) return 1;
+    std::printf("Source: %s, %d x %d%s\n", input.c_str(), image.GetWidth(), image.GetHeight(),
+                colour ? " (colour, taken as grey)" : "");
   }
 
   EBWHistogramVector histogram;
@@ -483,16 +318,13 @@ int main(int argc, char** argv) {
     return 1;
   }
   const std::string written[] = {
-      WritePicture(outDir + "/source", FromImage(image)),
+      WriteImage(outDir + "/source", image),
       WritePicture(outDir + "/histogram", Plot(histogram.GetDataPtr(), markers)),
-      WritePicture(outDir + "/binary", FromImage(binary)),
+      WriteImage(outDir + "/binary", binary),
   };
   std::printf("\nwritten:\n");
   for (const std::string& path : written) {
-    if (path.empty()) {
-      std::fprintf(stderr, "threshold_demo: writing into %s failed\n", outDir.c_str());
-      return 1;
-    }
+    if (path.empty()) return 1;
     std::printf("  %s\n", path.c_str());
   }
   return 0;

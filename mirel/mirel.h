@@ -21,6 +21,15 @@
 #include "mirel/point/overlay.h"
 #include "mirel/point/threshold.h"
 
+// Packed bit images: alignment, copy, logic, conversions and thresholds,
+// erosion, dilation and their compounds, and the median (in median.h).
+#include "mirel/morphology/bit_morphology.h"
+#include "mirel/point/bits.h"
+// Colour and float conversion, normalisation and uniformize.
+#include "mirel/point/color_convert.h"
+#include "mirel/point/normalize.h"
+#include "mirel/point/uniformize.h"
+
 // Linear filtering.
 #include "mirel/filter/color_filters.h"
 #include "mirel/filter/convolution.h"
@@ -28,6 +37,13 @@
 #include "mirel/filter/kernel.h"
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/smoothing.h"
+
+// Edges and frequency domain: gradient images, the Canny chain, anisotropic
+// diffusion, Fourier transforms and complex images.
+#include "mirel/edge/canny.h"
+#include "mirel/edge/diffusion.h"
+#include "mirel/edge/fourier.h"
+#include "mirel/edge/gradient.h"
 
 // Morphology and medians.
 #include "mirel/morphology/bilevel.h"
@@ -53,12 +69,29 @@
 #include "mirel/histogram/projection.h"
 #include "mirel/histogram/threshold_selection.h"
 
+// Multi-level and local thresholds.
+#include "mirel/histogram/local_threshold.h"
+#include "mirel/histogram/multilevel_threshold.h"
+
 // Measurement.
 #include "mirel/measure/moments.h"
 #include "mirel/measure/noise.h"
 #include "mirel/measure/statistics.h"
 
 // Vectors, contours and drawing.
+#include "mirel/vector/contour.h"
+#include "mirel/vector/path.h"
+#include "mirel/vector/profile.h"
 #include "mirel/vector/records.h"
+#include "mirel/vector/untyped_ops.h"
+
+// Drawing through an adapter: the plot, the raster and SVG adapters, and the
+// GDI adapter on Windows.
+#include "mirel/foundation/plot.h"
+#include "mirel/vector/draw/draw_adapter.h"
+#include "mirel/vector/draw/gdi_draw_adapter.h"
+#include "mirel/vector/draw/portable_draw_adapter.h"
+#include "mirel/vector/draw/raster_draw_adapter.h"
+#include "mirel/vector/draw/svg_draw_adapter.h"
 
 #endif  // MIREL_MIREL_H_

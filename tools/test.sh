@@ -3,7 +3,7 @@
 # Usage: tools/test.sh [build-dir]
 set -euo pipefail
 cd "$(dirname "$0")/.."
-bash tools/deps.sh
+bash tools/deps.sh libtinyxml2-dev
 build="${1:-build}"
 cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DMIREL_WERROR=ON >/dev/null
 cmake --build "$build" -j"$(nproc)"

@@ -1,7 +1,12 @@
-// ImgConvolKernel and ImgConvolSymmetricKernel: routing, the two fixed-point
-// arithmetics and the floating-point one.
+// ImgConvolKernel and ImgConvolSymmetricKernel on 8-bit and 16-bit pixels:
+// routing, the two fixed-point arithmetics and the floating-point one. Both
+// pixel types share every routine; they differ in the largest value, in the
+// offset of the fifteen-bit arithmetic (which 16-bit pixels take through
+// floating point) and in the eight-bit arithmetic, whose coefficients keep
+// 16 bits on every 16-bit pixel.
 #include "mirel/filter/convolution.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -28,8 +33,6 @@ SimdRoutines ActiveRoutines() {
 }
 
 namespace {
-
-using Byte = std::uint8_t;
 
 // ---------------------------------------------------------------- windows
 
@@ -108,29 +111,47 @@ float EffectiveGainOfTable(float gain, const float* data, int count) {
   return gain;
 }
 
+// The window with one term per pixel: each pixel of a term gets the term's
+// coefficient. The sum of products is the same number modulo 2^32.
+void SingleTaps(const Window& w, const std::int32_t* coef, Window& out, std::int32_t* outCoef) {
+  out.radius = w.radius;
+  out.terms = 0;
+  for (int i = 0; i < w.terms; ++i)
+    for (int k = 0; k < w.term[i].taps; ++k) {
+      Term& t = out.term[out.terms];
+      t.taps = 1;
+      t.dx[0] = w.term[i].dx[k];
+      t.dy[0] = w.term[i].dy[k];
+      t.element = w.term[i].element;
+      outCoef[out.terms++] = coef[i];
+    }
+}
+
 // ---------------------------------------------------------------- fixed point
 
 // How a window sum becomes a pixel.
 struct FixedArith {
   std::uint32_t offset;  // added to the sum, before the shift
   int shift;
-  bool absolute;         // |v| capped at 255; otherwise v clamped to 0..255
+  bool absolute;         // |v| capped at the largest pixel; otherwise v clamped to it
 };
 
-inline Byte Finish(std::uint32_t acc, const FixedArith& a) {
+template <class P>
+inline P Finish(std::uint32_t acc, const FixedArith& a) {
+  constexpr int kMax = sizeof(P) == 1 ? 255 : 65535;
   const std::int32_t v = static_cast<std::int32_t>(acc) >> a.shift;
   if (a.absolute) {
-    const std::int32_t m = v < 0 ? -v : v;
-    return static_cast<Byte>(m > 255 ? 255 : m);
+    const std::uint32_t m = v < 0 ? 0u - static_cast<std::uint32_t>(v) : static_cast<std::uint32_t>(v);
+    return static_cast<P>(m > kMax ? kMax : m);
   }
-  return static_cast<Byte>(Clamp(v, 0, 255));
+  return static_cast<P>(Clamp(v, 0, kMax));
 }
 
 // One pixel from the window rows (rows[j] is the row at dy = j - radius),
 // with column clamping only when kClamp.
-template <bool kClamp>
-inline Byte FixedPixel(const Window& w, const std::int32_t* coef, const Byte* const* rows, int x,
-                       int width, const FixedArith& a) {
+template <bool kClamp, class P>
+inline P FixedPixel(const Window& w, const std::int32_t* coef, const P* const* rows, int x, int width,
+                    const FixedArith& a) {
   std::uint32_t acc = a.offset;
   for (int i = 0; i < w.terms; ++i) {
     const Term& t = w.term[i];
@@ -141,14 +162,16 @@ inline Byte FixedPixel(const Window& w, const std::int32_t* coef, const Byte* co
     }
     acc += static_cast<std::uint32_t>(coef[i]) * s;
   }
-  return Finish(acc, a);
+  return Finish<P>(acc, a);
 }
 
 // Fills the block routine's job for a window: the tap ranges of its terms,
 // and its coefficients packed two a word as signed 16-bit halves. A
 // coefficient k is split as hi * 65536 + lo with both halves signed; hi
-// wraps, which changes nothing modulo 2^32.
-void PrepareBlockJob(const Window& w, const std::int32_t* coef, const FixedArith& a, BlockJob& job) {
+// wraps, which changes nothing modulo 2^32. 16-bit pixels enter the blocks
+// less 32768 (one tap per term), made up for in the offset.
+template <class P>
+void PrepareBlockJob(const Window& w, const std::int32_t* coef, const FixedArith& a, BlockJobOf<P>& job) {
   job.pairs = (w.terms + 1) / 2;
   job.singleTaps = true;
   int taps = 0;
@@ -173,7 +196,10 @@ void PrepareBlockJob(const Window& w, const std::int32_t* coef, const FixedArith
     job.pairCoef[p] = static_cast<std::int32_t>(lo[2 * p] | (static_cast<std::uint32_t>(lo[2 * p + 1]) << 16));
     job.pairCoefHi[p] = static_cast<std::int32_t>(hi[2 * p] | (static_cast<std::uint32_t>(hi[2 * p + 1]) << 16));
   }
-  job.offset = static_cast<std::int32_t>(a.offset);
+  std::uint32_t offset = a.offset;
+  if (sizeof(P) > 1)
+    for (int i = 0; i < w.terms; ++i) offset += static_cast<std::uint32_t>(coef[i]) << 15;
+  job.offset = static_cast<std::int32_t>(offset);
   job.shift = a.shift;
   job.absolute = a.absolute;
 }
@@ -183,22 +209,25 @@ void PrepareBlockJob(const Window& w, const std::int32_t* coef, const FixedArith
 // frameRowsByPixel, of the interior rows only). Pixels are produced in row
 // order, reading the source as it is at that moment, so a source that is
 // also the destination sees the pixels already written.
+template <class Pix>
 void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_t* blockCoef,
-              const FixedArith& a, const Rows<const EBW8>& s, const Rows<EBW8>& d,
+              const FixedArith& a, const Rows<const Pix>& s, const Rows<Pix>& d,
               const SimdRoutines& simd, bool frameRowsByPixel) {
+  using P = typename GreyOf<Pix>::P;
   const int r = w.radius;
   const int width = s.width, height = s.height;
-  const bool useBlocks = blockCoef != nullptr && simd.block != nullptr && width > 2 * r;
+  const auto block = BlockOf(simd, static_cast<const P*>(nullptr));
+  const bool useBlocks = blockCoef != nullptr && block != nullptr && width > 2 * r;
 
-  BlockJob job;
+  BlockJobOf<P> job;
   if (useBlocks) {
     PrepareBlockJob(w, blockCoef, a, job);
   }
 
-  const Byte* rows[7];
+  const P* rows[7];
   for (int y = 0; y < height; ++y) {
     WindowRows(s, y, r, rows);
-    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    P* out = reinterpret_cast<P*>(d.Row(y));
     int x = 0;
     const int left = r < width ? r : width;
     for (; x < left; ++x) out[x] = FixedPixel<true>(w, scalarCoef, rows, x, width, a);
@@ -207,7 +236,7 @@ void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_
       for (int i = 0; i < w.terms; ++i)
         for (int k = 0; k < w.term[i].taps; ++k)
           job.taps[t++] = rows[w.term[i].dy[k] + r] + r + w.term[i].dx[k];
-      x += simd.block(job, 0, width - 2 * r, out + r);
+      x += block(job, 0, width - 2 * r, out + r);
     }
     for (; x < width - r; ++x) out[x] = FixedPixel<false>(w, scalarCoef, rows, x, width, a);
     for (; x < width; ++x) out[x] = FixedPixel<true>(w, scalarCoef, rows, x, width, a);
@@ -222,8 +251,10 @@ void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_
 // by blocks before the row is touched, and the row's own taps are added
 // pixel by pixel in order. Sums wrap at 32 bits, so the grouping is exact.
 // Returns false when the row buffer is not to be had.
+template <class Pix>
 bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith& a,
-                     const Rows<EBW8>& img, const SimdRoutines& simd) {
+                     const Rows<Pix>& img, const SimdRoutines& simd) {
+  using P = typename GreyOf<Pix>::P;
   const int r = w.radius;
   const int width = img.width, height = img.height;
   // The window split by rows: taps off the centre row (for the blocks) and
@@ -253,13 +284,14 @@ bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith
   std::int32_t* sums = Allocate<std::int32_t>(static_cast<std::size_t>(width));
   if (sums == nullptr) return false;
 
-  BlockJob job;
+  BlockJobOf<P> job;
   PrepareBlockJob(off, offCoef, a, job);
+  const auto blockSums = SumsOf(simd, static_cast<const P*>(nullptr));
 
-  const Byte* rows[7];
+  const P* rows[7];
   for (int y = 0; y < height; ++y) {
     WindowRows(img, y, r, rows);
-    Byte* out = reinterpret_cast<Byte*>(img.Row(y));
+    P* out = reinterpret_cast<P*>(img.Row(y));
     if (y == 0 || y == height - 1 || width <= 2 * r) {
       for (int x = 0; x < width; ++x) out[x] = FixedPixel<true>(w, coef, rows, x, width, a);
       continue;
@@ -280,7 +312,7 @@ bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith
     for (int i = 0; i < off.terms; ++i)
       for (int k = 0; k < off.term[i].taps; ++k)
         job.taps[t++] = rows[off.term[i].dy[k] + r] + r + off.term[i].dx[k];
-    int x = r + simd.sums(job, 0, width - 2 * r, sums + r);
+    int x = r + blockSums(job, 0, width - 2 * r, sums + r);
     for (; x < width; ++x) sums[x] = offSum(x);
     // The row's own taps, pixel by pixel over the row as it is written.
     for (x = 0; x < width; ++x) {
@@ -291,16 +323,25 @@ bool RunFixedInPlace(const Window& w, const std::int32_t* coef, const FixedArith
         for (int k = 0; k < c.taps; ++k) s += out[Clamp(x + c.dx[k], 0, width - 1)];
         acc += static_cast<std::uint32_t>(ownCoef[i]) * s;
       }
-      out[x] = Finish(acc, a);
+      out[x] = Finish<P>(acc, a);
     }
   }
   Free(sums);
   return true;
 }
 
+// The offset of the fifteen-bit arithmetic: Offset << 15 on 8-bit pixels;
+// 16-bit pixels take it through floating point as Offset * 32768.
+inline std::uint32_t FifteenBitOffset(unsigned int offset, const std::uint8_t*) { return offset << 15; }
+inline std::uint32_t FifteenBitOffset(unsigned int offset, const std::uint16_t*) {
+  return static_cast<std::uint32_t>(TruncToInt32(static_cast<float>(offset) * 32768.0f));
+}
+
 // The fifteen-bit routines: checks, coefficients, then the window run.
-void FixedRoutine(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int size, bool symmetric,
+template <class Pix>
+void FixedRoutine(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel, int size, bool symmetric,
                   const char* label) {
+  using P = typename GreyOf<Pix>::P;
   EOk();
   src->CheckNotVoid();
   if (EGetError() == E_OK) src->CheckSameSize(dst);
@@ -323,28 +364,40 @@ void FixedRoutine(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel, int s
   if (rectifier < 0 || rectifier > 3) return;  // no such mode: dst is left alone
 
   float g = EffectiveGain(kernel->Gain, kernel->Data, w);
-  std::uint32_t off = kernel->Offset << 15;
+  std::uint32_t off = FifteenBitOffset(kernel->Offset, static_cast<const P*>(nullptr));
   if (rectifier == 1) {
     g = -g;
     off = 0u - off;
   }
   std::int32_t coef[49];
   for (int i = 0; i < w.terms; ++i) coef[i] = TruncToInt32(g * kernel->Data[w.term[i].element] * 32768.0f);
+  if (sizeof(P) > 1 && symmetric) {
+    // 16-bit pixels go to the blocks one by one.
+    Window plain;
+    std::int32_t plainCoef[49];
+    SingleTaps(w, coef, plain, plainCoef);
+    w = plain;
+    std::copy(plainCoef, plainCoef + w.terms, coef);
+  }
   const FixedArith arith{off, 15, rectifier == 3};
   const bool inPlace = Overlap(src, dst);
   if (inPlace && src->GetTotalOrgX() == dst->GetTotalOrgX() &&
       src->GetTotalOrgY() == dst->GetTotalOrgY()) {
     const SimdRoutines simd = ActiveRoutines();
-    if (simd.sums != nullptr && RunFixedInPlace(w, coef, arith, RowsOf(dst), simd)) return;
+    if (SumsOf(simd, static_cast<const P*>(nullptr)) != nullptr &&
+        RunFixedInPlace(w, coef, arith, RowsOf(dst), simd))
+      return;
   }
   const SimdRoutines simd = inPlace ? SimdRoutines{} : ActiveRoutines();
-  RunFixed(w, coef, coef, arith, RowsOf(static_cast<const EROI<EBW8>*>(src)),
-           RowsOf(dst), simd, false);
+  RunFixed(w, coef, coef, arith, RowsOf(src), RowsOf(dst), simd, false);
 }
 
 // The eight-bit arithmetic (3x3, rectifier 2). The coefficients are kept in
-// 16 bits; the pixels that the fast form computes one by one keep them in 32.
-void EightBit(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+// 16 bits; on 8-bit pixels those that the fast form computes one by one keep
+// them in 32.
+template <class Pix>
+void EightBit(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel) {
+  using P = typename GreyOf<Pix>::P;
   Window w;
   PlainWindow(3, w);
   const float g = EffectiveGainOfTable(kernel->Gain, kernel->Data, 9);
@@ -356,41 +409,46 @@ void EightBit(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   const SimdRoutines simd = ActiveRoutines();
   const FixedArith arith{0, 8, false};
 
-  Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
-  Byte* copy = nullptr;
+  Rows<const Pix> s = RowsOf(src);
+  P* copy = nullptr;
   if (Overlap(src, dst)) {
     // Same pixels: work from a copy of the source so that the result is the
     // one a separate destination gets.
-    const std::size_t rowBytes = static_cast<std::size_t>(s.width);
-    copy = Allocate<Byte>(rowBytes * static_cast<std::size_t>(s.height));
+    const std::size_t rowPixels = static_cast<std::size_t>(s.width);
+    copy = Allocate<P>(rowPixels * static_cast<std::size_t>(s.height));
     if (copy == nullptr) {
       ESetError(E_ERROR_OUT_OF_MEMORY);
       return;
     }
-    for (int y = 0; y < s.height; ++y) std::memcpy(copy + rowBytes * y, s.Row(y), rowBytes);
-    s.base = reinterpret_cast<const EBW8*>(copy);
-    s.pitch = static_cast<std::ptrdiff_t>(rowBytes);
+    for (int y = 0; y < s.height; ++y) std::memcpy(copy + rowPixels * y, s.Row(y), rowPixels * sizeof(P));
+    s.base = reinterpret_cast<const Pix*>(copy);
+    s.pitch = static_cast<std::ptrdiff_t>(rowPixels * sizeof(P));
   }
   // As in the fast form's layout, blocks cover the interior rows only.
-  RunFixed(w, simd.block != nullptr ? wide : narrow, narrow, arith, s, RowsOf(dst), simd, true);
+  const bool wideOneByOne = sizeof(P) == 1 && simd.block != nullptr;
+  RunFixed(w, wideOneByOne ? wide : narrow, narrow, arith, s, RowsOf(dst), simd, true);
   Free(copy);
 }
 
 // ---------------------------------------------------------------- floating point
 
 // Rectifier mode, then the added value, then the clamp.
-inline Byte Rectify(std::int32_t v, std::int64_t mode, std::int64_t add) {
+template <class P>
+inline P Rectify(std::int32_t v, std::int64_t mode, std::int64_t add) {
+  constexpr std::int64_t kMax = sizeof(P) == 1 ? 255 : 65535;
   std::int64_t r = v;
   if (mode == 1) r = v <= 0 ? -r : 0;
   else if (mode == 2) r = v >= 0 ? r : 0;
   else if (mode == 3) r = r < 0 ? -r : r;
   r += add;
-  return static_cast<Byte>(r < 0 ? 0 : (r > 255 ? 255 : r));
+  return static_cast<P>(r < 0 ? 0 : (r > kMax ? kMax : r));
 }
 
 // Rectify for a run of sums, with the mode's test taken out of the loop.
-void RectifyRun(const std::int32_t* v, int n, std::int64_t mode, std::int64_t add, Byte* out) {
-  auto clamp = [](std::int64_t r) { return static_cast<Byte>(r < 0 ? 0 : (r > 255 ? 255 : r)); };
+template <class P>
+void RectifyRun(const std::int32_t* v, int n, std::int64_t mode, std::int64_t add, P* out) {
+  constexpr std::int64_t kMax = sizeof(P) == 1 ? 255 : 65535;
+  auto clamp = [](std::int64_t r) { return static_cast<P>(r < 0 ? 0 : (r > kMax ? kMax : r)); };
   switch (mode) {
     case 1:
       for (int i = 0; i < n; ++i) out[i] = clamp((v[i] <= 0 ? -static_cast<std::int64_t>(v[i]) : 0) + add);
@@ -410,24 +468,27 @@ void RectifyRun(const std::int32_t* v, int n, std::int64_t mode, std::int64_t ad
   }
 }
 
-void FloatPath(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+template <class Pix>
+void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel) {
+  using P = typename GreyOf<Pix>::P;
   const int sx = kernel->SizeX, sy = kernel->SizeY;
   const int count = sx * sy;
-  const Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
-  const Rows<EBW8> d = RowsOf(dst);
+  const Rows<const Pix> s = RowsOf(src);
+  const Rows<Pix> d = RowsOf(dst);
   const int width = s.width, height = s.height;
   // Blocks only when the source is not being overwritten: in place, each
   // pixel reads the pixels written before it.
   const SimdRoutines simd = Overlap(src, dst) ? SimdRoutines{}
                                               : ActiveRoutines();
+  const auto floatRow = FloatRowOf(simd, static_cast<const P*>(nullptr));
   float* k = Allocate<float>(static_cast<std::size_t>(count));
   std::int32_t* sums = nullptr;
-  const Byte** rowPtrs = nullptr;
-  if (k != nullptr && simd.floatRow != nullptr) {
+  const P** rowPtrs = nullptr;
+  if (k != nullptr && floatRow != nullptr) {
     sums = Allocate<std::int32_t>(static_cast<std::size_t>(width));
-    rowPtrs = Allocate<const Byte*>(static_cast<std::size_t>(sy));
+    rowPtrs = Allocate<const P*>(static_cast<std::size_t>(sy));
   }
-  if (k == nullptr || (simd.floatRow != nullptr && (sums == nullptr || rowPtrs == nullptr))) {
+  if (k == nullptr || (floatRow != nullptr && (sums == nullptr || rowPtrs == nullptr))) {
     Free(k);
     Free(sums);
     Free(rowPtrs);
@@ -442,7 +503,7 @@ void FloatPath(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
 
   auto at = [&](int x, int y) -> double {
     if (x < 0 || y < 0 || x >= width || y >= height) return outside;
-    return static_cast<double>(reinterpret_cast<const Byte*>(s.Row(y))[x]);
+    return static_cast<double>(reinterpret_cast<const P*>(s.Row(y))[x]);
   };
   const int ax = sx / 2, ay = sy / 2;
   auto general = [&](int x, int y) {
@@ -450,7 +511,7 @@ void FloatPath(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
     const bool inside = x - ax >= 0 && y - ay >= 0 && x - ax + sx <= width && y - ay + sy <= height;
     if (inside) {
       for (int ky = 0; ky < sy; ++ky) {
-        const Byte* row = reinterpret_cast<const Byte*>(s.Row(y - ay + ky)) + (x - ax);
+        const P* row = reinterpret_cast<const P*>(s.Row(y - ay + ky)) + (x - ax);
         const float* kr = k + sx * ky;
         for (int kx = 0; kx < sx; ++kx) sum += static_cast<double>(kr[kx]) * row[kx];
       }
@@ -459,7 +520,7 @@ void FloatPath(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
         for (int kx = 0; kx < sx; ++kx)
           sum += static_cast<double>(k[sx * ky + kx]) * at(x - ax + kx, y - ay + ky);
     }
-    reinterpret_cast<Byte*>(d.Row(y))[x] = Rectify(TruncToInt32(sum), rectifier, offset);
+    reinterpret_cast<P*>(d.Row(y))[x] = Rectify<P>(TruncToInt32(sum), rectifier, offset);
   };
   // Pixels x0..x1-1 of row y, by blocks where the whole window lies inside.
   auto span = [&](int y, int x0, int x1) {
@@ -471,9 +532,9 @@ void FloatPath(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
       if (b1 > b0) {
         for (; x < b0; ++x) general(x, y);
         for (int ky = 0; ky < sy; ++ky)
-          rowPtrs[ky] = reinterpret_cast<const Byte*>(s.Row(y - ay + ky)) + (b0 - ax);
-        const int done = simd.floatRow(k, sx, sy, rowPtrs, b1 - b0, sums);
-        RectifyRun(sums, done, rectifier, offset, reinterpret_cast<Byte*>(d.Row(y)) + b0);
+          rowPtrs[ky] = reinterpret_cast<const P*>(s.Row(y - ay + ky)) + (b0 - ax);
+        const int done = floatRow(k, sx, sy, rowPtrs, b1 - b0, sums);
+        RectifyRun(sums, done, rectifier, offset, reinterpret_cast<P*>(d.Row(y)) + b0);
         x = b0 + done;
       }
     }
@@ -492,7 +553,7 @@ void FloatPath(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
       double sum = 0.0;
       for (int i = 0; i < 9; ++i)
         sum += static_cast<double>(k[kFrameCoef[i]]) * at(x + i % 3 - 1, y + i / 3 - 1);
-      reinterpret_cast<Byte*>(d.Row(y))[x] = Rectify(TruncToInt32(sum), offset, rectifier);
+      reinterpret_cast<P*>(d.Row(y))[x] = Rectify<P>(TruncToInt32(sum), offset, rectifier);
     };
     for (int y = 0; y < height; ++y) {
       if (y == 0 || y == height - 1) {
@@ -535,13 +596,30 @@ void ConvolKernelS5xS5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) 
 void ConvolKernelS7xS7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 7, true, "ConvolKernelS7xS7");
 }
+void ConvolKernel3x3(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+  FixedRoutine(src, dst, kernel, 3, false, "ConvolKernel3x3 BW16");
+}
+void ConvolKernel5x5(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+  FixedRoutine(src, dst, kernel, 5, false, "ConvolKernel5x5 (BW16)");
+}
+void ConvolKernel7x7(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+  FixedRoutine(src, dst, kernel, 7, false, "ConvolKernel7x7 BW16");
+}
+void ConvolKernelS3xS3(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+  FixedRoutine(src, dst, kernel, 3, true, "ConvolKernelS3xS3 (BW16)");
+}
+void ConvolKernelS5xS5(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+  FixedRoutine(src, dst, kernel, 5, true, "ConvolKernelS5xS5 BW16");
+}
+void ConvolKernelS7xS7(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+  FixedRoutine(src, dst, kernel, 7, true, "ConvolKernelS7xS7 (BW16)");
+}
 
-}  // namespace filter
-}  // namespace mirel
+namespace {
 
-void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
-  using namespace mirel::filter;
-  mirel::Frame frame("ImgConvolKernel BW8");
+template <class Pix>
+void ConvolKernelOf(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel, const char* label) {
+  mirel::Frame frame(label);
   if (!frame.SameSize(src, dst) || !frame.NotVoid(src, dst)) return;
   if (!frame.Require(kernel != nullptr && kernel->Data != nullptr, E_ERROR_KERNEL_VOID)) return;
   if (!frame.Require(KernelFits(kernel), E_ERROR_KERNEL_SIZE)) return;
@@ -559,9 +637,9 @@ void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
   }
 }
 
-void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
-  using namespace mirel::filter;
-  mirel::Frame frame("ImgConvolSymmetricKernel");
+template <class Pix>
+void ConvolSymmetricKernelOf(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel, const char* label) {
+  mirel::Frame frame(label);
   if (!frame.SameSize(src, dst) || !frame.NotVoid(src, dst)) return;
   if (!frame.Require(kernel != nullptr && kernel->Data != nullptr, E_ERROR_KERNEL_VOID)) return;
   if (!frame.Require(kernel->Rectifier != 0, E_ERROR_KERNEL_RECTIFIER)) return;
@@ -571,4 +649,21 @@ void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* k
   if (sx == 3) ConvolKernelS3xS3(src, dst, kernel);
   else if (sx == 5) ConvolKernelS5xS5(src, dst, kernel);
   else ConvolKernelS7xS7(src, dst, kernel);
+}
+
+}  // namespace
+}  // namespace filter
+}  // namespace mirel
+
+void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+  mirel::filter::ConvolKernelOf(src, dst, kernel, "ImgConvolKernel BW8");
+}
+void ImgConvolKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+  mirel::filter::ConvolKernelOf(src, dst, kernel, "ImgConvolKernel BW16");
+}
+void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+  mirel::filter::ConvolSymmetricKernelOf(src, dst, kernel, "ImgConvolSymmetricKernel");
+}
+void ImgConvolSymmetricKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+  mirel::filter::ConvolSymmetricKernelOf(src, dst, kernel, "ImgConvolSymmetricKernel BW16");
 }

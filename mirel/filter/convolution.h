@@ -44,6 +44,14 @@
 // (indices 0 1 4; 0 1 2 6 7 12; 0 1 2 3 8 9 10 16 17 24) and mirrors it in
 // both axes and the diagonal; the rest of the table is ignored.
 //
+// On 16-bit pixels (EROI<EBW16>) the same routes, formulas and borders hold,
+// with 65535 in place of 255 in every clamp and cap. Sums stay 32-bit and
+// wrap, which bright 16-bit images reach at ordinary gains (a coefficient of
+// 1.0 is 32768 in the fifteen-bit arithmetic). The eight-bit arithmetic keeps
+// its coefficients in 16 bits on every pixel, and the fifteen-bit one takes
+// the offset through floating point as Offset * 32768. The results do not
+// depend on EGetMMX().
+//
 // Errors: sizes differ (1403) or a ROI is void (1400); kernel without data
 // (1700); kernel sizes negative or larger than its storage (1703); out of
 // memory (1303); symmetric form with rectifier 0 (1702) or with a size other
@@ -59,5 +67,10 @@
 MIREL_API void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
 // Label "ImgConvolSymmetricKernel".
 MIREL_API void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+
+// Label "ImgConvolKernel BW16".
+MIREL_API void ImgConvolKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
+// Label "ImgConvolSymmetricKernel BW16".
+MIREL_API void ImgConvolSymmetricKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
 
 #endif  // MIREL_FILTER_CONVOLUTION_H_

@@ -62,6 +62,34 @@ struct Isa {
   static void StoreTrunc(std::int32_t* p, VD v) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_cvttpd_epi32(v));
   }
+  static VD LoadWordsD(const std::uint16_t* p) {
+    return _mm256_cvtepi32_pd(_mm_cvtepu16_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+  }
+
+  // 16-bit pixels.
+  static V LoadS16(const std::uint16_t* p) {
+    return _mm256_xor_si256(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)),
+                            _mm256_set1_epi16(-32768));
+  }
+  // lo and hi hold pixels 0-3 and 8-11, 4-7 and 12-15: the pack within
+  // 128-bit lanes puts them in order.
+  static void StoreClamp16(std::uint16_t* p, V lo, V hi) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm256_packus_epi32(lo, hi));
+  }
+  static V LoadW32(const std::uint16_t* p) {
+    return _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+  }
+  static V LoadU32(const std::uint32_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+  static void StoreU32(std::uint32_t* p, V v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
+  static void StoreU16From32(std::uint16_t* p, V v) {
+    const V w = _mm256_permute4x64_epi64(_mm256_packus_epi32(v, v), 0x08);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm256_castsi256_si128(w));
+  }
+  template <int N>
+  static V Srli32(V a) { return _mm256_srli_epi32(a, N); }
+  static V MulLo32(V a, std::int32_t k) { return _mm256_mullo_epi32(a, _mm256_set1_epi32(k)); }
+  template <int K>
+  static V MulK32(V a) { return MulLo32(a, K); }
 };
 
 }  // namespace

@@ -62,6 +62,29 @@ struct Isa {
   static void StoreTrunc(std::int32_t* p, VD v) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvttpd_epi32(0xFF, v));
   }
+  static VD LoadWordsD(const std::uint16_t* p) {
+    return _mm512_maskz_cvtepi32_pd(0xFF, _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
+  }
+
+  // 16-bit pixels.
+  static V LoadS16(const std::uint16_t* p) {
+    return _mm512_xor_si512(_mm512_loadu_si512(p), _mm512_set1_epi16(-32768));
+  }
+  // The pack within 128-bit lanes puts the groups of lo and hi in order.
+  static void StoreClamp16(std::uint16_t* p, V lo, V hi) { _mm512_storeu_si512(p, _mm512_packus_epi32(lo, hi)); }
+  static V LoadW32(const std::uint16_t* p) {
+    return _mm512_maskz_cvtepu16_epi32(0xFFFF, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)));
+  }
+  static V LoadU32(const std::uint32_t* p) { return _mm512_loadu_si512(p); }
+  static void StoreU32(std::uint32_t* p, V v) { _mm512_storeu_si512(p, v); }
+  static void StoreU16From32(std::uint16_t* p, V v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_maskz_cvtepi32_epi16(0xFFFF, v));
+  }
+  template <int N>
+  static V Srli32(V a) { return _mm512_maskz_srli_epi32(0xFFFF, a, N); }
+  static V MulLo32(V a, std::int32_t k) { return _mm512_mullo_epi32(a, _mm512_set1_epi32(k)); }
+  template <int K>
+  static V MulK32(V a) { return MulLo32(a, K); }
 };
 
 }  // namespace

@@ -3,9 +3,11 @@
 // struct `Isa` with the operations below and includes this header, so every
 // instantiation is private to the file compiled with that set enabled.
 //
-// Isa::V holds one block: kBlock pixels widened to 16 bits, or the same
-// pixels as 32-bit sums split into the lanes that UnpackLo16 / UnpackHi16
-// give. StoreClamp packs two such halves back in pixel order.
+// Isa::V holds one block: kBlock pixels widened to 16 bits (16-bit pixels
+// less 32768), or the same pixels as 32-bit sums split into the lanes that
+// UnpackLo16 / UnpackHi16 give. StoreClamp and StoreClamp16 pack two such
+// halves back in pixel order. The separable 16-bit filters hold kBlock / 2
+// pixels a vector, in 32-bit lanes in pixel order.
 #ifndef MIREL_FILTER_CONVOLUTION_BLOCKS_INTERNAL_H_
 #define MIREL_FILTER_CONVOLUTION_BLOCKS_INTERNAL_H_
 
@@ -30,12 +32,24 @@ inline int Blocks(int x0, int x1, F&& one) {
   return x;
 }
 
+// A block of the pixels of one tap, as the multiply-add takes them.
+template <class Isa>
+inline typename Isa::V LoadTap(const std::uint8_t* p) { return Isa::Load8(p); }
+template <class Isa>
+inline typename Isa::V LoadTap(const std::uint16_t* p) { return Isa::LoadS16(p); }
+template <class Isa>
+inline void StoreClampOf(std::uint8_t* p, typename Isa::V lo, typename Isa::V hi) { Isa::StoreClamp(p, lo, hi); }
+template <class Isa>
+inline void StoreClampOf(std::uint16_t* p, typename Isa::V lo, typename Isa::V hi) {
+  Isa::StoreClamp16(p, lo, hi);
+}
+
 // One block: every pair of terms meets its coefficient pair in a
 // multiply-add; with kWide the upper halves of the coefficients go through a
 // second set of sums that is shifted up by 16 bits at the end. The two
 // halves of 32-bit sums go to `sink(lo, hi, x)`.
-template <class Isa, bool kSingle, bool kWide, class Sink>
-int BlockSumsOf(const BlockJob& job, int x0, int x1, Sink&& sink) {
+template <class Isa, bool kSingle, bool kWide, class P, class Sink>
+int BlockSumsOf(const BlockJobOf<P>& job, int x0, int x1, Sink&& sink) {
   using V = typename Isa::V;
   constexpr int B = Isa::kBlock;
   const V offset = Isa::Set1_32(job.offset);
@@ -55,10 +69,10 @@ int BlockSumsOf(const BlockJob& job, int x0, int x1, Sink&& sink) {
         hi2 = Isa::Add32(hi2, Isa::Madd(ub, c2));
       }
     };
-    if (kSingle) {
+    if constexpr (kSingle) {
       for (int p = 0; p < fullPairs; ++p)
-        pair(Isa::Load8(job.taps[2 * p] + x), Isa::Load8(job.taps[2 * p + 1] + x), p);
-      if (taps & 1) pair(Isa::Load8(job.taps[taps - 1] + x), Isa::Zero(), fullPairs);
+        pair(LoadTap<Isa>(job.taps[2 * p] + x), LoadTap<Isa>(job.taps[2 * p + 1] + x), p);
+      if (taps & 1) pair(LoadTap<Isa>(job.taps[taps - 1] + x), Isa::Zero(), fullPairs);
     } else {
       int t = 0;
       for (int p = 0; p < job.pairs; ++p) {
@@ -80,13 +94,13 @@ int BlockSumsOf(const BlockJob& job, int x0, int x1, Sink&& sink) {
 // The common plain windows (one pixel per term, coefficients within 16
 // bits) with the tap count known to the compiler: pointers and coefficient
 // pairs stay in registers and the pair loop unrolls.
-template <class Isa, int N, class Sink>
-int BlockSumsOfN(const BlockJob& job, int x0, int x1, Sink&& sink) {
+template <class Isa, int N, class Px, class Sink>
+int BlockSumsOfN(const BlockJobOf<Px>& job, int x0, int x1, Sink&& sink) {
   using V = typename Isa::V;
   constexpr int B = Isa::kBlock;
   constexpr int P = (N + 1) / 2;
   const V offset = Isa::Set1_32(job.offset);
-  const std::uint8_t* t[N];
+  const Px* t[N];
   for (int i = 0; i < N; ++i) t[i] = job.taps[i];
   V c[P];
   for (int p = 0; p < P; ++p) c[p] = Isa::Set1_32(job.pairCoef[p]);
@@ -94,12 +108,12 @@ int BlockSumsOfN(const BlockJob& job, int x0, int x1, Sink&& sink) {
     V lo = offset, hi = offset;
 #pragma GCC unroll 32
     for (int p = 0; p < N / 2; ++p) {
-      const V a = Isa::Load8(t[2 * p] + x), b = Isa::Load8(t[2 * p + 1] + x);
+      const V a = LoadTap<Isa>(t[2 * p] + x), b = LoadTap<Isa>(t[2 * p + 1] + x);
       lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, b), c[p]));
       hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, b), c[p]));
     }
     if (N & 1) {
-      const V a = Isa::Load8(t[N - 1] + x), z = Isa::Zero();
+      const V a = LoadTap<Isa>(t[N - 1] + x), z = Isa::Zero();
       lo = Isa::Add32(lo, Isa::Madd(Isa::UnpackLo16(a, z), c[P - 1]));
       hi = Isa::Add32(hi, Isa::Madd(Isa::UnpackHi16(a, z), c[P - 1]));
     }
@@ -107,8 +121,10 @@ int BlockSumsOfN(const BlockJob& job, int x0, int x1, Sink&& sink) {
   });
 }
 
-template <class Isa, class Sink>
-int BlockSumsAny(const BlockJob& job, int x0, int x1, Sink&& sink) {
+// Jobs of 16-bit pixels always have one tap per term: the sum of several
+// pixels would leave the 16-bit lanes.
+template <class Isa, class P, class Sink>
+int BlockSumsAny(const BlockJobOf<P>& job, int x0, int x1, Sink&& sink) {
   if (job.singleTaps && !job.wide) {
     switch (job.termEnd[2 * job.pairs - 1]) {
       case 9: return BlockSumsOfN<Isa, 9>(job, x0, x1, sink);
@@ -117,15 +133,17 @@ int BlockSumsAny(const BlockJob& job, int x0, int x1, Sink&& sink) {
       default: break;
     }
   }
-  if (job.singleTaps)
+  if (sizeof(P) > 1 || job.singleTaps)
     return job.wide ? BlockSumsOf<Isa, true, true>(job, x0, x1, sink)
                     : BlockSumsOf<Isa, true, false>(job, x0, x1, sink);
-  return job.wide ? BlockSumsOf<Isa, false, true>(job, x0, x1, sink)
-                  : BlockSumsOf<Isa, false, false>(job, x0, x1, sink);
+  if constexpr (sizeof(P) == 1)
+    return job.wide ? BlockSumsOf<Isa, false, true>(job, x0, x1, sink)
+                    : BlockSumsOf<Isa, false, false>(job, x0, x1, sink);
+  return x0;
 }
 
-template <class Isa>
-int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
+template <class Isa, class P>
+int BlockRow(const BlockJobOf<P>& job, int x0, int x1, P* dst) {
   using V = typename Isa::V;
   const int shift = job.shift;
   const bool absolute = job.absolute;
@@ -136,13 +154,13 @@ int BlockRow(const BlockJob& job, int x0, int x1, std::uint8_t* dst) {
       lo = Isa::Abs32(lo);
       hi = Isa::Abs32(hi);
     }
-    Isa::StoreClamp(dst + x, lo, hi);
+    StoreClampOf<Isa>(dst + x, lo, hi);
   });
 }
 
 // The raw 32-bit sums, in pixel order.
-template <class Isa>
-int BlockSums(const BlockJob& job, int x0, int x1, std::int32_t* out) {
+template <class Isa, class P>
+int BlockSums(const BlockJobOf<P>& job, int x0, int x1, std::int32_t* out) {
   using V = typename Isa::V;
   return BlockSumsAny<Isa>(job, x0, x1, [&](V lo, V hi, int x) { Isa::StoreSums(out + x, lo, hi); });
 }
@@ -259,23 +277,103 @@ int Vertical(FixedFilter kind, const std::uint16_t* const* r, int width, std::ui
   return x;
 }
 
-// Four vectors of doubles per step keep four independent chains of sums.
+// Horizontal sums of the separable filters on 16-bit pixels, in 32-bit
+// lanes: at most 64 * 65535.
 template <class Isa>
-int FloatRow(const float* k, int sx, int sy, const std::uint8_t* const* rows, int count,
-             std::int32_t* out) {
+int Horizontal16(FixedFilter kind, const std::uint16_t* s, int width, std::uint32_t* out) {
+  using V = typename Isa::V;
+  constexpr int L = Isa::kBlock / 2;
+  auto ld = [&](int i) { return Isa::LoadW32(s + i); };
+  auto add = [](V a, V b) { return Isa::Add32(a, b); };
+  switch (kind) {
+    case FixedFilter::kUniform5:
+      return Blocks<L>(0, width, [&](int i) {
+        Isa::StoreU32(out + i, add(add(add(ld(i), ld(i + 1)), add(ld(i + 2), ld(i + 3))), ld(i + 4)));
+      });
+    case FixedFilter::kUniform7:
+      return Blocks<L>(0, width, [&](int i) {
+        const V a = add(add(ld(i), ld(i + 1)), add(ld(i + 2), ld(i + 3)));
+        Isa::StoreU32(out + i, add(a, add(add(ld(i + 4), ld(i + 5)), ld(i + 6))));
+      });
+    case FixedFilter::kGaussian5:
+      return Blocks<L>(0, width, [&](int i) {
+        const V e = add(ld(i), ld(i + 4)), m = add(ld(i + 1), ld(i + 3)), c = ld(i + 2);
+        // e + 4m + 6c = e + 2 * (2m + 3c)
+        const V inner = add(add(m, c), add(add(m, c), c));
+        Isa::StoreU32(out + i, add(e, add(inner, inner)));
+      });
+    case FixedFilter::kGaussian7:
+      return Blocks<L>(0, width, [&](int i) {
+        const V a = add(ld(i), ld(i + 6)), b = add(ld(i + 1), ld(i + 5));
+        const V c = add(ld(i + 2), ld(i + 4)), d = ld(i + 3);
+        const V h = add(add(a, Isa::template MulK32<6>(b)),
+                        add(Isa::template MulK32<15>(c), Isa::template MulK32<20>(d)));
+        Isa::StoreU32(out + i, h);
+      });
+  }
+  return 0;
+}
+
+// Vertical sums and the final scaling of the separable filters on 16-bit
+// pixels. The uniform products wrap at 32 bits, as in the pixel code.
+template <class Isa>
+int Vertical16(FixedFilter kind, const std::uint32_t* const* r, int width, std::uint16_t* dst) {
+  using V = typename Isa::V;
+  constexpr int L = Isa::kBlock / 2;
+  auto add = [](V a, V b) { return Isa::Add32(a, b); };
+  switch (kind) {
+    case FixedFilter::kUniform5:
+      return Blocks<L>(0, width, [&](int i) {
+        auto ld = [&](int j) { return Isa::LoadU32(r[j] + i); };
+        const V s = add(add(add(ld(0), ld(1)), add(ld(2), ld(3))), ld(4));
+        Isa::StoreU16From32(dst + i, Isa::template Srli32<23>(Isa::MulLo32(s, 335544)));
+      });
+    case FixedFilter::kUniform7:
+      return Blocks<L>(0, width, [&](int i) {
+        auto ld = [&](int j) { return Isa::LoadU32(r[j] + i); };
+        const V s = add(add(add(ld(0), ld(1)), add(ld(2), ld(3))), add(add(ld(4), ld(5)), ld(6)));
+        Isa::StoreU16From32(dst + i, Isa::template Srli32<23>(Isa::MulLo32(s, 171196)));
+      });
+    case FixedFilter::kGaussian5:
+      return Blocks<L>(0, width, [&](int i) {
+        auto ld = [&](int j) { return Isa::LoadU32(r[j] + i); };
+        const V e = add(ld(0), ld(4)), m = add(ld(1), ld(3)), c = ld(2);
+        const V inner = add(add(m, c), add(add(m, c), c));
+        Isa::StoreU16From32(dst + i, Isa::template Srli32<8>(add(e, add(inner, inner))));
+      });
+    case FixedFilter::kGaussian7:
+      return Blocks<L>(0, width, [&](int i) {
+        auto ld = [&](int j) { return Isa::LoadU32(r[j] + i); };
+        const V a = add(ld(0), ld(6)), b = add(ld(1), ld(5)), c = add(ld(2), ld(4)), d = ld(3);
+        const V s = add(add(a, Isa::template MulK32<6>(b)),
+                        add(Isa::template MulK32<15>(c), Isa::template MulK32<20>(d)));
+        Isa::StoreU16From32(dst + i, Isa::template Srli32<12>(s));
+      });
+  }
+  return 0;
+}
+
+template <class Isa>
+inline typename Isa::VD LoadD(const std::uint8_t* p) { return Isa::LoadBytesD(p); }
+template <class Isa>
+inline typename Isa::VD LoadD(const std::uint16_t* p) { return Isa::LoadWordsD(p); }
+
+// Four vectors of doubles per step keep four independent chains of sums.
+template <class Isa, class P>
+int FloatRow(const float* k, int sx, int sy, const P* const* rows, int count, std::int32_t* out) {
   using D = typename Isa::VD;
   constexpr int L = Isa::kDoubles;
   return Blocks<4 * L>(0, count, [&](int i) {
     D a0 = Isa::ZeroD(), a1 = a0, a2 = a0, a3 = a0;
     for (int ky = 0; ky < sy; ++ky) {
-      const std::uint8_t* p = rows[ky] + i;
+      const P* p = rows[ky] + i;
       const float* kr = k + sx * ky;
       for (int kx = 0; kx < sx; ++kx) {
         const D c = Isa::Set1D(static_cast<double>(kr[kx]));
-        a0 = Isa::AddD(a0, Isa::MulD(c, Isa::LoadBytesD(p + kx)));
-        a1 = Isa::AddD(a1, Isa::MulD(c, Isa::LoadBytesD(p + kx + L)));
-        a2 = Isa::AddD(a2, Isa::MulD(c, Isa::LoadBytesD(p + kx + 2 * L)));
-        a3 = Isa::AddD(a3, Isa::MulD(c, Isa::LoadBytesD(p + kx + 3 * L)));
+        a0 = Isa::AddD(a0, Isa::MulD(c, LoadD<Isa>(p + kx)));
+        a1 = Isa::AddD(a1, Isa::MulD(c, LoadD<Isa>(p + kx + L)));
+        a2 = Isa::AddD(a2, Isa::MulD(c, LoadD<Isa>(p + kx + 2 * L)));
+        a3 = Isa::AddD(a3, Isa::MulD(c, LoadD<Isa>(p + kx + 3 * L)));
       }
     }
     Isa::StoreTrunc(out + i, a0);
@@ -287,8 +385,11 @@ int FloatRow(const float* k, int sx, int sy, const std::uint8_t* const* rows, in
 
 template <class Isa>
 SimdRoutines Routines() {
-  return SimdRoutines{&BlockRow<Isa>, &BlockSums<Isa>, &Horizontal<Isa>, &Vertical<Isa>,
-                      &FloatRow<Isa>};
+  return SimdRoutines{&BlockRow<Isa, std::uint8_t>,  &BlockSums<Isa, std::uint8_t>,
+                      &Horizontal<Isa>,                &Vertical<Isa>,
+                      &FloatRow<Isa, std::uint8_t>,    &BlockRow<Isa, std::uint16_t>,
+                      &BlockSums<Isa, std::uint16_t>,  &Horizontal16<Isa>,
+                      &Vertical16<Isa>,                &FloatRow<Isa, std::uint16_t>};
 }
 
 }  // namespace blocks

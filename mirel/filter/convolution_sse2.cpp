@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "mirel/filter/convolution_blocks_internal.h"
+#include "mirel/filter/sse2_lanes_internal.h"
 
 namespace {
 
@@ -65,6 +66,46 @@ struct Isa {
   static void StoreTrunc(std::int32_t* p, VD v) {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_cvttpd_epi32(v));
   }
+  static VD LoadWordsD(const std::uint16_t* p) {
+    std::int32_t two;
+    std::memcpy(&two, p, 4);
+    return _mm_cvtepi32_pd(_mm_unpacklo_epi16(_mm_cvtsi32_si128(two), _mm_setzero_si128()));
+  }
+
+  // 16-bit pixels.
+  static V LoadS16(const std::uint16_t* p) {
+    return _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)), _mm_set1_epi16(-32768));
+  }
+  // Values of 0 to 65535 less 32768 fit the signed pack; the sign bit
+  // flipped back gives the unsigned words.
+  static V PackBiased(V lo, V hi) {
+    const V bias = _mm_set1_epi32(32768);
+    return _mm_xor_si128(_mm_packs_epi32(_mm_sub_epi32(lo, bias), _mm_sub_epi32(hi, bias)),
+                         _mm_set1_epi16(-32768));
+  }
+  // Negative sums become 0 first; the pack saturates the rest at 65535.
+  static void StoreClamp16(std::uint16_t* p, V lo, V hi) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p),
+                     PackBiased(mirel::filter::sse2::Max0(lo), mirel::filter::sse2::Max0(hi)));
+  }
+  static V LoadW32(const std::uint16_t* p) {
+    return _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
+  }
+  static V LoadU32(const std::uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+  static void StoreU32(std::uint32_t* p, V v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+  static void StoreU16From32(std::uint16_t* p, V v) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(p), PackBiased(v, v));
+  }
+  template <int N>
+  static V Srli32(V a) { return _mm_srli_epi32(a, N); }
+  // The low 32 bits of each product, from the even and the odd lanes.
+  static V MulLo32(V a, std::int32_t k) {
+    const V kk = _mm_set1_epi32(k);
+    const V even = _mm_mul_epu32(a, kk), odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), kk);
+    return _mm_unpacklo_epi32(_mm_shuffle_epi32(even, 0x08), _mm_shuffle_epi32(odd, 0x08));
+  }
+  template <int K>
+  static V MulK32(V a) { return mirel::filter::sse2::MulK32<K>(a); }
 };
 
 }  // namespace

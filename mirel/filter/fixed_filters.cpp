@@ -1,15 +1,18 @@
-// The fixed 5x5 and 7x7 uniform and Gaussian filters.
+// The fixed 5x5 and 7x7 uniform and Gaussian filters, on 8-bit and 16-bit
+// pixels.
 //
 // Two forms give the same bytes. The direct form computes each pixel from
 // its whole window in row order, reading the source as it is at that moment
 // (which is what a source shared with the destination sees). The separable
 // form, used on the fast path when source and destination do not share
-// pixels, sums each source row once horizontally into 16-bit row buffers and
-// then combines 2r + 1 of them vertically; integer sums regroup exactly.
+// pixels, sums each source row once horizontally into row buffers (16-bit
+// sums of 8-bit pixels, 32-bit sums of 16-bit ones) and then combines 2r + 1
+// of them vertically; integer sums regroup exactly.
 #include "mirel/filter/fixed_filters.h"
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "mirel/filter/alloc_internal.h"
 #include "mirel/filter/convolution_internal.h"
@@ -18,8 +21,6 @@
 namespace mirel {
 namespace filter {
 namespace {
-
-using Byte = std::uint8_t;
 
 struct FilterShape {
   FixedFilter kind;
@@ -37,19 +38,24 @@ const FilterShape& Shape(FixedFilter kind) {
   return kShapes[static_cast<int>(kind)];
 }
 
-// The window sum to the output pixel.
-inline Byte Scale(FixedFilter kind, std::uint32_t sum) {
+// The window sum to the output pixel. The uniform products wrap at 32 bits,
+// which sums of 16-bit pixels reach (those of 8-bit pixels never do).
+inline std::uint32_t Scale(FixedFilter kind, std::uint32_t sum) {
   switch (kind) {
-    case FixedFilter::kUniform5: return static_cast<Byte>((sum * 335544u) >> 23);
-    case FixedFilter::kUniform7: return static_cast<Byte>((sum * 171196u) >> 23);
-    case FixedFilter::kGaussian5: return static_cast<Byte>(sum >> 8);
-    case FixedFilter::kGaussian7: return static_cast<Byte>(sum >> 12);
+    case FixedFilter::kUniform5: return (sum * 335544u) >> 23;
+    case FixedFilter::kUniform7: return (sum * 171196u) >> 23;
+    case FixedFilter::kGaussian5: return sum >> 8;
+    case FixedFilter::kGaussian7: return sum >> 12;
   }
   return 0;
 }
 
-template <bool kClamp>
-inline Byte DirectPixel(const FilterShape& f, const Byte* const* rows, int x, int width) {
+// The horizontal sums of a row: 16 bits hold those of 8-bit pixels.
+template <class P>
+using RowSum = std::conditional_t<sizeof(P) == 1, std::uint16_t, std::uint32_t>;
+
+template <bool kClamp, class P>
+inline P DirectPixel(const FilterShape& f, const P* const* rows, int x, int width) {
   const int r = f.radius;
   std::uint32_t sum = 0;
   for (int j = 0; j <= 2 * r; ++j) {
@@ -60,15 +66,17 @@ inline Byte DirectPixel(const FilterShape& f, const Byte* const* rows, int x, in
     }
     sum += static_cast<std::uint32_t>(f.weight[j]) * h;
   }
-  return Scale(f.kind, sum);
+  return static_cast<P>(Scale(f.kind, sum));
 }
 
-void Direct(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>& d) {
+template <class Pix>
+void Direct(const FilterShape& f, const Rows<const Pix>& s, const Rows<Pix>& d) {
+  using P = typename GreyOf<Pix>::P;
   const int r = f.radius, width = s.width, height = s.height;
-  const Byte* rows[7];
+  const P* rows[7];
   for (int y = 0; y < height; ++y) {
     WindowRows(s, y, r, rows);
-    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    P* out = reinterpret_cast<P*>(d.Row(y));
     ForEachColumnByBorder(width, r, [&](int x, auto clamp) {
       out[x] = DirectPixel<decltype(clamp)::value>(f, rows, x, width);
     });
@@ -76,54 +84,57 @@ void Direct(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>& d
 }
 
 // The horizontal sums of one source row into h, through `padded`
-// (width + 2r bytes): the row with its end pixels repeated r times at each
+// (width + 2r pixels): the row with its end pixels repeated r times at each
 // side.
-void HorizontalRow(const FilterShape& f, const Byte* src, int width, Byte* padded, std::uint16_t* h,
+template <class P>
+void HorizontalRow(const FilterShape& f, const P* src, int width, P* padded, RowSum<P>* h,
                    const SimdRoutines& simd) {
   const int r = f.radius, n = 2 * r + 1;
-  std::memcpy(padded + r, src, static_cast<std::size_t>(width));
+  std::memcpy(padded + r, src, static_cast<std::size_t>(width) * sizeof(P));
   for (int i = 0; i < r; ++i) {
     padded[i] = src[0];
     padded[r + width + i] = src[width - 1];
   }
-  int x = simd.horizontal(f.kind, padded, width, h);
+  int x = HorizontalOf(simd, src)(f.kind, padded, width, h);
   for (; x < width; ++x) {
     std::uint32_t sum = 0;
     for (int i = 0; i < n; ++i) sum += static_cast<std::uint32_t>(f.weight[i]) * padded[x + i];
-    h[x] = static_cast<std::uint16_t>(sum);
+    h[x] = static_cast<RowSum<P>>(sum);
   }
 }
 
 // Separable form; false when its buffers cannot be had (the caller then
 // takes the direct form, which needs none).
-bool Separable(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>& d,
-               const SimdRoutines& simd) {
+template <class Pix>
+bool Separable(const FilterShape& f, const Rows<const Pix>& s, const Rows<Pix>& d, const SimdRoutines& simd) {
+  using P = typename GreyOf<Pix>::P;
+  using H = RowSum<P>;
   const int r = f.radius, n = 2 * r + 1, width = s.width, height = s.height;
   const std::size_t w = static_cast<std::size_t>(width);
-  Byte* padded = Allocate<Byte>(w + 2 * r);
-  std::uint16_t* ring = Allocate<std::uint16_t>(w * n);
+  P* padded = Allocate<P>(w + 2 * r);
+  H* ring = Allocate<H>(w * n);
   if (padded == nullptr || ring == nullptr) {
     Free(padded);
     Free(ring);
     return false;
   }
   int computed = -1;  // last source row summed into the ring
-  const std::uint16_t* rows[7];
+  const H* rows[7];
   for (int y = 0; y < height; ++y) {
     const int need = y + r < height - 1 ? y + r : height - 1;
     while (computed < need) {
       ++computed;
-      HorizontalRow(f, reinterpret_cast<const Byte*>(s.Row(computed)), width, padded,
+      HorizontalRow(f, reinterpret_cast<const P*>(s.Row(computed)), width, padded,
                     ring + w * static_cast<std::size_t>(computed % n), simd);
     }
     for (int j = 0; j < n; ++j)
       rows[j] = ring + w * static_cast<std::size_t>(Clamp(y + j - r, 0, height - 1) % n);
-    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
-    int x = simd.vertical(f.kind, rows, width, out);
+    P* out = reinterpret_cast<P*>(d.Row(y));
+    int x = VerticalOf(simd, out)(f.kind, rows, width, out);
     for (; x < width; ++x) {
       std::uint32_t sum = 0;
       for (int j = 0; j < n; ++j) sum += static_cast<std::uint32_t>(f.weight[j]) * rows[j][x];
-      out[x] = Scale(f.kind, sum);
+      out[x] = static_cast<P>(Scale(f.kind, sum));
     }
   }
   Free(padded);
@@ -137,11 +148,14 @@ bool Separable(const FilterShape& f, const Rows<const EBW8>& s, const Rows<EBW8>
 // again once they are final); only the row's own part goes pixel by pixel.
 // The first and last rows, where taps clamp onto the row itself, go pixel by
 // pixel entirely. False when the buffers are not to be had.
-bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& simd) {
+template <class Pix>
+bool InPlace(const FilterShape& f, const Rows<Pix>& img, const SimdRoutines& simd) {
+  using P = typename GreyOf<Pix>::P;
+  using H = RowSum<P>;
   const int r = f.radius, n = 2 * r + 1, width = img.width, height = img.height;
   const std::size_t w = static_cast<std::size_t>(width);
-  Byte* padded = Allocate<Byte>(w + 2 * r);
-  std::uint16_t* ring = Allocate<std::uint16_t>(w * n);
+  P* padded = Allocate<P>(w + 2 * r);
+  H* ring = Allocate<H>(w * n);
   std::uint32_t* partial = Allocate<std::uint32_t>(w);
   if (padded == nullptr || ring == nullptr || partial == nullptr) {
     Free(padded);
@@ -151,15 +165,15 @@ bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& si
   }
   auto slot = [&](int row) { return ring + w * static_cast<std::size_t>(row % n); };
   auto horizontal = [&](int row) {
-    HorizontalRow(f, reinterpret_cast<const Byte*>(img.Row(row)), width, padded, slot(row), simd);
+    HorizontalRow(f, reinterpret_cast<const P*>(img.Row(row)), width, padded, slot(row), simd);
   };
-  const Rows<const EBW8> view{img.base, img.pitch, img.width, img.height};
-  const Byte* rows[7];
+  const Rows<const Pix> view{img.base, img.pitch, img.width, img.height};
+  const P* rows[7];
   int computed = -1;
   for (int y = 0; y < height; ++y) {
     const int need = y + r < height - 1 ? y + r : height - 1;
     while (computed < need) horizontal(++computed);  // rows not yet written
-    Byte* out = reinterpret_cast<Byte*>(img.Row(y));
+    P* out = reinterpret_cast<P*>(img.Row(y));
     if (y == 0 || y == height - 1) {
       WindowRows(view, y, r, rows);
       ForEachColumnByBorder(width, r, [&](int x, auto clamp) {
@@ -169,7 +183,7 @@ bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& si
       std::memset(partial, 0, w * sizeof(std::uint32_t));
       for (int j = 0; j < n; ++j) {
         if (j == r) continue;
-        const std::uint16_t* h = slot(Clamp(y + j - r, 0, height - 1));
+        const H* h = slot(Clamp(y + j - r, 0, height - 1));
         const std::uint32_t wj = static_cast<std::uint32_t>(f.weight[j]);
         for (int x = 0; x < width; ++x) partial[x] += wj * h[x];
       }
@@ -180,7 +194,7 @@ bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& si
           const int xx = decltype(clamp)::value ? Clamp(x + i - r, 0, width - 1) : x + i - r;
           own += static_cast<std::uint32_t>(f.weight[i]) * out[xx];
         }
-        out[x] = Scale(f.kind, partial[x] + wc * own);
+        out[x] = static_cast<P>(Scale(f.kind, partial[x] + wc * own));
       });
     }
     horizontal(y);  // row y is final now
@@ -191,14 +205,16 @@ bool InPlace(const FilterShape& f, const Rows<EBW8>& img, const SimdRoutines& si
   return true;
 }
 
-void RunFilter(FixedFilter kind, EROI<EBW8>* src, EROI<EBW8>* dst, const char* label) {
+template <class Pix>
+void RunFilter(FixedFilter kind, EROI<Pix>* src, EROI<Pix>* dst, const char* label) {
+  using P = typename GreyOf<Pix>::P;
   mirel::Frame frame(label);
   if (!frame.NotVoid(src) || !frame.SameSize(src, dst) || !frame.NotVoid(dst)) return;
   const FilterShape& f = Shape(kind);
-  const Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
-  const Rows<EBW8> d = RowsOf(dst);
+  const Rows<const Pix> s = RowsOf(static_cast<const EROI<Pix>*>(src));
+  const Rows<Pix> d = RowsOf(dst);
   const SimdRoutines simd = ActiveRoutines();
-  if (simd.horizontal != nullptr) {
+  if (HorizontalOf(simd, static_cast<const P*>(nullptr)) != nullptr) {
     if (!Overlap(src, dst)) {
       if (Separable(f, s, d, simd)) return;
     } else if (src->GetTotalOrgX() == dst->GetTotalOrgX() &&
@@ -224,4 +240,17 @@ void ImgConvolUniform7x7(EROI<EBW8>* src, EROI<EBW8>* dst) {
 }
 void ImgConvolGaussian7x7(EROI<EBW8>* src, EROI<EBW8>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian7, src, dst, "ImgConvolGaussian7x7");
+}
+
+void ImgConvolUniform5x5(EROI<EBW16>* src, EROI<EBW16>* dst) {
+  mirel::filter::RunFilter(mirel::filter::FixedFilter::kUniform5, src, dst, "ConvolUniform5x5 (BW16)");
+}
+void ImgConvolGaussian5x5(EROI<EBW16>* src, EROI<EBW16>* dst) {
+  mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian5, src, dst, "ConvolGaussian5x5 (BW16)");
+}
+void ImgConvolUniform7x7(EROI<EBW16>* src, EROI<EBW16>* dst) {
+  mirel::filter::RunFilter(mirel::filter::FixedFilter::kUniform7, src, dst, "ImgConvolUniform7x7 (BW16)");
+}
+void ImgConvolGaussian7x7(EROI<EBW16>* src, EROI<EBW16>* dst) {
+  mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian7, src, dst, "ImgConvolGaussian7x7 (BW16)");
 }

@@ -14,6 +14,11 @@
 // filters read what they have already written (rows above, pixels to the
 // left), as a pixel-by-pixel pass in row order does.
 //
+// 16-bit twins (EROI<EBW16>) take the same formulas in 32-bit arithmetic:
+// the Gaussians keep a flat 65535, while the uniform products wrap at 32
+// bits once the window sum passes 12800 (5x5) or 25088 (7x7), so that a
+// bright image gives small values (at most 511).
+//
 // Errors: void src (1400), then dst not the size of src (1403; 1400 when dst
 // is void). A failure writes nothing.
 #ifndef MIREL_FILTER_FIXED_FILTERS_H_
@@ -30,5 +35,12 @@ MIREL_API void ImgConvolGaussian5x5(EROI<EBW8>* src, EROI<EBW8>* dst);
 MIREL_API void ImgConvolUniform7x7(EROI<EBW8>* src, EROI<EBW8>* dst);
 // Label "ImgConvolGaussian7x7".
 MIREL_API void ImgConvolGaussian7x7(EROI<EBW8>* src, EROI<EBW8>* dst);
+
+// Labels "ConvolUniform5x5 (BW16)", "ConvolGaussian5x5 (BW16)",
+// "ImgConvolUniform7x7 (BW16)", "ImgConvolGaussian7x7 (BW16)".
+MIREL_API void ImgConvolUniform5x5(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGaussian5x5(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolUniform7x7(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGaussian7x7(EROI<EBW16>* src, EROI<EBW16>* dst);
 
 #endif  // MIREL_FILTER_FIXED_FILTERS_H_

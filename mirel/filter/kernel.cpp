@@ -44,6 +44,8 @@ template std::int32_t* Allocate<std::int32_t>(std::size_t);
 template void Free<std::int32_t>(std::int32_t*);
 template const unsigned char** Allocate<const unsigned char*>(std::size_t);
 template void Free<const unsigned char*>(const unsigned char**);
+template const std::uint16_t** Allocate<const std::uint16_t*>(std::size_t);
+template void Free<const std::uint16_t*>(const std::uint16_t**);
 
 }  // namespace filter
 

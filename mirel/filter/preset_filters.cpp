@@ -1,5 +1,6 @@
-// The preset 3x3 filters: one row engine for every kind, its frames, its
-// in-place form, and ImgConvolRoberts.
+// The preset 3x3 filters on 8-bit and 16-bit pixels: one row engine for
+// every kind and both pixel types, its frames, its in-place form, and
+// ImgConvolRoberts.
 //
 // A row is computed from three row pointers (above, current, below), the
 // pointers of the first and last rows replicating that row. The first and
@@ -8,6 +9,12 @@
 // place, the current row is copied aside before it is overwritten and the
 // copy of the row above is kept, so the result is that of a separate
 // destination.
+//
+// 16-bit pixels differ in three ways: caps are at 65535; the zero frame of
+// the marked kinds is the form of every separate destination (the blocks
+// then fill the interior only); and their blocks give exactly the pixel
+// code's result, the low 16 bits of the one-dimensional Laplacians
+// included.
 #include "mirel/filter/preset_filters.h"
 
 #include <cstdint>
@@ -15,6 +22,7 @@
 #include <utility>
 
 #include "mirel/filter/alloc_internal.h"
+#include "mirel/filter/convolution_internal.h"
 #include "mirel/filter/preset_filters_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
@@ -35,16 +43,28 @@ PresetRowFn ActivePresetRow() {
   return nullptr;
 }
 
+PresetRow16Fn ActivePresetRow16() {
+  if (EGetMMX() == 0) return nullptr;
+#if defined(MIREL_X86_SIMD)
+  const int level = cpu::ActiveSimdLevel();
+  if (level >= cpu::kAVX512) return PresetRow16Avx512();
+  if (level >= cpu::kAVX2) return PresetRow16Avx2();
+  if (level >= cpu::kSSE2) return PresetRow16Sse2();
+#endif
+  return nullptr;
+}
+
 namespace {
 
 using Byte = std::uint8_t;
 
+template <int kMax>
 struct ScalarOps {
   using V = int;
   static int Add(int a, int b) { return a + b; }
   static int Sub(int a, int b) { return a - b; }
   static int Abs(int a) { return a < 0 ? -a : a; }
-  static int Cap(int a) { return a > 255 ? 255 : a; }
+  static int Cap(int a) { return a > kMax ? kMax : a; }
   static int Max0(int a) { return a < 0 ? 0 : a; }
   static int Min(int a, int b) { return a < b ? a : b; }
   static int Max(int a, int b) { return a > b ? a : b; }
@@ -58,18 +78,20 @@ struct ScalarOps {
 // side: S = 1 on grey rows, S = 3 on colour rows, whose three components
 // are filtered side by side as three separate images.
 //
-// Bytes x in [x0, x1) one by one, neighbours clamped to the row. Bytes in
-// [s0, s1) lie in blocks of the fast path and saturate; the others keep the
-// low eight bits (the two differ only for the one-dimensional Laplacians).
-template <Preset K, int S>
-void Pixels(const Byte* t, const Byte* m, const Byte* b, Byte* out, int n, int x0, int x1, int s0, int s1) {
+// Elements x in [x0, x1) one by one, neighbours clamped to the row. Bytes
+// in [s0, s1) lie in blocks of the fast path and saturate; the others keep
+// the low eight bits (the two differ only for the one-dimensional
+// Laplacians). 16-bit pixels keep the low 16 bits everywhere.
+template <Preset K, int S, class P>
+void Pixels(const P* t, const P* m, const P* b, P* out, int n, int x0, int x1, int s0, int s1) {
+  using Ops = ScalarOps<sizeof(P) == 1 ? 255 : 65535>;
   for (int x = x0; x < x1; ++x) {
     const int l = x >= S ? x - S : x, r = x + S < n ? x + S : x;
-    const int v = Evaluate<K, ScalarOps>({t[l], t[x], t[r], m[l], m[x], m[r], b[l], b[x], b[r]});
-    if constexpr (SplitsAtBlocks(K))
+    const int v = Evaluate<K, Ops>({t[l], t[x], t[r], m[l], m[x], m[r], b[l], b[x], b[r]});
+    if constexpr (sizeof(P) == 1 && SplitsAtBlocks(K))
       out[x] = (x >= s0 && x < s1 && v > 255) ? Byte{255} : static_cast<Byte>(v);
     else
-      out[x] = static_cast<Byte>(v);
+      out[x] = static_cast<P>(v);
   }
 }
 
@@ -105,27 +127,44 @@ void FilterRow(const Byte* t, const Byte* m, const Byte* b, Byte* out, int n, Pr
   Pixels<K, S>(t, m, b, out, n, done, n, s0, s1);
 }
 
-// Rows [y0, y1) of a separate destination with the replicated frame; the
-// views' widths are in bytes.
+// A row of 16-bit pixels: every pixel between the two ends by blocks, the
+// ends one by one.
 template <Preset K, int S>
-void ReplicatedRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int y0, int y1, PresetRowFn blocks) {
+void FilterRow(const std::uint16_t* t, const std::uint16_t* m, const std::uint16_t* b, std::uint16_t* out,
+               int n, PresetRow16Fn blocks) {
+  int done = 0;
+  if (blocks != nullptr && n > 2) {
+    Pixels<K, S>(t, m, b, out, n, 0, 1, 0, 0);
+    done = blocks(K, t, m, b, out, 1, n - 1);
+  }
+  Pixels<K, S>(t, m, b, out, n, done, n, 0, 0);
+}
+
+// Rows [y0, y1) of a separate destination with the replicated frame; the
+// views' widths are in elements.
+template <Preset K, int S, class Pix, class Blocks>
+void ReplicatedRows(const Rows<const Pix>& s, const Rows<Pix>& d, int y0, int y1, Blocks blocks) {
+  using P = typename GreyOf<Pix>::P;
   const int h = s.height;
   for (int y = y0; y < y1; ++y) {
-    const Byte* t = reinterpret_cast<const Byte*>(s.Row(y > 0 ? y - 1 : 0));
-    const Byte* m = reinterpret_cast<const Byte*>(s.Row(y));
-    const Byte* b = reinterpret_cast<const Byte*>(s.Row(y + 1 < h ? y + 1 : h - 1));
-    FilterRow<K, S>(t, m, b, reinterpret_cast<Byte*>(d.Row(y)), s.width, blocks);
+    const P* t = reinterpret_cast<const P*>(s.Row(y > 0 ? y - 1 : 0));
+    const P* m = reinterpret_cast<const P*>(s.Row(y));
+    const P* b = reinterpret_cast<const P*>(s.Row(y + 1 < h ? y + 1 : h - 1));
+    FilterRow<K, S>(t, m, b, reinterpret_cast<P*>(d.Row(y)), s.width, blocks);
   }
 }
 
 // A frame pixel of the zero-frame form: positions outside the ROI count 0,
-// and the value goes through an absolute value and a cap at 255.
-template <Preset K>
-Byte ZeroFramePixel(const Rows<const EBW8>& s, int x, int y) {
+// and the value goes through an absolute value and a cap at the largest
+// pixel value.
+template <Preset K, class Pix>
+typename GreyOf<Pix>::P ZeroFramePixel(const Rows<const Pix>& s, int x, int y) {
+  using P = typename GreyOf<Pix>::P;
+  constexpr int kMax = GreyOf<Pix>::kMax;
   auto at = [&](int dx, int dy) -> int {
     const int xx = x + dx, yy = y + dy;
     if (xx < 0 || yy < 0 || xx >= s.width || yy >= s.height) return 0;
-    return reinterpret_cast<const Byte*>(s.Row(yy))[xx];
+    return reinterpret_cast<const P*>(s.Row(yy))[xx];
   };
   const Window3<int> w{at(-1, -1), at(0, -1), at(1, -1), at(-1, 0), at(0, 0),
                        at(1, 0),   at(-1, 1), at(0, 1),  at(1, 1)};
@@ -133,46 +172,55 @@ Byte ZeroFramePixel(const Rows<const EBW8>& s, int x, int y) {
   if constexpr (K == Preset::kHighpass2)
     v = 9 * w.m1 - (w.t0 + w.t1 + w.t2 + w.m0 + w.m2 + w.b0 + w.b1 + w.b2);
   else
-    v = Evaluate<K, ScalarOps>(w);
+    v = Evaluate<K, ScalarOps<kMax>>(w);
   v = v < 0 ? -v : v;
-  return static_cast<Byte>(v > 255 ? 255 : v);
+  return static_cast<P>(v > kMax ? kMax : v);
 }
 
-// Rows [y0, y1) of the pixel-by-pixel separate-destination form of the
-// zero-frame kinds.
-template <Preset K>
-void ZeroFrameRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int y0, int y1) {
+// Rows [y0, y1) of the separate-destination form of the zero-frame kinds:
+// the frame pixel by pixel, the interior by blocks when given (16-bit
+// pixels only; 8-bit pixels take this form on the pixel-by-pixel path).
+template <Preset K, class Pix, class Blocks>
+void ZeroFrameRows(const Rows<const Pix>& s, const Rows<Pix>& d, int y0, int y1, Blocks blocks) {
+  using P = typename GreyOf<Pix>::P;
   const int w = s.width, h = s.height;
   for (int y = y0; y < y1; ++y) {
-    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    P* out = reinterpret_cast<P*>(d.Row(y));
     if (y == 0 || y == h - 1 || w < 3) {
       for (int x = 0; x < w; ++x) out[x] = ZeroFramePixel<K>(s, x, y);
       continue;
     }
+    const P* t = reinterpret_cast<const P*>(s.Row(y - 1));
+    const P* m = reinterpret_cast<const P*>(s.Row(y));
+    const P* b = reinterpret_cast<const P*>(s.Row(y + 1));
+    int x = 1;
+    if constexpr (sizeof(P) > 1) {
+      if (blocks != nullptr) x = blocks(K, t, m, b, out, 1, w - 1);
+    }
+    Pixels<K, 1>(t, m, b, out, w, x, w - 1, 0, 0);
     out[0] = ZeroFramePixel<K>(s, 0, y);
-    Pixels<K, 1>(reinterpret_cast<const Byte*>(s.Row(y - 1)), reinterpret_cast<const Byte*>(s.Row(y)),
-              reinterpret_cast<const Byte*>(s.Row(y + 1)), out, w, 1, w - 1, 0, 0);
     out[w - 1] = ZeroFramePixel<K>(s, w - 1, y);
   }
 }
 
-// In place on one ROI (width in bytes); false when the row copies cannot be
-// had (nothing is written then).
-template <Preset K, int S>
-bool InPlaceRows(const Rows<EBW8>& img, PresetRowFn blocks) {
+// In place on one ROI (width in elements); false when the row copies cannot
+// be had (nothing is written then).
+template <Preset K, int S, class Pix, class Blocks>
+bool InPlaceRows(const Rows<Pix>& img, Blocks blocks) {
+  using P = typename GreyOf<Pix>::P;
   const int w = img.width, h = img.height;
-  Byte* prev = Allocate<Byte>(static_cast<std::size_t>(w));
-  Byte* cur = Allocate<Byte>(static_cast<std::size_t>(w));
+  P* prev = Allocate<P>(static_cast<std::size_t>(w));
+  P* cur = Allocate<P>(static_cast<std::size_t>(w));
   if (prev == nullptr || cur == nullptr) {
     Free(prev);
     Free(cur);
     return false;
   }
   for (int y = 0; y < h; ++y) {
-    Byte* row = reinterpret_cast<Byte*>(img.Row(y));
-    std::memcpy(cur, row, static_cast<std::size_t>(w));
-    const Byte* t = y > 0 ? prev : cur;
-    const Byte* b = y + 1 < h ? reinterpret_cast<const Byte*>(img.Row(y + 1)) : cur;
+    P* row = reinterpret_cast<P*>(img.Row(y));
+    std::memcpy(cur, row, static_cast<std::size_t>(w) * sizeof(P));
+    const P* t = y > 0 ? prev : cur;
+    const P* b = y + 1 < h ? reinterpret_cast<const P*>(img.Row(y + 1)) : cur;
     FilterRow<K, S>(t, cur, b, row, w, blocks);
     std::swap(prev, cur);
   }
@@ -198,12 +246,23 @@ constexpr bool HasZeroFrame(Preset k) {
   }
 }
 
-void RunPreset(Preset kind, EROI<EBW8>* src, EROI<EBW8>* dst, const Labels& labels) {
+inline PresetRowFn ActiveBlocks(const EBW8*) { return ActivePresetRow(); }
+inline PresetRow16Fn ActiveBlocks(const EBW16*) { return ActivePresetRow16(); }
+
+// 8-bit pixels take the zero frame on the pixel-by-pixel path only; 16-bit
+// pixels on every path.
+template <Preset K, class Pix, class Blocks>
+bool ZeroFrameForm(Blocks blocks) {
+  return HasZeroFrame(K) && (sizeof(Pix) > 1 || blocks == nullptr);
+}
+
+template <class Pix>
+void RunPreset(Preset kind, EROI<Pix>* src, EROI<Pix>* dst, const Labels& labels) {
   Frame frame(labels.op);
   if (!frame.NotVoid(src)) return;
   const bool inPlace = dst == nullptr || SamePixels(src, dst);
   if (!inPlace && (!frame.NotVoid(dst) || !frame.SameSize(dst, src))) return;
-  const PresetRowFn blocks = ActivePresetRow();
+  const auto blocks = ActiveBlocks(static_cast<const Pix*>(nullptr));
   WithPreset(kind, [&](auto k) {
     constexpr Preset K = decltype(k)::value;
     if (inPlace) {
@@ -213,11 +272,11 @@ void RunPreset(Preset kind, EROI<EBW8>* src, EROI<EBW8>* dst, const Labels& labe
       if (inner != nullptr) ETraceError(inner);
       return;
     }
-    const Rows<const EBW8> s = RowsOf(static_cast<const EROI<EBW8>*>(src));
-    const Rows<EBW8> d = RowsOf(dst);
+    const Rows<const Pix> s = RowsOf(static_cast<const EROI<Pix>*>(src));
+    const Rows<Pix> d = RowsOf(dst);
     if constexpr (HasZeroFrame(K)) {
-      if (blocks == nullptr) {
-        ZeroFrameRows<K>(s, d, 0, s.height);
+      if (ZeroFrameForm<K, Pix>(blocks)) {
+        ZeroFrameRows<K>(s, d, 0, s.height, blocks);
         return;
       }
     }
@@ -226,19 +285,21 @@ void RunPreset(Preset kind, EROI<EBW8>* src, EROI<EBW8>* dst, const Labels& labe
 }
 
 // Rows [y0, y1) of ImgConvolRoberts over the size of d.
-void RobertsRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int y0, int y1) {
-  auto sat = [](int v) { return static_cast<Byte>(v > 255 ? 255 : v); };
+template <class Pix>
+void RobertsRows(const Rows<const Pix>& s, const Rows<Pix>& d, int y0, int y1) {
+  using P = typename GreyOf<Pix>::P;
+  auto sat = [](int v) { return static_cast<P>(v > GreyOf<Pix>::kMax ? GreyOf<Pix>::kMax : v); };
   auto diff = [](int a, int b) { return a > b ? a - b : b - a; };
   const int w = d.width, h = d.height;
   for (int y = y0; y < y1; ++y) {
-    const Byte* p = reinterpret_cast<const Byte*>(s.Row(y));
-    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    const P* p = reinterpret_cast<const P*>(s.Row(y));
+    P* out = reinterpret_cast<P*>(d.Row(y));
     if (y == h - 1) {
       for (int x = 0; x + 1 < w; ++x) out[x] = sat(2 * diff(p[x], p[x + 1]));
       out[w - 1] = 0;
       continue;
     }
-    const Byte* q = reinterpret_cast<const Byte*>(s.Row(y + 1));
+    const P* q = reinterpret_cast<const P*>(s.Row(y + 1));
     for (int x = 0; x + 1 < w; ++x) out[x] = sat(diff(p[x], q[x + 1]) + diff(p[x + 1], q[x]));
     out[w - 1] = sat(2 * diff(p[w - 1], q[w - 1]));
   }
@@ -267,81 +328,16 @@ bool PresetByComponent(Preset kind, const EROI<EC24>* src, EROI<EC24>* target) {
 }  // namespace filter
 }  // namespace mirel
 
-using mirel::filter::Preset;
-using mirel::filter::RunPreset;
+namespace mirel {
+namespace filter {
+namespace {
 
-void ImgConvolSobelX(EROI<EBW8>* s, EROI<EBW8>* d) { RunPreset(Preset::kSobelX, s, d, {"ImgConvolSobelX (BW8)"}); }
-void ImgConvolSobelY(EROI<EBW8>* s, EROI<EBW8>* d) { RunPreset(Preset::kSobelY, s, d, {"ImgConvolSobelY (BW8)"}); }
-void ImgConvolSobel(EROI<EBW8>* s, EROI<EBW8>* d) { RunPreset(Preset::kSobel, s, d, {"ImgConvolSobel (BW8)"}); }
-void ImgConvolPrewittX(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kPrewittX, s, d, {"ImgConvolPrewittX (BW8)"});
-}
-void ImgConvolPrewittY(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kPrewittY, s, d, {"ImgConvolPrewittY (BW8)"});
-}
-void ImgConvolPrewitt(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kPrewitt, s, d, {"ImgConvolPrewitt (BW8)"});
-}
-void ImgConvolGradientX(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kGradientX, s, d, {"ImgConvolGradientX (BW8)"});
-}
-void ImgConvolGradientY(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kGradientY, s, d, {"ConvolGradientY (BW8)", "ChrConvolGradientY", "ChrMMXConvolGradientY"});
-}
-void ImgConvolGradient(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kGradient, s, d, {"ImgConvolGradient (BW8)"});
-}
-void ImgConvolLaplacianX(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLaplacianX, s, d, {"ImgConvolLaplacianX (BW8)"});
-}
-void ImgConvolLaplacianY(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLaplacianY, s, d,
-            {"ImgConvolLaplacianY (BW8)", "ChrConvolLaplacianY", "ChrMMXConvolLaplacianY"});
-}
-void ImgConvolLaplacian4(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLaplacian4, s, d, {"ImgConvolLaplacian4 (BW8)"});
-}
-void ImgConvolLaplacian8(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLaplacian8, s, d, {"ImgConvolLaplacian8 (BW8)"});
-}
-void ImgConvolHighpass1(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kHighpass1, s, d, {"ImgConvolHighpass1 (BW8)"});
-}
-void ImgConvolHighpass2(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kHighpass2, s, d, {"ImgConvolHighpass2 (BW8)"});
-}
-void ImgConvolLowpass1(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLowpass1, s, d, {"ImgConvolLowpass1 (BW8)"});
-}
-void ImgConvolLowpass2(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLowpass2, s, d, {"ImgConvolLowpass2 (BW8)"});
-}
-void ImgConvolLowpass3(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLowpass3, s, d, {"ImgConvolLowpass3 (BW8)"});
-}
-void ImgConvolUniform3x3(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLowpass1, s, d, {"ImgConvolUniform3x3 (BW8)"});
-}
-void ImgConvolGaussian3x3(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kLowpass3, s, d, {"ImgConvolGaussian3x3 (BW8)"});
-}
-void ImgConvolGaussianX(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kGaussianX, s, d, {"ImgConvolGaussianX (BW8)"});
-}
-void ImgConvolGaussianY(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kGaussianY, s, d,
-            {"ImgConvolGaussianY (BW8)", "ChrConvolGaussianY", "ChrMMXConvolGaussianY"});
-}
-void ImgConvolUniformX(EROI<EBW8>* s, EROI<EBW8>* d) {
-  RunPreset(Preset::kUniformX, s, d, {"ImgConvolUniformX (BW8)"});
-}
-void ConvolUniformY(EROI<EBW8>* s, EROI<EBW8>* d) { RunPreset(Preset::kUniformY, s, d, {"ConvolUniformY (BW8)"}); }
-
-void ImgConvolRoberts(EROI<EBW8>* src, EROI<EBW8>* dst) {
-  mirel::Frame frame("ImgConvolRoberts");
+template <class Pix>
+void Roberts(EROI<Pix>* src, EROI<Pix>* dst, const char* label) {
+  mirel::Frame frame(label);
   if (dst == nullptr) {
     if (!frame.NotVoid(src)) return;
-    EImage<EBW8> temp;
+    EImage<Pix> temp;
     temp.SetSize(src->GetWidth(), src->GetHeight());
     if (!frame.Ok()) return;
     ImgConvolRoberts(src, &temp);
@@ -354,6 +350,69 @@ void ImgConvolRoberts(EROI<EBW8>* src, EROI<EBW8>* dst) {
       !frame.Require(dst->GetWidth() <= src->GetWidth() && dst->GetHeight() <= src->GetHeight(),
                      E_ERROR_SIZE_MISMATCH))
     return;
-  const auto d = mirel::RowsOf(dst);
-  mirel::filter::RobertsRows(mirel::RowsOf(static_cast<const EROI<EBW8>*>(src)), d, 0, d.height);
+  const auto d = RowsOf(dst);
+  RobertsRows(RowsOf(static_cast<const EROI<Pix>*>(src)), d, 0, d.height);
+}
+
+}  // namespace
+}  // namespace filter
+}  // namespace mirel
+
+using mirel::filter::Preset;
+using mirel::filter::RunPreset;
+
+#define MIREL_PRESET_TWINS(Name, Kind, Label)                                                           \
+  void Name(EROI<EBW8>* s, EROI<EBW8>* d) { RunPreset(Preset::Kind, s, d, {Label " (BW8)"}); }           \
+  void Name(EROI<EBW16>* s, EROI<EBW16>* d) { RunPreset(Preset::Kind, s, d, {Label " (BW16)"}); }
+MIREL_PRESET_TWINS(ImgConvolSobelX, kSobelX, "ImgConvolSobelX")
+MIREL_PRESET_TWINS(ImgConvolSobelY, kSobelY, "ImgConvolSobelY")
+MIREL_PRESET_TWINS(ImgConvolSobel, kSobel, "ImgConvolSobel")
+MIREL_PRESET_TWINS(ImgConvolPrewittX, kPrewittX, "ImgConvolPrewittX")
+MIREL_PRESET_TWINS(ImgConvolPrewittY, kPrewittY, "ImgConvolPrewittY")
+MIREL_PRESET_TWINS(ImgConvolPrewitt, kPrewitt, "ImgConvolPrewitt")
+MIREL_PRESET_TWINS(ImgConvolGradientX, kGradientX, "ImgConvolGradientX")
+MIREL_PRESET_TWINS(ImgConvolGradient, kGradient, "ImgConvolGradient")
+MIREL_PRESET_TWINS(ImgConvolLaplacianX, kLaplacianX, "ImgConvolLaplacianX")
+MIREL_PRESET_TWINS(ImgConvolLaplacian4, kLaplacian4, "ImgConvolLaplacian4")
+MIREL_PRESET_TWINS(ImgConvolLaplacian8, kLaplacian8, "ImgConvolLaplacian8")
+MIREL_PRESET_TWINS(ImgConvolHighpass1, kHighpass1, "ImgConvolHighpass1")
+MIREL_PRESET_TWINS(ImgConvolHighpass2, kHighpass2, "ImgConvolHighpass2")
+MIREL_PRESET_TWINS(ImgConvolLowpass1, kLowpass1, "ImgConvolLowpass1")
+MIREL_PRESET_TWINS(ImgConvolLowpass2, kLowpass2, "ImgConvolLowpass2")
+MIREL_PRESET_TWINS(ImgConvolLowpass3, kLowpass3, "ImgConvolLowpass3")
+MIREL_PRESET_TWINS(ImgConvolUniform3x3, kLowpass1, "ImgConvolUniform3x3")
+MIREL_PRESET_TWINS(ImgConvolGaussian3x3, kLowpass3, "ImgConvolGaussian3x3")
+MIREL_PRESET_TWINS(ImgConvolGaussianX, kGaussianX, "ImgConvolGaussianX")
+MIREL_PRESET_TWINS(ImgConvolUniformX, kUniformX, "ImgConvolUniformX")
+MIREL_PRESET_TWINS(ConvolUniformY, kUniformY, "ConvolUniformY")
+#undef MIREL_PRESET_TWINS
+
+// The vertical forms trace the routine whose row copy failed first.
+void ImgConvolGradientY(EROI<EBW8>* s, EROI<EBW8>* d) {
+  RunPreset(Preset::kGradientY, s, d, {"ConvolGradientY (BW8)", "ChrConvolGradientY", "ChrMMXConvolGradientY"});
+}
+void ImgConvolGradientY(EROI<EBW16>* s, EROI<EBW16>* d) {
+  RunPreset(Preset::kGradientY, s, d,
+            {"ConvolGradientY (BW16)", "ChrConvolGradientY (BW16)", "ChrConvolGradientY (BW16)"});
+}
+void ImgConvolLaplacianY(EROI<EBW8>* s, EROI<EBW8>* d) {
+  RunPreset(Preset::kLaplacianY, s, d,
+            {"ImgConvolLaplacianY (BW8)", "ChrConvolLaplacianY", "ChrMMXConvolLaplacianY"});
+}
+void ImgConvolLaplacianY(EROI<EBW16>* s, EROI<EBW16>* d) {
+  RunPreset(Preset::kLaplacianY, s, d,
+            {"ImgConvolLaplacianY (BW16)", "ChrConvolLaplacianY (BW16)", "ChrConvolLaplacianY (BW16)"});
+}
+void ImgConvolGaussianY(EROI<EBW8>* s, EROI<EBW8>* d) {
+  RunPreset(Preset::kGaussianY, s, d,
+            {"ImgConvolGaussianY (BW8)", "ChrConvolGaussianY", "ChrMMXConvolGaussianY"});
+}
+void ImgConvolGaussianY(EROI<EBW16>* s, EROI<EBW16>* d) {
+  RunPreset(Preset::kGaussianY, s, d,
+            {"ImgConvolGaussianY (BW16)", "ChrConvolGaussianY (BW16)", "ChrConvolGaussianY (BW16)"});
+}
+
+void ImgConvolRoberts(EROI<EBW8>* src, EROI<EBW8>* dst) { mirel::filter::Roberts(src, dst, "ImgConvolRoberts"); }
+void ImgConvolRoberts(EROI<EBW16>* src, EROI<EBW16>* dst) {
+  mirel::filter::Roberts(src, dst, "ImgConvolRoberts (BW16)");
 }

@@ -62,6 +62,17 @@
 // nothing outside src is read). A null dst filters src in place through a
 // temporary image (when it cannot be had: 1303 and nothing written). Label
 // "ImgConvolRoberts".
+//
+// 16-bit twins (EROI<EBW16>): the same filters, formulas and constants, so
+// a flat 65535 gives 64511 under Lowpass1 and 65279 under UniformX. Caps
+// are at 65535; the one-dimensional Laplacians store the low 16 bits of
+// values up to 131070. The result does not depend on EGetMMX(): a separate
+// destination always takes the zero frame on the filters marked (Z), in
+// place the replicated frame. Roberts saturates at 65535. Labels are the
+// names followed by " (BW16)" ("ConvolGradientY (BW16)", "ImgConvolRoberts
+// (BW16)"); a failed row copy of the vertical in-place forms also traces
+// "ChrConvolGradientY (BW16)", "ChrConvolLaplacianY (BW16)" or
+// "ChrConvolGaussianY (BW16)".
 #ifndef MIREL_FILTER_PRESET_FILTERS_H_
 #define MIREL_FILTER_PRESET_FILTERS_H_
 
@@ -89,5 +100,27 @@ MIREL_API void ImgConvolLowpass3(EROI<EBW8>* src, EROI<EBW8>* dst);
 MIREL_API void ImgConvolUniform3x3(EROI<EBW8>* src, EROI<EBW8>* dst);
 MIREL_API void ImgConvolGaussian3x3(EROI<EBW8>* src, EROI<EBW8>* dst);
 MIREL_API void ImgConvolRoberts(EROI<EBW8>* src, EROI<EBW8>* dst);
+
+MIREL_API void ImgConvolSobelX(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolSobelY(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolSobel(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolPrewittX(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolPrewittY(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolPrewitt(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGradientX(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGradientY(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGradient(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLaplacianX(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLaplacianY(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLaplacian4(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLaplacian8(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolHighpass1(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolHighpass2(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLowpass1(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLowpass2(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLowpass3(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolUniform3x3(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGaussian3x3(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolRoberts(EROI<EBW16>* src, EROI<EBW16>* dst);
 
 #endif  // MIREL_FILTER_PRESET_FILTERS_H_

@@ -7,7 +7,8 @@
 // same template is instantiated with plain ints for the pixel-by-pixel code
 // and with vectors of 16-bit lanes for the blocks: every intermediate value
 // of every formula lies in -2040 .. 32130, or below 65536 where it is only
-// shifted right logically, so both give the same numbers.
+// shifted right logically, so both give the same numbers. On 16-bit pixels
+// the values lie within -524280 .. 8257410, and the blocks take 32-bit lanes.
 #ifndef MIREL_FILTER_PRESET_FILTERS_INTERNAL_H_
 #define MIREL_FILTER_PRESET_FILTERS_INTERNAL_H_
 
@@ -40,7 +41,8 @@ struct Window3 {
 };
 
 // The value of kind K for one window. O supplies V and Add, Sub, Abs, Cap
-// (min with 255), Max0, Min, Max, Srl<n> (logical shift right) and Mul<k>.
+// (min with the largest pixel value), Max0, Min, Max, Srl<n> (logical shift
+// right) and Mul<k>.
 template <Preset K, class O>
 inline typename O::V Evaluate(const Window3<typename O::V>& w) {
   using V = typename O::V;
@@ -122,15 +124,25 @@ inline void WithPreset(Preset k, F&& f) {
 using PresetRowFn = int (*)(Preset kind, int step, const std::uint8_t* t, const std::uint8_t* m,
                             const std::uint8_t* b, std::uint8_t* out, int x0, int x1);
 
+// The same on one row of 16-bit pixels (neighbours one pixel away). Every
+// output is the pixel code's: values above 65535 (the one-dimensional
+// Laplacians reach 131070) keep their low 16 bits.
+using PresetRow16Fn = int (*)(Preset kind, const std::uint16_t* t, const std::uint16_t* m,
+                              const std::uint16_t* b, std::uint16_t* out, int x0, int x1);
+
 #if defined(MIREL_X86_SIMD)
 PresetRowFn PresetRowSse2();
 PresetRowFn PresetRowAvx2();
 PresetRowFn PresetRowAvx512();
+PresetRow16Fn PresetRow16Sse2();
+PresetRow16Fn PresetRow16Avx2();
+PresetRow16Fn PresetRow16Avx512();
 #endif
 
 // The block routine for the calling thread's fast-path setting; null when
 // the pixel-by-pixel forms must run.
 PresetRowFn ActivePresetRow();
+PresetRow16Fn ActivePresetRow16();
 
 // Filters each component of an EC24 image with a preset, giving what the
 // in-place form gives on each component's plane (the replicated frame): the
@@ -149,5 +161,9 @@ void ImgConvolGaussianX(EROI<EBW8>* src, EROI<EBW8>* dst);   // "ImgConvolGaussi
 void ImgConvolGaussianY(EROI<EBW8>* src, EROI<EBW8>* dst);   // "ImgConvolGaussianY (BW8)"
 void ImgConvolUniformX(EROI<EBW8>* src, EROI<EBW8>* dst);    // "ImgConvolUniformX (BW8)"
 void ConvolUniformY(EROI<EBW8>* src, EROI<EBW8>* dst);       // "ConvolUniformY (BW8)"
+void ImgConvolGaussianX(EROI<EBW16>* src, EROI<EBW16>* dst);  // "ImgConvolGaussianX (BW16)"
+void ImgConvolGaussianY(EROI<EBW16>* src, EROI<EBW16>* dst);  // "ImgConvolGaussianY (BW16)"
+void ImgConvolUniformX(EROI<EBW16>* src, EROI<EBW16>* dst);   // "ImgConvolUniformX (BW16)"
+void ConvolUniformY(EROI<EBW16>* src, EROI<EBW16>* dst);      // "ConvolUniformY (BW16)"
 
 #endif  // MIREL_FILTER_PRESET_FILTERS_INTERNAL_H_

@@ -1,4 +1,5 @@
-// Box and binomial smoothing of any window, local mean and local deviation.
+// Box and binomial smoothing of any window, local mean and local deviation,
+// on 8-bit and 16-bit pixels.
 //
 // The sliding sums keep, for the current output row, the sum of each
 // column over the window's rows (and, for the deviation, of the squares).
@@ -17,6 +18,7 @@
 #include <cstring>
 
 #include "mirel/filter/alloc_internal.h"
+#include "mirel/filter/convolution_internal.h"
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/preset_filters_internal.h"
 #include "mirel/filter/smoothing_internal.h"
@@ -29,16 +31,31 @@ namespace mirel {
 namespace filter {
 namespace {
 
-using Byte = std::uint8_t;
 using U32 = std::uint32_t;
+
+inline int Slide(const BoxRoutines& box, U32* sums, const std::uint8_t* in, const std::uint8_t* out, int n) {
+  return box.slide != nullptr ? box.slide(sums, in, out, n) : 0;
+}
+inline int Slide(const BoxRoutines& box, U32* sums, const std::uint16_t* in, const std::uint16_t* out, int n) {
+  return box.slide16 != nullptr ? box.slide16(sums, in, out, n) : 0;
+}
+inline int ScaleRun(const BoxRoutines& box, const U32* lo, const U32* hi, U32 scale, std::uint8_t* dst, int n) {
+  return box.scale != nullptr ? box.scale(lo, hi, scale, dst, n) : 0;
+}
+inline int ScaleRun(const BoxRoutines& box, const U32* lo, const U32* hi, U32 scale, std::uint16_t* dst, int n) {
+  return box.scale16 != nullptr ? box.scale16(lo, hi, scale, dst, n) : 0;
+}
 
 
 // Column sums (and sums of squares when squares is non-null) of the rows
 // clamp(y - ry) .. clamp(y + ry) of a view, for one output row y after
 // another. `sums` and `squares` hold width entries each.
+template <class Pix>
 class ColumnSums {
+  using P = typename GreyOf<Pix>::P;
+
  public:
-  ColumnSums(const Rows<const EBW8>& view, long long ry, U32* sums, U32* squares, const BoxRoutines& box)
+  ColumnSums(const Rows<const Pix>& view, long long ry, U32* sums, U32* squares, const BoxRoutines& box)
       : v_(view), ry_(ry), sums_(sums), squares_(squares), box_(box) {}
 
   // The window of output row y, from nothing.
@@ -56,10 +73,10 @@ class ColumnSums {
   void Step(int y) {
     const int in = Clamp(y + ry_), out = Clamp(y - 1 - ry_);
     if (in == out) return;
-    const Byte* a = Row(in);
-    const Byte* b = Row(out);
+    const P* a = Row(in);
+    const P* b = Row(out);
     const int w = v_.width;
-    int x = box_.slide != nullptr ? box_.slide(sums_, a, b, w) : 0;
+    int x = Slide(box_, sums_, a, b, w);
     for (; x < w; ++x) sums_[x] += static_cast<U32>(a[x]) - static_cast<U32>(b[x]);
     if (squares_ != nullptr)
       for (x = 0; x < w; ++x) squares_[x] += static_cast<U32>(a[x]) * a[x] - static_cast<U32>(b[x]) * b[x];
@@ -69,16 +86,16 @@ class ColumnSums {
   int Clamp(long long j) const {
     return static_cast<int>(j < 0 ? 0 : (j > v_.height - 1 ? v_.height - 1 : j));
   }
-  const Byte* Row(int j) const { return reinterpret_cast<const Byte*>(v_.Row(j)); }
+  const P* Row(int j) const { return reinterpret_cast<const P*>(v_.Row(j)); }
   void Add(int j, U32 times) {
-    const Byte* a = Row(j);
+    const P* a = Row(j);
     const int w = v_.width;
     for (int x = 0; x < w; ++x) sums_[x] += times * a[x];
     if (squares_ != nullptr)
       for (int x = 0; x < w; ++x) squares_[x] += times * (static_cast<U32>(a[x]) * a[x]);
   }
 
-  Rows<const EBW8> v_;
+  Rows<const Pix> v_;
   long long ry_;
   U32* sums_;
   U32* squares_;
@@ -145,8 +162,11 @@ struct Buffers {
 };
 
 // Rows [y0, y1) of the sliding uniform filter; false when the buffers
-// cannot be had (nothing written then).
-bool UniformRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int rx, int ry, int y0, int y1) {
+// cannot be had (nothing written then). The product of a sum of 16-bit
+// pixels and the scale wraps at 32 bits.
+template <class Pix>
+bool UniformRows(const Rows<const Pix>& s, const Rows<Pix>& d, int rx, int ry, int y0, int y1) {
+  using P = typename GreyOf<Pix>::P;
   Buffers buf;
   if (!buf.Get(s.width, false)) return false;
   const U32 n = static_cast<U32>(2 * ry + 1) * static_cast<U32>(2 * rx + 1);
@@ -155,48 +175,51 @@ bool UniformRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int rx, int ry,
   int x0, x1;
   Interior(w, rx, x0, x1);
   const BoxRoutines box = ActiveBox();
-  ColumnSums cols(s, ry, buf.sums, nullptr, box);
+  ColumnSums<Pix> cols(s, ry, buf.sums, nullptr, box);
   for (int y = y0; y < y1; ++y) {
     if (y == y0) cols.Start(y);
     else cols.Step(y);
     Prefix(buf.sums, w, buf.prefix, box);
-    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    P* out = reinterpret_cast<P*>(d.Row(y));
     const U32* p = buf.prefix;
-    auto pixel = [&](int x) { return static_cast<Byte>((WindowSum(buf.sums, p, w, rx, x) * scale) >> 24); };
+    auto pixel = [&](int x) { return static_cast<P>((WindowSum(buf.sums, p, w, rx, x) * scale) >> 24); };
     for (int x = 0; x < x0; ++x) out[x] = pixel(x);
     // Between the ends the window is [x - rx, x + rx]: a difference of two
     // prefix sums 2rx + 1 apart.
     const U32* lo = p + (x0 - rx);
     const U32* hi = lo + 2 * rx + 1;
-    Byte* o = out + x0;
-    int i = box.scale != nullptr ? box.scale(lo, hi, scale, o, x1 - x0) : 0;
-    for (; i < x1 - x0; ++i) o[i] = static_cast<Byte>(((hi[i] - lo[i]) * scale) >> 24);
+    P* o = out + x0;
+    int i = ScaleRun(box, lo, hi, scale, o, x1 - x0);
+    for (; i < x1 - x0; ++i) o[i] = static_cast<P>(((hi[i] - lo[i]) * scale) >> 24);
     for (int x = x1; x < w; ++x) out[x] = pixel(x);
   }
   return true;
 }
 
-// Rows [y0, y1) of the local deviation; false when the buffers cannot be had.
-bool DeviationRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, long long rx, long long ry, int y0,
-                   int y1) {
+// Rows [y0, y1) of the local deviation; false when the buffers cannot be
+// had. The squares of 16-bit pixels fit 32 bits; their sums wrap.
+template <class Pix>
+bool DeviationRows(const Rows<const Pix>& s, const Rows<Pix>& d, long long rx, long long ry, int y0, int y1) {
+  using P = typename GreyOf<Pix>::P;
+  constexpr int kMax = GreyOf<Pix>::kMax;
   Buffers buf;
   if (!buf.Get(s.width, true)) return false;
   const U32 n = static_cast<U32>(2 * ry + 1) * static_cast<U32>(2 * rx + 1);
   const double dn = static_cast<double>(n);
   const int w = s.width;
-  ColumnSums cols(s, ry, buf.sums, buf.squares, BoxRoutines{});
+  ColumnSums<Pix> cols(s, ry, buf.sums, buf.squares, BoxRoutines{});
   for (int y = y0; y < y1; ++y) {
     if (y == y0) cols.Start(y);
     else cols.Step(y);
     Prefix(buf.sums, w, buf.prefix, BoxRoutines{});
     Prefix(buf.squares, w, buf.prefixSq, BoxRoutines{});
-    Byte* out = reinterpret_cast<Byte*>(d.Row(y));
+    P* out = reinterpret_cast<P*>(d.Row(y));
     for (int x = 0; x < w; ++x) {
       const U32 a = WindowSum(buf.sums, buf.prefix, w, rx, x);
       const U32 b = WindowSum(buf.squares, buf.prefixSq, w, rx, x);
       const U32 v = n * b - a * a;
       const double dev = std::sqrt(static_cast<double>(v)) / dn;
-      out[x] = dev >= 255.0 ? Byte{255} : static_cast<Byte>(dev);
+      out[x] = dev >= kMax ? static_cast<P>(kMax) : static_cast<P>(dev);
     }
   }
   return true;
@@ -210,7 +233,8 @@ namespace mirel {
 namespace filter {
 namespace {
 
-void Uniform(const char* label, EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
+template <class Pix>
+void Uniform(const char* label, EROI<Pix>* src, EROI<Pix>* dst, unsigned int halfX, unsigned int halfY) {
   mirel::Frame frame(label);
   if (halfY == UINT_MAX) halfY = halfX;
   if (!frame.NotVoid(src)) return;
@@ -230,28 +254,16 @@ void Uniform(const char* label, EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int h
   const int w = src->GetWidth(), h = src->GetHeight();
   const int rx = halfX > static_cast<unsigned>(w - 1) ? w - 1 : static_cast<int>(halfX);
   const int ry = halfY > static_cast<unsigned>(h - 1) ? h - 1 : static_cast<int>(halfY);
-  if (!UniformRows(mirel::RowsOf(static_cast<const EROI<EBW8>*>(src)), mirel::RowsOf(dst), rx,
-                                  ry, 0, h))
+  if (!UniformRows(mirel::RowsOf(static_cast<const EROI<Pix>*>(src)), mirel::RowsOf(dst), rx, ry, 0, h))
     frame.Fail(E_ERROR_OUT_OF_MEMORY);
 }
 
-}  // namespace
-}  // namespace filter
-}  // namespace mirel
-
-void ImgConvolUniform(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
-  mirel::filter::Uniform("ImgConvolUniform", src, dst, halfX, halfY);
-}
-
-void ImgLocalAverage(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
-  mirel::filter::Uniform("ImgLocalAverage", src, dst, halfX, halfY);
-}
-
-void ImgConvolGaussian(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
-  mirel::Frame frame("ImgConvolGaussian");
+template <class Pix>
+void Gaussian(const char* label, EROI<Pix>* src, EROI<Pix>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::Frame frame(label);
   if (halfY == UINT_MAX) halfY = halfX;
   if (!frame.NotVoid(src)) return;
-  EROI<EBW8>* target = src;
+  EROI<Pix>* target = src;
   if (dst != nullptr && !mirel::SamePixels(src, dst)) {
     if (!frame.NotVoid(dst) || !frame.SameSize(dst, src)) return;
     if (halfX == 0 && halfY == 0) return;
@@ -274,10 +286,47 @@ void ImgConvolGaussian(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, uns
   for (; halfX != 0 && frame.Ok(); --halfX) ImgConvolGaussianX(target, nullptr);
 }
 
-void ImgLocalDeviation(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, int halfY) {
-  mirel::Frame frame("ImgLocalDeviation");
+template <class Pix>
+void Deviation(const char* label, const EROI<Pix>* src, EROI<Pix>* dst, unsigned int halfX, int halfY) {
+  mirel::Frame frame(label);
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst) || !frame.Require(halfY >= 0, E_ERROR_BAD_ARGUMENT))
     return;
-  if (!mirel::filter::DeviationRows(mirel::RowsOf(src), mirel::RowsOf(dst), halfX, halfY, 0, src->GetHeight()))
+  if (!DeviationRows(mirel::RowsOf(src), mirel::RowsOf(dst), halfX, halfY, 0, src->GetHeight()))
     frame.Fail(E_ERROR_OUT_OF_MEMORY);
+}
+
+}  // namespace
+}  // namespace filter
+}  // namespace mirel
+
+void ImgConvolUniform(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::filter::Uniform("ImgConvolUniform", src, dst, halfX, halfY);
+}
+
+void ImgLocalAverage(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::filter::Uniform("ImgLocalAverage", src, dst, halfX, halfY);
+}
+
+void ImgConvolGaussian(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::filter::Gaussian("ImgConvolGaussian", src, dst, halfX, halfY);
+}
+
+void ImgLocalDeviation(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, int halfY) {
+  mirel::filter::Deviation("ImgLocalDeviation", src, dst, halfX, halfY);
+}
+
+void ImgConvolUniform(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::filter::Uniform("ImgConvolUniform (BW16)", src, dst, halfX, halfY);
+}
+
+void ImgLocalAverage(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::filter::Uniform("ImgLocalAverage (BW16)", src, dst, halfX, halfY);
+}
+
+void ImgConvolGaussian(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY) {
+  mirel::filter::Gaussian("ImgConvolGaussian (BW16)", src, dst, halfX, halfY);
+}
+
+void ImgLocalDeviation(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, int halfY) {
+  mirel::filter::Deviation("ImgLocalDeviation (BW16)", src, dst, halfX, halfY);
 }

@@ -37,6 +37,13 @@
 // there is no routing to small filters. A negative halfY is refused with
 // 1007. In place the rows are read ahead and behind as they are written, so
 // the result differs from a separate destination; no error is reported.
+//
+// 16-bit twins (EROI<EBW16>), labels ending in " (BW16)": the same routing,
+// formulas and 32-bit arithmetic. So the sliding sum's product wraps once
+// the window sum times the scale passes 2^32, and its results then stay
+// below 256; the deviation's sums of squares wrap on bright pixels, and its
+// cap is 65535. The small windows and the Gaussian passes
+// are the 16-bit preset filters.
 #ifndef MIREL_FILTER_SMOOTHING_H_
 #define MIREL_FILTER_SMOOTHING_H_
 
@@ -47,5 +54,10 @@ MIREL_API void ImgConvolUniform(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int h
 MIREL_API void ImgConvolGaussian(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY);
 MIREL_API void ImgLocalAverage(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY);
 MIREL_API void ImgLocalDeviation(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, int halfY);
+
+MIREL_API void ImgConvolUniform(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgConvolGaussian(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgLocalAverage(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgLocalDeviation(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, int halfY);
 
 #endif  // MIREL_FILTER_SMOOTHING_H_

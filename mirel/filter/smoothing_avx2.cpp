@@ -57,9 +57,33 @@ int Prefix(const std::uint32_t* col, int n, std::uint32_t* prefix) {
   return x;
 }
 
+int Slide16(std::uint32_t* sums, const std::uint16_t* in, const std::uint16_t* out, int n) {
+  int x = 0;
+  for (; x + 8 <= n; x += 8) {
+    const __m256i a = _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(in + x)));
+    const __m256i b = _mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(out + x)));
+    __m256i* s = reinterpret_cast<__m256i*>(sums + x);
+    _mm256_storeu_si256(s, _mm256_add_epi32(_mm256_loadu_si256(s), _mm256_sub_epi32(a, b)));
+  }
+  return x;
+}
+
+int Scale16(const std::uint32_t* lo, const std::uint32_t* hi, std::uint32_t scale, std::uint16_t* dst, int n) {
+  const __m256i k = _mm256_set1_epi32(static_cast<int>(scale));
+  int i = 0;
+  for (; i + 8 <= n; i += 8) {
+    const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(hi + i));
+    const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(lo + i));
+    const __m256i q = _mm256_srli_epi32(_mm256_mullo_epi32(_mm256_sub_epi32(a, b), k), 24);
+    const __m256i w = _mm256_permute4x64_epi64(_mm256_packus_epi32(q, q), 0x08);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i), _mm256_castsi256_si128(w));
+  }
+  return i;
+}
+
 }  // namespace
 
-BoxRoutines BoxAvx2() { return BoxRoutines{&Slide, &Scale, &Prefix}; }
+BoxRoutines BoxAvx2() { return BoxRoutines{&Slide, &Scale, &Prefix, &Slide16, &Scale16}; }
 
 }  // namespace filter
 }  // namespace mirel

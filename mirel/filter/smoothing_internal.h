@@ -18,6 +18,11 @@ struct BoxRoutines {
   // prefix[x + 1] = prefix[x] + col[x] (wrapping), for x in [0, n), with
   // prefix[0] already set.
   int (*prefix)(const std::uint32_t* col, int n, std::uint32_t* prefix);
+  // The same slide and scale on 16-bit pixels; the product wraps at 32
+  // bits, so that each result is below 256.
+  int (*slide16)(std::uint32_t* sums, const std::uint16_t* in, const std::uint16_t* out, int n);
+  int (*scale16)(const std::uint32_t* lo, const std::uint32_t* hi, std::uint32_t scale, std::uint16_t* dst,
+                 int n);
 };
 
 #if defined(MIREL_X86_SIMD)

@@ -41,7 +41,7 @@ constexpr CodeText kTexts[] = {
     {E_ERROR_FILE_OPEN, "The file could not be opened."},
     {E_ERROR_FILE_READ, "Reading the file failed or ended early."},
     {E_ERROR_FILE_WRITE, "Writing the file failed."},
-    {E_ERROR_VECTOR_FILE_HEADER, "The file's header does not match this vector type and version."},
+    {E_ERROR_VECTOR_FILE_HEADER, "The file's header does not match the expected format, type or version."},
     {E_ERROR_FILE_CLOSE, "Closing the file failed."},
     {E_ERROR_WORK_BUFFER, "A working buffer could not be allocated."},
     {E_ERROR_OUT_OF_MEMORY, "Out of memory."},

@@ -1,7 +1,10 @@
 // Images and regions of interest.
 //
-// EImage<T> owns its pixels; EROI<T> is a rectangle placed inside a parent
-// (an image or another ROI) and owns none. Both derive from EGenericROI,
+// EImage<T> owns its pixels, or borrows a caller's buffer (see Borrow);
+// EROI<T> is a rectangle placed inside a parent (an image or another ROI)
+// and owns none. A ROI keeps a plain pointer to its parent: it must not
+// outlive the image (or ROI) it is placed in, nor be used after that image
+// was moved from. Both derive from EGenericROI,
 // which every operation can check without knowing the pixel type. T is one
 // of the eleven pixel structures of pixel.h.
 //
@@ -12,17 +15,20 @@
 // on a void ROI GetImagePtr returns null for every (x, y), so a walk from
 // GetImagePtr(0, 0) to GetImagePtr(0, GetHeight()) does nothing.
 //
-// Rows of an EImage start on 64-byte boundaries, and the buffer has 64 bytes
-// of slack behind its last row. A bit image's pitch always leaves room for
-// one more byte behind a row whose width is a multiple of 8.
+// Rows of an image the library allocates start on 64-byte boundaries. A bit
+// image's pitch always leaves room for one more byte behind a row whose
+// width is a multiple of 8. A borrowed buffer has the caller's pitch and
+// alignment, and operations read and write nothing outside its rows.
 //
 // Placement. SetPlacement and the placing constructor accept a rectangle only
 // when it lies wholly inside the parent (origin >= 0, size >= 0, origin +
 // size <= parent size). Otherwise they set E_ERROR_BAD_ARGUMENT (1007) and
-// keep the previous placement (the placing constructor then places the ROI at
-// (0, 0) with size 0x0). A ROI whose rectangle no longer fits its parent,
-// because the parent was resized or moved later, reports itself void, so
-// every operation refuses it with 1400 instead of reading outside the image.
+// trace "EROI::SetPlacement" or "EROI::EROI". SetPlacement then keeps the
+// previous placement; a ROI whose placing constructor refused its rectangle
+// is void (every operation refuses it with 1400) until a placement succeeds
+// or it is attached again. A ROI whose rectangle no longer fits its parent,
+// because the parent was resized or moved later, reports itself void too,
+// so no operation reads outside the image.
 //
 // Run masks. An EROI<EBW8> may carry runs: horizontal stretches of pixels
 // that the histogram, area, average, extremes and gravity-centre operations
@@ -181,7 +187,9 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
   EROI(EROI* parent, int orgX, int orgY, int width, int height) {
     parent_ = parent;
     if (!Accepts(parent, orgX, orgY, width, height)) {
+      refused_ = true;
       ESetError(E_ERROR_BAD_ARGUMENT);
+      ETraceError("EROI::EROI");
       return;
     }
     org_x_ = orgX;
@@ -192,7 +200,7 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
   ~EROI() override = default;
 
   int GetPixelBytes() const override { return kBits ? 0 : static_cast<int>(sizeof(T)); }
-  int Void() const override { return TopData() == nullptr || !PlacementFits(); }
+  int Void() const override { return refused_ || TopData() == nullptr || !PlacementFits(); }
   using EGenericROI::SetSize;
   void SetSize(int width, int height) override { SetPlacement(org_x_, org_y_, width, height); }
   const void* GetGenericImagePtr(int x, int y) const override { return Address(x, y); }
@@ -212,17 +220,20 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
   void SetPlacement(int orgX, int orgY, int width, int height) {
     if (!Accepts(parent_, orgX, orgY, width, height)) {
       ESetError(E_ERROR_BAD_ARGUMENT);
+      ETraceError("EROI::SetPlacement");
       return;
     }
     org_x_ = orgX;
     org_y_ = orgY;
     width_ = width;
     height_ = height;
+    refused_ = false;
   }
   // Attaches the ROI to another parent at (0, 0) with size 0x0.
   void Attach(EROI* parent) {
     parent_ = parent;
     org_x_ = org_y_ = width_ = height_ = 0;
+    refused_ = false;
   }
   void SetColorSystem(E_COLOR_SYSTEM system) { color_system_ = system; }
   E_COLOR_SYSTEM GetColorSystem() const { return color_system_; }
@@ -247,7 +258,7 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
   // Computed in integers so that no pointer arithmetic happens on null.
   void* Address(int x, int y) const {
     unsigned char* base = TopData();
-    if (base == nullptr) return nullptr;
+    if (base == nullptr || refused_) return nullptr;
     const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(GetTotalOrgY() + y) * TopPitch();
     const std::ptrdiff_t col = kBits ? ((GetTotalOrgX() + x) >> 3)
                                      : static_cast<std::ptrdiff_t>(GetTotalOrgX() + x) *
@@ -256,6 +267,8 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
   }
 
   E_COLOR_SYSTEM color_system_ = E_COLOR_SYSTEM_NONE;
+  // The placing constructor refused the rectangle and nothing placed it since.
+  bool refused_ = false;
 };
 
 template <class T>
@@ -263,12 +276,56 @@ class MIREL_API EImage : public EROI<T> {
  public:
   EImage() = default;
   EImage(int width, int height) { SetSize(width, height); }
+  // An image over the caller's buffer; see Borrow.
+  EImage(T* data, int width, int height, int pitchBytes) { Borrow(data, width, height, pitchBytes); }
+  // A copy always owns its pixels, also when `other` borrows them.
   EImage(const EImage& other) : EROI<T>() { CopyFrom(other); }
   EImage& operator=(const EImage& other) {
     if (this != &other) CopyFrom(other);
     return *this;
   }
+  // A move takes the pixels (owned or borrowed) without copying them and
+  // leaves `other` a void 0x0 image. ROIs placed in `other` stay attached to
+  // `other`, not to the pixels, and are void from then on.
+  EImage(EImage&& other) noexcept : EROI<T>() { TakeFrom(other); }
+  EImage& operator=(EImage&& other) noexcept {
+    if (this != &other) {
+      Release();
+      TakeFrom(other);
+    }
+    return *this;
+  }
   ~EImage() override { Release(); }
+
+  // Makes the image a view of width x height pixels at `data`, rows
+  // `pitchBytes` apart. The image owns nothing: the caller keeps the buffer
+  // alive while the image (and any ROI in it) is used, and frees it after;
+  // the image never frees it. The pitch must hold a row (for a bit image,
+  // (width + 7) / 8 + 1 bytes: bit operations may write the byte behind a
+  // row) and be positive when there are pixels; data must not be null then.
+  // Otherwise 1007 is set, "EImage::Borrow" traced and the image is left as
+  // it was. A zero size makes the image void. SetSize to another size later
+  // drops the borrowed buffer for one the image owns.
+  void Borrow(T* data, int width, int height, int pitchBytes) {
+    const bool empty = width == 0 || height == 0;
+    const long long row = EROI<T>::kBits ? (static_cast<long long>(width) + 7) / 8 + 1
+                                         : static_cast<long long>(width) * static_cast<long long>(sizeof(T));
+    if (width < 0 || height < 0 || (!empty && (data == nullptr || pitchBytes <= 0 || pitchBytes < row))) {
+      ESetError(E_ERROR_BAD_ARGUMENT);
+      ETraceError("EImage::Borrow");
+      return;
+    }
+    Release();
+    if (!empty) {
+      this->data_ = reinterpret_cast<unsigned char*>(data);
+      this->pitch_ = pitchBytes;
+      borrowed_ = true;
+    }
+    this->width_ = width;
+    this->height_ = height;
+  }
+  // True while the pixels belong to a caller's buffer.
+  bool IsBorrowed() const { return borrowed_; }
 
   using EROI<T>::SetSize;
   void SetSize(const EGenericROI* like) override { SetSize(like->GetWidth(), like->GetHeight()); }
@@ -283,7 +340,7 @@ class MIREL_API EImage : public EROI<T> {
       return;
     }
     if (width == this->width_ && height == this->height_ && (this->data_ != nullptr || width == 0 || height == 0))
-      return;
+      return;  // a borrowed buffer of this size is kept too
     if (width == 0 || height == 0) {
       Release();
       this->width_ = width;
@@ -311,18 +368,35 @@ class MIREL_API EImage : public EROI<T> {
 
  private:
   void Release() {
-    mirel::detail::FreePixels(this->data_);
+    if (!borrowed_) mirel::detail::FreePixels(this->data_);
     this->data_ = nullptr;
     this->pitch_ = 0;
+    borrowed_ = false;
   }
+  void TakeFrom(EImage& other) {
+    this->data_ = other.data_;
+    this->pitch_ = other.pitch_;
+    this->width_ = other.width_;
+    this->height_ = other.height_;
+    borrowed_ = other.borrowed_;
+    other.data_ = nullptr;
+    other.pitch_ = other.width_ = other.height_ = 0;
+    other.borrowed_ = false;
+  }
+  // Row by row: the two pitches differ when either image is borrowed.
   void CopyFrom(const EImage& other) {
+    if (borrowed_ && (this->width_ != other.width_ || this->height_ != other.height_)) Release();
     SetSize(other.GetWidth(), other.GetHeight());
     if (this->data_ == nullptr || other.data_ == nullptr || this->width_ != other.width_ ||
         this->height_ != other.height_)
       return;
-    const std::size_t bytes = static_cast<std::size_t>(this->pitch_) * this->height_;
-    std::memcpy(this->data_, other.data_, bytes);
+    const std::size_t row = static_cast<std::size_t>(this->pitch_ < other.pitch_ ? this->pitch_ : other.pitch_);
+    for (int y = 0; y < this->height_; ++y)
+      std::memcpy(this->data_ + static_cast<std::size_t>(y) * this->pitch_,
+                  other.data_ + static_cast<std::size_t>(y) * other.pitch_, row);
   }
+
+  bool borrowed_ = false;
 };
 
 #endif  // MIREL_FOUNDATION_IMAGE_H_

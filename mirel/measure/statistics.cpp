@@ -9,6 +9,7 @@
 #include "mirel/foundation/run_walk_internal.h"
 #include "mirel/histogram/histogram.h"
 #include "mirel/measure/statistics_internal.h"
+#include "mirel/point/bits_internal.h"
 
 namespace mirel {
 namespace measure {
@@ -563,6 +564,38 @@ unsigned int ImgPixelCompare(const EROI<EC24>* a, const EROI<EC24>* b) {
     for (int x = 0; x < ra.width; ++x)
       count += (p[x].c[0] != q[x].c[0] || p[x].c[1] != q[x].c[1] || p[x].c[2] != q[x].c[2]) ? 1u : 0u;
   }
+  return count;
+}
+
+unsigned int ImgPixelCompareAligned(const EROI<EBW1>* a, const EROI<EBW1>* b) {
+  const mirel::bits::Kernels& k = mirel::bits::ActiveKernels();
+  mirel::bits::CheckOrThrow({a}, b);
+  mirel::bits::CheckAlignedOrThrow({a, b});
+  const mirel::Rows<const EBW1> ra = mirel::RowsOf(a), rb = mirel::RowsOf(b);
+  if (ra.width <= 0) return 0;
+  const int n = mirel::bits::WholeBytes(ra.width);
+  const unsigned char valid = mirel::bits::LastValid(ra.width);
+  std::uint32_t count = 0;
+  for (int y = 0; y < ra.height; ++y) {
+    const unsigned char* p = mirel::bits::RowBytes(ra, y);
+    const unsigned char* q = mirel::bits::RowBytes(rb, y);
+    count += static_cast<std::uint32_t>(k.countDiffer(p, q, static_cast<std::size_t>(n)));
+    // Only the pixel bits of the last byte count.
+    const unsigned char x = static_cast<unsigned char>(p[n] & valid), z = static_cast<unsigned char>(q[n] & valid);
+    count += static_cast<std::uint32_t>(k.countDiffer(&x, &z, 1));
+  }
+  return count;
+}
+
+unsigned int ImgPixelCompare(const EROI<EBW1>* a, const EROI<EBW1>* b) {
+  const char* const label = "ImgPixelCompare (BW1)";
+  mirel::Frame frame(label);
+  if (!frame.Require(a != nullptr && b != nullptr, E_ERROR_VOID_IMAGE)) return ~0u;
+  unsigned int count = 0;
+  mirel::bits::Guarded(frame, label, true, [&] {
+    const mirel::bits::AlignedSource<const EROI<EBW1>> sa(a), sb(b);
+    count = ImgPixelCompareAligned(sa.get(), sb.get());
+  });
   return count;
 }
 

@@ -93,6 +93,13 @@ MIREL_API void ImgPixelMax(const EROI<EBW16>* roi, EBW16& max);
 MIREL_API unsigned int ImgPixelCompare(const EROI<EBW8>* a, const EROI<EBW8>* b);
 MIREL_API unsigned int ImgPixelCompare(const EROI<EBW16>* a, const EROI<EBW16>* b);
 MIREL_API unsigned int ImgPixelCompare(const EROI<EC24>* a, const EROI<EC24>* b);
+// The number of pixels that differ between two bit images of one size. A
+// ROI that starts inside a byte is first copied onto an aligned temporary.
+// A null ROI sets 1400 and gives 0xFFFFFFFF; another failure gives 0. Label
+// "ImgPixelCompare (BW1)". ImgPixelCompareAligned takes ROIs that start on a
+// byte and throws Corvane::Talmeer::Exception instead (see point/bits.h).
+MIREL_API unsigned int ImgPixelCompare(const EROI<EBW1>* a, const EROI<EBW1>* b);
+MIREL_API unsigned int ImgPixelCompareAligned(const EROI<EBW1>* a, const EROI<EBW1>* b);
 // The number of pixels for which `predicate` returns non-zero. The predicate
 // gets a reference to each pixel in the image, rows in order, left to right,
 // and may change it. Labels "ImgCount ( BW8)", "ImgCount ( BW16)", "ImgCount ( C24)".

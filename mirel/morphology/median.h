@@ -13,6 +13,13 @@
 // src and dst may lie on the same pixels: the source is then read from a
 // copy. Errors: 1400 void image, 1403 sizes differ, 1303 memory for the
 // copy. The older form returns 0 or the error code.
+//
+// On bit images a pixel of the median is set when five or more of its nine
+// are, the ROI's edge pixels repeated outside it; the bits of a row's last
+// byte behind its last pixel keep their value. dst may be null or the source
+// (in place). ImgMedianAligned takes ROIs that start on a byte and throws
+// like the other ...Aligned bit forms (bit_morphology.h); ImgMedian takes any
+// ROI and traces "ImgMedian (BW1)".
 #ifndef MIREL_MORPHOLOGY_MEDIAN_H_
 #define MIREL_MORPHOLOGY_MEDIAN_H_
 
@@ -24,5 +31,7 @@ MIREL_API void ImgMedian(const EROI<EBW8>* src, EROI<EBW8>* dst);
 MIREL_API void ImgMedian(const EROI<EBW16>* src, EROI<EBW16>* dst);
 MIREL_API short ImgMedian(const EROI<EBW8>* src, EROI<EBW8>* dst, int border);
 MIREL_API void ImgMedian(const EROI<EC24>* src, EROI<EC24>* dst, EC24 border);
+MIREL_API void ImgMedianAligned(EROI<EBW1>* src, EROI<EBW1>* dst);
+MIREL_API void ImgMedian(EROI<EBW1>* src, EROI<EBW1>* dst);
 
 #endif  // MIREL_MORPHOLOGY_MEDIAN_H_

@@ -42,6 +42,9 @@
 #ifndef MIREL_POINT_ARITH_H_
 #define MIREL_POINT_ARITH_H_
 
+#include <cstddef>
+#include <type_traits>
+
 #include "mirel/foundation/export.h"
 #include "mirel/foundation/image.h"
 #include "mirel/foundation/pixel.h"
@@ -155,5 +158,46 @@ MIREL_API void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, EBW16 b,
 // Refuses 7, 8.
 MIREL_API void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, const EROI<EBW16>* b,
                        EROI<EBW16>* dst);
+
+// ---------------------------------------------------------------- plain 0
+// Where a pixel constant and an image may stand in the same place, a plain 0
+// (or nullptr) would convert to a null image, not to a constant, and the call
+// would fail at run time with 1400. These templates catch such calls at
+// compile time; a constant written with its pixel type, as EBW8(0), and any
+// image pointer are unaffected. Integer variables are caught too: write
+// EBW8(v) for them as well.
+namespace mirel {
+namespace detail {
+template <class L>
+struct IsPlainZero
+    : std::integral_constant<bool, std::is_same<L, int>::value || std::is_same<L, unsigned>::value ||
+                                       std::is_same<L, long>::value || std::is_same<L, unsigned long>::value ||
+                                       std::is_same<L, long long>::value ||
+                                       std::is_same<L, unsigned long long>::value ||
+                                       std::is_same<L, std::nullptr_t>::value> {};
+template <class L>
+using IfPlainZero = std::enable_if_t<IsPlainZero<L>::value, int>;
+}  // namespace detail
+}  // namespace mirel
+
+#define MIREL_PLAIN_ZERO_MESSAGE \
+  "a plain 0 here is taken for a null image: write the constant with its pixel type, as EBW8(0)"
+template <class P, class L, mirel::detail::IfPlainZero<L> = 0>
+void ImgCopy(L, EROI<P>*) {
+  static_assert(sizeof(L) == 0, MIREL_PLAIN_ZERO_MESSAGE);
+}
+template <class P, class L, mirel::detail::IfPlainZero<L> = 0>
+void ImgOper(ARITH_LOGIC_OPERATIONS, L, EROI<P>*) {
+  static_assert(sizeof(L) == 0, MIREL_PLAIN_ZERO_MESSAGE);
+}
+template <class P, class Q, class L, mirel::detail::IfPlainZero<L> = 0>
+void ImgOper(ARITH_LOGIC_OPERATIONS, L, const EROI<P>*, EROI<Q>*) {
+  static_assert(sizeof(L) == 0, MIREL_PLAIN_ZERO_MESSAGE);
+}
+template <class P, class Q, class L, mirel::detail::IfPlainZero<L> = 0>
+void ImgOper(ARITH_LOGIC_OPERATIONS, const EROI<P>*, L, EROI<Q>*) {
+  static_assert(sizeof(L) == 0, MIREL_PLAIN_ZERO_MESSAGE);
+}
+#undef MIREL_PLAIN_ZERO_MESSAGE
 
 #endif  // MIREL_POINT_ARITH_H_

@@ -19,6 +19,17 @@
 // flag says the last point joins the first, for drawing. Their counted
 // constructors reserve room for n points (capacity n, count 0).
 //
+// Path vectors draw themselves through a Corvane::DrawAdapter: each point
+// (x, y) goes to the device pixel (floor((x + panX + 0.5) * zoomX),
+// floor((y + panY + 0.5) * zoomY)), in single precision, so that the line
+// runs through pixel centres; a zoom y of 0 takes zoom x. Consecutive points
+// are joined by DrawLine in CurrentColor; a closed path starts at its last
+// point, so that its first line joins the last point to the first. An empty
+// path draws nothing, an open one of one point too. A null adapter is 1007,
+// with the label "EPathVector::Draw", "EBW8PathVector::Draw",
+// "EBW16PathVector::Draw" or "EC24PathVector::Draw". The HDC form (Windows
+// only) draws through a GDIDrawAdapter made for the call.
+//
 // EPeaksVector(n) records n as its capacity and makes no storage: its count
 // is 0 and its data pointer null. The storage is made, with that capacity,
 // by the first AddElement or SetNumElements (1303 on failure).
@@ -32,6 +43,7 @@
 #include "mirel/foundation/image.h"
 #include "mirel/foundation/pixel.h"
 #include "mirel/foundation/vector.h"
+#include "mirel/vector/draw/draw_forward.h"
 
 struct EPath {
   short m_n16X = 0;
@@ -123,24 +135,44 @@ class MIREL_API EPathVector : public EPathVectorOf<EPath> {
  public:
   EPathVector() = default;
   explicit EPathVector(unsigned int n) : EPathVectorOf<EPath>(n) {}
+
+  void Draw(Corvane::DrawAdapter* adapter, float zoomX, float zoomY, float panX, float panY) const;
+#if defined(_WIN32)
+  void Draw(HDC hdc, float zoomX, float zoomY, float panX, float panY) const;
+#endif
 };
 
 class MIREL_API EBW8PathVector : public EPathVectorOf<EBW8Path> {
  public:
   EBW8PathVector() = default;
   explicit EBW8PathVector(unsigned int n) : EPathVectorOf<EBW8Path>(n) {}
+
+  void Draw(Corvane::DrawAdapter* adapter, float zoomX, float zoomY, float panX, float panY) const;
+#if defined(_WIN32)
+  void Draw(HDC hdc, float zoomX, float zoomY, float panX, float panY) const;
+#endif
 };
 
 class MIREL_API EBW16PathVector : public EPathVectorOf<EBW16Path> {
  public:
   EBW16PathVector() = default;
   explicit EBW16PathVector(unsigned int n) : EPathVectorOf<EBW16Path>(n) {}
+
+  void Draw(Corvane::DrawAdapter* adapter, float zoomX, float zoomY, float panX, float panY) const;
+#if defined(_WIN32)
+  void Draw(HDC hdc, float zoomX, float zoomY, float panX, float panY) const;
+#endif
 };
 
 class MIREL_API EC24PathVector : public EPathVectorOf<EC24Path> {
  public:
   EC24PathVector() = default;
   explicit EC24PathVector(unsigned int n) : EPathVectorOf<EC24Path>(n) {}
+
+  void Draw(Corvane::DrawAdapter* adapter, float zoomX, float zoomY, float panX, float panY) const;
+#if defined(_WIN32)
+  void Draw(HDC hdc, float zoomX, float zoomY, float panX, float panY) const;
+#endif
 };
 
 class MIREL_API EPeaksVector : public EVectorTemplate<EPeak> {

@@ -1,6 +1,6 @@
-// ImgConvolKernel and ImgConvolSymmetricKernel: the worked numbers, the
-// three arithmetics against the reference model on random data and on every
-// path, in-place behaviour, errors.
+// ImgConvolKernel and ImgConvolSymmetricKernel on 8-bit and 16-bit pixels:
+// the worked numbers, the three arithmetics against the reference model on
+// random data and on every path, in-place behaviour, errors.
 #include <string>
 #include <utility>
 #include <vector>
@@ -296,6 +296,108 @@ TEST(ConvolErrors, RoisKernelsAndMemory) {
   ImgConvolKernel(&src, &dst, &pattern);
   EXPECT_EQ(EGetError(), E_OK);
   ExpectAll(dst, 0);
+}
+
+// ---------------------------------------------------------------- 16 bits
+
+EImage<EBW16> Flat16(int w, int h, int v) {
+  EImage<EBW16> img(w, h);
+  ImgCopy(EBW16(static_cast<uint16_t>(v)), &img);
+  return img;
+}
+
+EImage<EBW16> Convol16(const EImage<EBW16>& src, EKernel& k, bool symmetric = false) {
+  EImage<EBW16> dst(src.GetWidth(), src.GetHeight());
+  if (symmetric) ImgConvolSymmetricKernel(&src, &dst, &k);
+  else ImgConvolKernel(&src, &dst, &k);
+  EXPECT_EQ(EGetError(), E_OK);
+  return dst;
+}
+
+TEST(Convol16, WorkedNumbersOnEveryPath) {
+  const EImage<EBW16> white = Flat16(40, 9, 65535), grey = Flat16(20, 5, 1000);
+  EImage<EBW16> step(30, 4);
+  for (int y = 0; y < 4; ++y)
+    for (int x = 0; x < 30; ++x) step.SetPixel(EBW16(x < 15 ? 0 : 65535), x, y);
+  EKernel uniform(KERNEL_UNIFORM), gauss(KERNEL_GAUSSIAN), sobel(KERNEL_SOBEL_X);
+  gauss.SetOffset(40);
+  sobel.SetRectifier(3);
+  for (int path : testsupport::AllPaths()) {
+    testsupport::PathGuard guard(path);
+    EXPECT_EQ(Convol16(white, uniform).GetPixel(7, 4).value, 64511);  // 65535 * 9 * 28 >> 8
+    EXPECT_EQ(Convol16(white, uniform, true).GetPixel(0, 0).value, 65519);  // 65535 * 9 * 3640 >> 15
+    EXPECT_EQ(Convol16(grey, gauss).GetPixel(3, 2).value, 1000);  // the offset has no effect
+    EXPECT_EQ(Convol16(grey, gauss, true).GetPixel(3, 2).value, 1040);
+    // 4 * 32768 * 65535 wraps at 32 bits to -131072: |-4|, not 65535.
+    EXPECT_EQ(Convol16(step, sobel).GetPixel(15, 1).value, 4);
+    EXPECT_EQ(Convol16(step, sobel).GetPixel(5, 1).value, 0);
+  }
+}
+
+// The three arithmetics on random 16-bit data (full range and small
+// values), random kernels, offsets beyond 255 and outside values, some in
+// place, on every path: the fast paths give the scalar bytes.
+TEST(Convol16, KernelsMatchTheModelOnEveryPath) {
+  Rng rng(77);
+  const unsigned limits[] = {65536, 256, 4096, 65536};
+  for (int path : testsupport::AllPaths()) {
+    testsupport::PathGuard guard(path);
+    for (int iter = 0; iter < 400; ++iter) {
+      const int w = 1 + static_cast<int>(rng() % (iter % 4 == 0 ? 6 : 80));
+      const int h = 1 + static_cast<int>(rng() % (iter % 4 == 1 ? 3 : 8));
+      model::Kern mk = RandomKernel(rng);
+      const bool symmetric = iter % 3 == 2, inPlace = iter % 5 == 4;
+      if (symmetric) {
+        mk.sx = mk.sy = 3 + 2 * static_cast<int>(rng() % 3);
+        mk.c.resize(static_cast<size_t>(mk.sx * mk.sy), 1.0f);
+        if (mk.rect == 0) mk.rect = 1 + static_cast<int>(rng() % 3);
+      }
+      if (iter % 2) mk.offset = rng() % 70000;
+      mk.outside = rng() % 65536;
+      EKernel k;
+      model::Load(k, mk);
+      auto ref = [&](model::Grey16& s, model::Grey16& d) {
+        if (symmetric) {
+          model::Symmetric(mk, s, d);
+        } else if (mk.sx == 3 && mk.sy == 3 && mk.rect == 2) {
+          model::Grey16 clean = s;
+          model::EightBit(mk, clean, d);
+        } else {
+          model::Convol(mk, s, d);
+        }
+      };
+      auto run = [&](EROI<EBW16>* s, EROI<EBW16>* d) {
+        if (symmetric) ImgConvolSymmetricKernel(s, d, &k);
+        else ImgConvolKernel(s, d, &k);
+      };
+      ASSERT_TRUE(model::MatchesOnRandomRois<EBW16>(rng, w, h, inPlace, ref, run, limits[iter % 4]))
+          << "path " << path << " iter " << iter << " kernel " << mk.sx << "x" << mk.sy << " rect " << mk.rect
+          << " gain " << mk.gain << (symmetric ? " symmetric" : "") << (inPlace ? " in place" : "");
+    }
+  }
+}
+
+TEST(Convol16, Refusals) {
+  EImage<EBW16> src = Flat16(12, 10, 500), dst = Flat16(12, 10, 7), other(11, 10), empty;
+  const std::vector<uint8_t> before = testsupport::Snapshot(dst);
+  auto refused = [&](E_ERRORS code, bool symmetric, EROI<EBW16>* s, EROI<EBW16>* d, EKernel* k) {
+    if (symmetric) ImgConvolSymmetricKernel(s, d, k);
+    else ImgConvolKernel(s, d, k);
+    EXPECT_EQ(EGetError(), code);
+    EXPECT_STREQ(EGetErrorTrace(), symmetric ? "ImgConvolSymmetricKernel BW16" : "ImgConvolKernel BW16");
+    EXPECT_EQ(testsupport::Snapshot(dst), before) << code;
+  };
+  EKernel sobel(KERNEL_SOBEL_X), none, pattern(KERNEL_PATTERN_BAR), even(4, 4, 1.0f, 0, 2, 0);
+  refused(E_ERROR_SIZE_MISMATCH, false, &src, &other, &sobel);
+  refused(E_ERROR_VOID_IMAGE, true, &empty, &empty, &sobel);
+  refused(E_ERROR_KERNEL_VOID, false, &src, &dst, &none);
+  refused(E_ERROR_KERNEL_RECTIFIER, true, &src, &dst, &pattern);
+  refused(E_ERROR_KERNEL_SIZE, true, &src, &dst, &even);
+  mirel::testing::FailFilterAllocations(1);
+  refused(E_ERROR_OUT_OF_MEMORY, false, &dst, &dst, &sobel);  // the in-place copy of the source
+  mirel::testing::FailFilterAllocations(1);
+  refused(E_ERROR_OUT_OF_MEMORY, false, &src, &dst, &even);  // the floating-point table
+  mirel::testing::FailFilterAllocations(0);
 }
 
 }  // namespace

@@ -96,9 +96,24 @@ TEST(Roi, PlacementOutsideParentIsRefused) {
   roi.SetPlacement(15, 5, 5, 5);  // touching the far corner is fine
   EXPECT_EQ(EGetError(), E_OK);
   EXPECT_EQ(roi.GetOrgX(), 15);
+  EOk();
+  roi.SetPlacement(0, 0, 21, 1);
+  EXPECT_STREQ(EGetErrorTrace(), "EROI::SetPlacement");
+  EOk();
   EROI<EBW8> bad(&image, 0, 0, 21, 1);
   EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
+  EXPECT_STREQ(EGetErrorTrace(), "EROI::EROI");
   EXPECT_EQ(bad.GetWidth(), 0);
+  // The refused ROI is void, so an operation refuses it instead of working on
+  // a 0x0 rectangle, until a placement succeeds.
+  EXPECT_TRUE(bad.Void());
+  EXPECT_EQ(bad.GetImagePtr(0, 0), nullptr);
+  EImage<EBW8> other(21, 1);
+  EOk();
+  ImgCopy(&bad, &other);
+  EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
+  bad.SetPlacement(1, 1, 3, 3);
+  EXPECT_FALSE(bad.Void());
   // A parent that shrinks under its ROI makes the ROI void, not dangerous.
   image.SetSize(19, 10);
   EXPECT_TRUE(roi.Void());
@@ -185,3 +200,69 @@ TEST(ThreadState, ErrorsOverlayColourAndFastPathsArePerThread) {
 }
 
 }  // namespace
+
+TEST(Image, MovesTakeThePixelsWithoutCopying) {
+  EImage<EBW16> a(13, 7);
+  a.SetPixel(EBW16(4321), 12, 6);
+  const void* pixels = a.GetImagePtr(0, 0);
+  EImage<EBW16> b(std::move(a));
+  EXPECT_EQ(b.GetImagePtr(0, 0), pixels);
+  EXPECT_EQ(b.GetPixel(12, 6), EBW16(4321));
+  EXPECT_TRUE(a.Void());
+  EXPECT_EQ(a.GetWidth(), 0);
+  EImage<EBW16> c(3, 3);
+  c = std::move(b);
+  EXPECT_EQ(c.GetImagePtr(0, 0), pixels);
+  EXPECT_TRUE(b.Void() && b.GetHeight() == 0);
+  // The moved-from image is usable again.
+  b.SetSize(2, 2);
+  EXPECT_FALSE(b.Void());
+}
+
+TEST(Image, BorrowedBufferIsUsedInPlaceAndNeverFreed) {
+  // An odd pitch, and nothing behind the last row: ASan sees any read or
+  // write outside the caller's buffer, and any attempt to free it.
+  const int w = 11, h = 5, pitch = 13;
+  std::vector<unsigned char> buffer(static_cast<std::size_t>(pitch) * (h - 1) + w, 7);
+  {
+    EImage<EBW8> view(reinterpret_cast<EBW8*>(buffer.data()), w, h, pitch);
+    EXPECT_TRUE(view.IsBorrowed());
+    EXPECT_EQ(view.GetRowPitch(), pitch);
+    EROI<EBW8> roi(&view, 2, 1, 8, 3);
+    ImgOper(ALO_ADD, &roi, EBW8(5), &roi);
+    EXPECT_EQ(EGetError(), E_OK);
+    EImage<EBW8> copy(view);  // a copy owns its pixels
+    EXPECT_FALSE(copy.IsBorrowed());
+    EXPECT_EQ(copy.GetPixel(2, 1), EBW8(12));
+    EXPECT_EQ(copy.GetPixel(10, 4), EBW8(7));
+    EImage<EBW8> moved(std::move(view));
+    EXPECT_TRUE(moved.IsBorrowed());
+  }
+  EXPECT_EQ(buffer[static_cast<std::size_t>(pitch) + 2], 12);
+  EXPECT_EQ(buffer[static_cast<std::size_t>(pitch) + 1], 7);
+  EXPECT_EQ(buffer[static_cast<std::size_t>(pitch) * 3 + 9], 12);
+  EXPECT_EQ(buffer[static_cast<std::size_t>(pitch) * 3 + 10], 7);
+
+  // Refused views leave the image as it was.
+  EImage<EBW8> image(4, 4);
+  const void* own = image.GetImagePtr(0, 0);
+  for (const int badPitch : {0, -4, w - 1}) {
+    EOk();
+    image.Borrow(reinterpret_cast<EBW8*>(buffer.data()), w, h, badPitch);
+    EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT) << badPitch;
+    EXPECT_STREQ(EGetErrorTrace(), "EImage::Borrow");
+    EXPECT_EQ(image.GetImagePtr(0, 0), own);
+  }
+  EOk();
+  image.Borrow(nullptr, w, h, pitch);
+  EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
+  EImage<EBW1> bits;
+  bits.Borrow(reinterpret_cast<EBW1*>(buffer.data()), 16, 2, 2);  // needs a spare byte a row
+  EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
+  // Resizing drops the borrowed buffer for an owned one.
+  EOk();
+  image.Borrow(reinterpret_cast<EBW8*>(buffer.data()), w, h, pitch);
+  image.SetSize(3, 3);
+  EXPECT_FALSE(image.IsBorrowed());
+  EXPECT_EQ(EGetError(), E_OK);
+}
