@@ -17,7 +17,7 @@ namespace mirel {
 namespace thinning {
 
 const Routines& ScalarRoutines() {
-  static const Routines r = blocks::MakeRoutines<blocks::ScalarIsa>();
+  static const Routines r = blocks::MakeRoutines<blocks::ScalarIsa, bits::ByteLanes>();
   return r;
 }
 

@@ -100,10 +100,32 @@ struct HitRow {
   bool first;  // the pass that reads the source and writes every pixel
 };
 
+// One row of a pass over packed bits (first pixel in the top bit of the
+// first byte). a, b, c: clean copies of the rows above, at and below as they
+// were before the pass: the row's bytes with the bits behind its last pixel
+// cleared, at least one zero byte before them and kBitMargin after (a row
+// outside the ROI is all zeros). fail and out: scratch rows of as many
+// bytes, which receive the pixels that miss the pattern and the new pixels.
+constexpr int kBitMargin = 64;
+struct BitRow {
+  const std::uint8_t* a;
+  const std::uint8_t* b;
+  const std::uint8_t* c;
+  std::uint8_t* fail;
+  std::uint8_t* out;
+  int width;
+  RowMasks masks;
+  unsigned pattern;
+  bool thicken;
+  bool first;
+};
+
 // The row routines of one instruction set.
 struct Routines {
   // A hit-or-miss row of 8-bit pixels; true when a pixel changed.
   bool (*hitRow)(const HitRow<std::uint8_t>& row);
+  // The same on a row of bits.
+  bool (*bitRow)(const BitRow& row);
   // The distance map's passes over one row, in 8-bit values (every value
   // of the map is at most 255; see distance.cpp). limit8 is the ceiling
   // cut to 255.
