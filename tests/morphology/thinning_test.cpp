@@ -307,6 +307,46 @@ TEST(Thinning, FirstPassCountsMissesOnEveryPath) {
   }
 }
 
+// Images over a caller's buffer with no slack: every path keeps to the rows
+// (the sanitizer build would see a read or write behind them) and gives the
+// bytes of an image the library allocates.
+TEST(Thinning, TightBuffersGiveTheSameBytes) {
+  Rng rng(68);
+  const int w = 203, h = 3, n = (w + 7) / 8 + 1;
+  std::vector<unsigned char> grey(static_cast<size_t>(w) * h), bits(static_cast<size_t>(n) * h);
+  std::vector<unsigned short> dist(static_cast<size_t>(w) * h);
+  for (auto& v : grey) v = rng() % 3 ? 255 : 0;
+  for (auto& v : bits) v = static_cast<unsigned char>(rng());
+  EImage<EBW8> g(reinterpret_cast<EBW8*>(grey.data()), w, h, w), gOwn(w, h), gOut(w, h);
+  EImage<EBW1> b(reinterpret_cast<EBW1*>(bits.data()), w, h, n);
+  EImage<EBW16> d(reinterpret_cast<EBW16*>(dist.data()), w, h, 2 * w), dOwn(w, h);
+  ImgCopy(static_cast<const EROI<EBW8>*>(&g), &gOwn);
+  EKernel tee(KERNEL_PATTERN_TEE);
+  for (int path : AllPaths()) {
+    PathGuard guard(path);
+    ASSERT_EQ(ImgDistance(&g, &d, 300), 0);
+    ASSERT_EQ(ImgDistance(&gOwn, &dOwn, 300), 0);
+    ASSERT_EQ(testsupport::Bytes(d), testsupport::Bytes(dOwn)) << path;
+    int n1 = 2, n2 = 2, n3 = 2;
+    EImage<EBW8> tight(reinterpret_cast<EBW8*>(grey.data()), w, h, w);
+    ImgThin(&gOwn, &gOut, &tee, KERNEL_ROTATION_CLOCKWISE, n1);
+    ImgThin(&tight, &tight, &tee, KERNEL_ROTATION_CLOCKWISE, n2);
+    ASSERT_EQ(testsupport::Bytes(tight), testsupport::Bytes(gOut)) << path;
+    EImage<EBW1> bOwn(w, h);
+    EImage<EBW8> bytes(w, h), bytesOwn(w, h);
+    ImgCopy(static_cast<const EROI<EBW1>*>(&b), &bOwn);
+    int n4 = 2;
+    ASSERT_EQ(ImgThick(&b, nullptr, &tee, KERNEL_ROTATION_ANTICLOCKWISE, n3), 0);
+    ASSERT_EQ(ImgThick(&bOwn, nullptr, &tee, KERNEL_ROTATION_ANTICLOCKWISE, n4), 0);
+    ImgConvert(&b, &bytes, 255);
+    ImgConvert(&bOwn, &bytesOwn, 255);
+    ASSERT_EQ(testsupport::Bytes(bytes), testsupport::Bytes(bytesOwn)) << path;
+    EXPECT_EQ(n1, n2);
+    EXPECT_EQ(n3, n4);
+    ImgCopy(static_cast<const EROI<EBW8>*>(&gOwn), &tight);
+  }
+}
+
 TEST(Thinning, BitFormsThrowAlignedAndReportPlain) {
   Rng rng(67);
   bitsupport::BitRoi a(20, 4, 0, rng), b(20, 4, 3, rng), wide(21, 4, 0, rng);
