@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <type_traits>
 #include <vector>
 
 #include "mirel/edge/gradient.h"
@@ -70,9 +71,14 @@ inline int ClassIndexOf(const ClassTable& t, int dx, int dy) {
 // column at each side are kept in `mags` (3 * (w + 2) bytes). The two
 // neighbours of each class are read at offsets from the pixel's own
 // magnitude, so a pixel takes no branch on its class.
-void SuppressRows(const Rows<const EBW32>& g, const Rows<EBW32>& dir, const Rows<EBW8>& mag, int y0, int y1,
+//
+// pairsOf(y) gives the pairs of row y (asked for rows y0 - 1 .. y1, in
+// order), dirRow(y) the classes' row and dirDone(y) is called once it is
+// written.
+template <class PairsOf, class DirRow, class DirDone>
+void SuppressRows(PairsOf&& pairsOf, DirRow&& dirRow, DirDone&& dirDone, const Rows<EBW8>& mag, int y0, int y1,
                   Byte* mags, const EdgeRowFns& fns) {
-  const int w = g.width, h = g.height;
+  const int w = mag.width, h = mag.height;
   const ClassTable& classes = Classes();
   auto fill = [&](Byte* row, int y) {
     row[0] = row[w + 1] = 0;
@@ -80,7 +86,7 @@ void SuppressRows(const Rows<const EBW32>& g, const Rows<EBW32>& dir, const Rows
       std::memset(row + 1, 0, static_cast<size_t>(w));
       return;
     }
-    const std::uint32_t* p = reinterpret_cast<const std::uint32_t*>(g.Row(y));
+    const std::uint32_t* p = pairsOf(y);
     int x = fns.magnitude != nullptr ? fns.magnitude(p, row + 1, 0, w) : 0;
     for (; x < w; ++x) row[x + 1] = Magnitude(p[x]);
   };
@@ -95,20 +101,19 @@ void SuppressRows(const Rows<const EBW32>& g, const Rows<EBW32>& dir, const Rows
     // Neighbours A and B of classes 0, 45, 90, 135.
     const std::ptrdiff_t offA[4] = {1, up - 1, up, down - 1};
     const std::ptrdiff_t offB[4] = {-1, down + 1, down, up + 1};
-    const EBW32* p = g.Row(y);
-    EBW32* d = dir.Row(y);
-    EBW8* out = mag.Row(y);
+    const std::uint32_t* p = pairsOf(y);
+    std::uint32_t* d = dirRow(y);
+    Byte* out = reinterpret_cast<Byte*>(mag.Row(y));
     int x = 0;
-    if (fns.suppress != nullptr)
-      x = fns.suppress(reinterpret_cast<const std::uint32_t*>(p), above + 1, here + 1, below + 1,
-                       reinterpret_cast<std::uint32_t*>(d), reinterpret_cast<Byte*>(out), 0, w);
+    if (fns.suppress != nullptr) x = fns.suppress(p, above + 1, here + 1, below + 1, d, out, 0, w);
     for (; x < w; ++x) {
-      const int c = ClassIndexOf(classes, Dx(p[x].value), Dy(p[x].value));
+      const int c = ClassIndexOf(classes, Dx(p[x]), Dy(p[x]));
       const Byte* at = here + x + 1;
       const Byte m = *at, a = at[offA[c]], b = at[offB[c]];
-      d[x] = EBW32(kClassValue[c]);
-      out[x] = EBW8(static_cast<Byte>(m >= a && m >= b ? m : 0));
+      d[x] = kClassValue[c];
+      out[x] = static_cast<Byte>(m >= a && m >= b ? m : 0);
     }
+    dirDone(y);
     Byte* t = above;
     above = here;
     here = below;
@@ -174,17 +179,23 @@ inline int ClassIndex(unsigned cls) {
   }
 }
 
-// The three images a follower works on, and its visited flags.
+// The three images a follower works on, and its visited flags. The classes
+// are the values 0, 45, 90, 135 of an EBW32 image, or (inside the detector)
+// their indices 0 to 3 in an EBW8 image.
+template <class D>
 struct Follow {
   Rows<const EBW8> mag;
   Rows<EBW8> dst;
-  Rows<const EBW32> dir;
+  Rows<const D> dir;
   Rows<EBW8> flags;
   bool Inside(int x, int y) const { return x >= 0 && y >= 0 && x < mag.width && y < mag.height; }
   int Mag(int x, int y) const { return mag.Row(y)[x].value; }
   Byte& Flag(int x, int y) const { return flags.Row(y)[x].value; }
   void Set(int x, int y, Byte v) const { dst.Row(y)[x] = EBW8(v); }
-  int Class(int x, int y) const { return ClassIndex(dir.Row(y)[x].value); }
+  int Class(int x, int y) const {
+    if constexpr (std::is_same<D, EBW32>::value) return ClassIndex(dir.Row(y)[x].value);
+    else return dir.Row(y)[x].value;
+  }
 };
 
 constexpr Offset kWalk[2][4][3] = {
@@ -195,7 +206,8 @@ constexpr Offset kWalk[2][4][3] = {
      {{-1, -1}, {0, -1}, {-1, 0}}},
 };
 
-void Walk(const Follow& f, int x, int y, int scan, int low) {
+template <class F>
+void Walk(const F& f, int x, int y, int scan, int low) {
   for (;;) {
     const int c = f.Class(x, y);
     if (c < 0) return;
@@ -215,15 +227,18 @@ void Walk(const Follow& f, int x, int y, int scan, int low) {
   }
 }
 
-void HysteresisScans(const Follow& f, int low, int high) {
+template <class F>
+void HysteresisScans(const F& f, int low, int high) {
   for (int scan = 0; scan < 2; ++scan)
-    for (int y = 0; y < f.mag.height; ++y)
+    for (int y = 0; y < f.mag.height; ++y) {
+      const EBW8* m = f.mag.Row(y);
       for (int x = 0; x < f.mag.width; ++x) {
-        if (f.Mag(x, y) < high || (scan == 0 && f.Flag(x, y) != 0)) continue;
+        if (m[x].value < high || (scan == 0 && f.Flag(x, y) != 0)) continue;
         f.Set(x, y, scan == 0 ? 128 : 80);
         f.Flag(x, y) = 255;
         Walk(f, x, y, scan, low);
       }
+    }
 }
 
 // Neighbours along the edge that a seed must not be below.
@@ -250,7 +265,8 @@ struct Step {
 // unvisited. For class 135 the pretest of the first neighbour reads the
 // flag of (x - 1, y + 1), as the older design did, or the neighbour's own
 // when that pixel is outside.
-void Grow(const Follow& f, int x0, int y0, int seed, std::vector<Step>& stack) {
+template <class F>
+void Grow(const F& f, int x0, int y0, int seed, std::vector<Step>& stack) {
   auto arrive = [&](int x, int y, int previous) {
     if (!f.Inside(x, y) || f.Flag(x, y) == 255) return;
     const int s = f.Mag(x, y);
@@ -281,7 +297,8 @@ void Grow(const Follow& f, int x0, int y0, int seed, std::vector<Step>& stack) {
   }
 }
 
-bool GrowAll(const Follow& f, int low) {
+template <class F>
+bool GrowAll(const F& f, int low) {
   try {
     std::vector<Step> stack;
     const int w = f.mag.width, h = f.mag.height;
@@ -303,7 +320,7 @@ bool GrowAll(const Follow& f, int low) {
 // at all when the sizes differ, and the cleared flags.
 template <class D>
 bool StartFollow(Frame& frame, const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const D* direction,
-                 EImage<EBW8>& flags, Follow& f) {
+                 EImage<EBW8>& flags, Follow<EBW32>& f) {
   if (!frame.NotVoid(magnitude, dst, direction)) return false;
   const int w = magnitude->GetWidth(), h = magnitude->GetHeight();
   if (dst->GetWidth() != w || dst->GetHeight() != h || direction->GetWidth() != w || direction->GetHeight() != h)
@@ -311,7 +328,8 @@ bool StartFollow(Frame& frame, const EROI<EBW8>* magnitude, EROI<EBW8>* dst, con
   flags.SetSize(w, h);
   if (!frame.Ok()) return false;
   ImgCopy(EBW8(0), &flags);
-  f = Follow{RowsOf(magnitude), RowsOf(dst), RowsOf(static_cast<const EROI<EBW32>*>(direction)), RowsOf(&flags)};
+  f = Follow<EBW32>{RowsOf(magnitude), RowsOf(dst), RowsOf(static_cast<const EROI<EBW32>*>(direction)),
+                    RowsOf(&flags)};
   return true;
 }
 
@@ -336,15 +354,17 @@ void NonMaximaSuppression(const EROI<EBW32>* gradient, EROI<EBW32>* direction, E
   } catch (const std::bad_alloc&) {
     return frame.Fail(E_ERROR_OUT_OF_MEMORY);
   }
-  edge::SuppressRows(g, RowsOf(direction), RowsOf(magnitude), 0, g.height, mags.data(),
-                     edge::ActiveEdgeRows(mmx != 0));
+  const auto d = RowsOf(direction);
+  edge::SuppressRows([&](int y) { return reinterpret_cast<const std::uint32_t*>(g.Row(y)); },
+                     [&](int y) { return reinterpret_cast<std::uint32_t*>(d.Row(y)); }, [](int) {},
+                     RowsOf(magnitude), 0, g.height, mags.data(), edge::ActiveEdgeRows(mmx != 0));
 }
 
 void Hysteresis(const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const EImage<EBW32>* direction, unsigned char low,
                 unsigned char high) {
   Frame frame("Hysteresis");
   EImage<EBW8> flags;
-  edge::Follow f;
+  edge::Follow<EBW32> f;
   if (!edge::StartFollow(frame, magnitude, dst, direction, flags, f)) return;
   edge::HysteresisScans(f, low, high);
 }
@@ -352,55 +372,74 @@ void Hysteresis(const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const EImage<EBW32
 void ContourGrowing(const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const EROI<EBW32>* direction, unsigned char low) {
   Frame frame("ContourGrowing");
   EImage<EBW8> flags;
-  edge::Follow f;
+  edge::Follow<EBW32> f;
   if (!edge::StartFollow(frame, magnitude, dst, direction, flags, f)) return;
   if (!edge::GrowAll(f, low)) frame.Fail(E_ERROR_OUT_OF_MEMORY);
 }
 
 void ImgCannyDetector(const EROI<EBW8>* src, EROI<EBW8>* dst, SMOOTH_MODE smooth, EDGE_FOLLOWING_MODE following) {
+  const int mmx = EGetMMX();
   Frame frame("Failed canny detection !");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
   const int w = src->GetWidth(), h = src->GetHeight();
-  EImage<EBW8> smoothed, magnitude;
-  EImage<EBW32> gradient, direction;
+  const bool gaussian = (smooth == SMOOTH_GAUSSIAN_3X3 && w >= 3 && h >= 3) ||
+                        (smooth == SMOOTH_GAUSSIAN_5X5 && w >= 5 && h >= 5) ||
+                        (smooth == SMOOTH_GAUSSIAN_7X7 && w >= 7 && h >= 7);
+  const bool filtered = gaussian || smooth == SMOOTH_MEDIAN;
+  // The working images: the smoothed source (the source itself where the
+  // smoothing is a copy), the class indices and the suppressed magnitudes.
+  // The gradient pairs live only three rows at a time.
+  EImage<EBW8> smoothed, classes, magnitude;
   EBWHistogramVector histogram;
-  smoothed.SetSize(w, h);
+  if (filtered) smoothed.SetSize(w, h);
+  classes.SetSize(w, h);
   magnitude.SetSize(w, h);
-  gradient.SetSize(w, h);
-  direction.SetSize(w, h);
   if (!frame.Ok()) return;
   // The Gaussian filters read their source only, with a separate destination.
   EROI<EBW8>* in = const_cast<EROI<EBW8>*>(src);
-  switch (smooth) {
-    case SMOOTH_GAUSSIAN_3X3:
-      if (w >= 3 && h >= 3) ImgConvolGaussian3x3(in, &smoothed);
-      else ImgCopy(src, &smoothed);
-      break;
-    case SMOOTH_GAUSSIAN_5X5:
-      if (w >= 5 && h >= 5) ImgConvolGaussian5x5(in, &smoothed);
-      else ImgCopy(src, &smoothed);
-      break;
-    case SMOOTH_GAUSSIAN_7X7:
-      if (w >= 7 && h >= 7) ImgConvolGaussian7x7(in, &smoothed);
-      else ImgCopy(src, &smoothed);
-      break;
-    case SMOOTH_MEDIAN:
-      ImgMedian(src, &smoothed);
-      break;
-    default:
-      ImgCopy(src, &smoothed);
-      break;
+  if (smooth == SMOOTH_GAUSSIAN_3X3 && gaussian) ImgConvolGaussian3x3(in, &smoothed);
+  if (smooth == SMOOTH_GAUSSIAN_5X5 && gaussian) ImgConvolGaussian5x5(in, &smoothed);
+  if (smooth == SMOOTH_GAUSSIAN_7X7 && gaussian) ImgConvolGaussian7x7(in, &smoothed);
+  if (smooth == SMOOTH_MEDIAN) ImgMedian(src, &smoothed);
+  if (!frame.Ok()) return;
+  const mirel::Rows<const EBW8> s = RowsOf(filtered ? static_cast<const EROI<EBW8>*>(&smoothed) : src);
+
+  std::vector<std::uint32_t> pairs, dirRow;
+  std::vector<edge::Byte> mags;
+  try {
+    pairs.resize(3 * static_cast<size_t>(w));
+    dirRow.resize(static_cast<size_t>(w));
+    mags.resize(3 * (static_cast<size_t>(w) + 2));
+  } catch (const std::bad_alloc&) {
+    return frame.Fail(E_ERROR_OUT_OF_MEMORY);
   }
-  if (!frame.Ok()) return;
-  ImgGradientVector(&smoothed, &gradient);
-  if (!frame.Ok()) return;
-  NonMaximaSuppression(&gradient, &direction, &magnitude);
-  if (!frame.Ok()) return;
+  const edge::EdgeRowFns fns = edge::ActiveEdgeRows(mmx != 0);
+  int cached[3] = {-1, -1, -1};
+  const auto cls = RowsOf(&classes);
+  edge::SuppressRows(
+      [&](int y) {
+        std::uint32_t* row = pairs.data() + static_cast<size_t>(y % 3) * static_cast<size_t>(w);
+        if (cached[y % 3] != y) edge::GradientPairRow(s, y, row, fns.bw8);
+        cached[y % 3] = y;
+        return static_cast<const std::uint32_t*>(row);
+      },
+      [&](int) { return dirRow.data(); },
+      [&](int y) {
+        EBW8* c = cls.Row(y);
+        for (int x = 0; x < w; ++x) c[x] = EBW8(static_cast<edge::Byte>(dirRow[static_cast<size_t>(x)] / 45u));
+      },
+      RowsOf(&magnitude), 0, h, mags.data(), fns);
+
   ImgHistogram(&magnitude, &histogram);
   if (!frame.Ok()) return;
   edge::Thresholds t = edge::SplitThreeClasses(histogram.GetDataPtr());
   if (t.low == 0) t.low = 1;
-  const auto low = static_cast<unsigned char>(t.low), high = static_cast<unsigned char>(t.high);
-  if (following == EDGE_FOLLOWING_HYSTERESIS) Hysteresis(&magnitude, dst, &direction, low, high);
-  else if (following == EDGE_FOLLOWING_CONTOUR_GROWING) ContourGrowing(&magnitude, dst, &direction, low);
+  if (following != EDGE_FOLLOWING_HYSTERESIS && following != EDGE_FOLLOWING_CONTOUR_GROWING) return;
+  EImage<EBW8> flags(w, h);
+  if (!frame.Ok()) return;
+  ImgCopy(EBW8(0), &flags);
+  const edge::Follow<EBW8> f{RowsOf(static_cast<const EROI<EBW8>*>(&magnitude)), RowsOf(dst),
+                             RowsOf(static_cast<const EROI<EBW8>*>(&classes)), RowsOf(&flags)};
+  if (following == EDGE_FOLLOWING_HYSTERESIS) edge::HysteresisScans(f, t.low, t.high);
+  else if (!edge::GrowAll(f, t.low)) frame.Fail(E_ERROR_OUT_OF_MEMORY);
 }

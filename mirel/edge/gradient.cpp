@@ -219,6 +219,11 @@ void ModulusImage(const char* label, EImage<L>* lookup, float scale, int side) {
 }
 
 }  // namespace
+
+void GradientPairRow(const Rows<const EBW8>& s, int y, std::uint32_t* out, PairRow8Fn blocks) {
+  PairStretch<EBW8>(Window<EBW8>(s, y), s.width, 0, s.width, out, blocks);
+}
+
 }  // namespace edge
 }  // namespace mirel
 

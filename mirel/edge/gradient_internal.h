@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "mirel/foundation/frame_internal.h"
+
 namespace mirel {
 namespace edge {
 
@@ -49,6 +51,10 @@ EdgeRowFns EdgeRowsAvx512();
 // pass their call's EGetMMX(); the 16-bit forms, which do not consult it,
 // pass true (their blocks give the same bytes as pixel-by-pixel code).
 EdgeRowFns ActiveEdgeRows(bool fast);
+
+// The pairs of row y of an 8-bit ROI into out[0 .. width), by the blocks
+// when `blocks` is not null.
+void GradientPairRow(const Rows<const EBW8>& s, int y, std::uint32_t* out, PairRow8Fn blocks);
 
 // Direction class of a pair with |dx| and |dy| at most 255: 0 when |dx| >
 // 2.42 |dy| and 90 when |dy| > 2.42 |dx|, compared in double precision. In

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "mirel/filter/convolution_blocks_internal.h"
+#include "mirel/filter/sse2_lanes_internal.h"
 
 namespace {
 
@@ -84,9 +85,8 @@ struct Isa {
   }
   // Negative sums become 0 first; the pack saturates the rest at 65535.
   static void StoreClamp16(std::uint16_t* p, V lo, V hi) {
-    lo = _mm_andnot_si128(_mm_srai_epi32(lo, 31), lo);
-    hi = _mm_andnot_si128(_mm_srai_epi32(hi, 31), hi);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), PackBiased(lo, hi));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p),
+                     PackBiased(mirel::filter::sse2::Max0(lo), mirel::filter::sse2::Max0(hi)));
   }
   static V LoadW32(const std::uint16_t* p) {
     return _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
@@ -104,14 +104,8 @@ struct Isa {
     const V even = _mm_mul_epu32(a, kk), odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), kk);
     return _mm_unpacklo_epi32(_mm_shuffle_epi32(even, 0x08), _mm_shuffle_epi32(odd, 0x08));
   }
-  // A small constant factor as shifted additions.
   template <int K>
-  static V MulK32(V a) {
-    V r = _mm_setzero_si128();
-    for (int b = 0; b < 8; ++b)
-      if ((K >> b) & 1) r = _mm_add_epi32(r, _mm_sll_epi32(a, _mm_cvtsi32_si128(b)));
-    return r;
-  }
+  static V MulK32(V a) { return mirel::filter::sse2::MulK32<K>(a); }
 };
 
 }  // namespace

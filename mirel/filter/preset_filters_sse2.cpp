@@ -3,6 +3,7 @@
 #include <emmintrin.h>
 
 #include "mirel/filter/preset_blocks_internal.h"
+#include "mirel/filter/sse2_lanes_internal.h"
 
 namespace {
 
@@ -28,9 +29,7 @@ struct Isa {
   static V Mul(V a) { return _mm_mullo_epi16(a, _mm_set1_epi16(K)); }
 };
 
-// 16-bit pixels in 32-bit lanes. SSE2 has no 32-bit minimum, maximum,
-// absolute value or multiplication: they are built from comparisons,
-// masks and shifts.
+// 16-bit pixels in 32-bit lanes.
 struct Isa16 {
   using V = __m128i;
   static constexpr int kLanes = 4;
@@ -45,24 +44,15 @@ struct Isa16 {
   }
   static V Add(V a, V b) { return _mm_add_epi32(a, b); }
   static V Sub(V a, V b) { return _mm_sub_epi32(a, b); }
-  static V Abs(V a) {
-    const V s = _mm_srai_epi32(a, 31);
-    return _mm_sub_epi32(_mm_xor_si128(a, s), s);
-  }
-  static V Select(V mask, V a, V b) { return _mm_or_si128(_mm_and_si128(mask, a), _mm_andnot_si128(mask, b)); }
-  static V Min(V a, V b) { return Select(_mm_cmpgt_epi32(a, b), b, a); }
-  static V Max(V a, V b) { return Select(_mm_cmpgt_epi32(a, b), a, b); }
+  static V Abs(V a) { return mirel::filter::sse2::Abs32(a); }
+  static V Min(V a, V b) { return mirel::filter::sse2::Min32(a, b); }
+  static V Max(V a, V b) { return mirel::filter::sse2::Max32(a, b); }
   static V Cap(V a) { return Min(a, _mm_set1_epi32(65535)); }
-  static V Max0(V a) { return _mm_andnot_si128(_mm_srai_epi32(a, 31), a); }
+  static V Max0(V a) { return mirel::filter::sse2::Max0(a); }
   template <int N>
   static V Srl(V a) { return _mm_srli_epi32(a, N); }
   template <int K>
-  static V Mul(V a) {
-    V r = _mm_setzero_si128();
-    for (int b = 0; b < 8; ++b)
-      if ((K >> b) & 1) r = _mm_add_epi32(r, _mm_sll_epi32(a, _mm_cvtsi32_si128(b)));
-    return r;
-  }
+  static V Mul(V a) { return mirel::filter::sse2::MulK32<K>(a); }
 };
 
 }  // namespace

@@ -204,10 +204,12 @@ TEST(Canny, FollowersMatchTheModelsOnRandomEdgeMaps) {
   }
 }
 
-TEST(Canny, DetectorIsTheChainOfItsSteps) {
+TEST(Canny, DetectorIsTheChainOfItsStepsOnEveryPath) {
   Rng rng(23);
-  for (int iter = 0; iter < 24; ++iter) {
-    const int w = 2 + static_cast<int>(rng() % 40), h = 2 + static_cast<int>(rng() % 30);
+  for (int path : testsupport::AllPaths())
+  for (int iter = 0; iter < 30; ++iter) {
+    testsupport::PathGuard guard(path);
+    const int w = 2 + static_cast<int>(rng() % 70), h = 2 + static_cast<int>(rng() % 20);
     EImage<EBW8> si, di, smoothed(w, h);
     EROI<EBW8> s, d;
     testsupport::PlaceRandom(si, s, w, h, rng);
@@ -216,11 +218,14 @@ TEST(Canny, DetectorIsTheChainOfItsSteps) {
     for (int y = 0; y < h; ++y)  // a blurred blob and noise
       for (int x = 0; x < w; ++x)
         s.GetImagePtr(0, y)[x] = EBW8(static_cast<unsigned char>(((x - w / 2) * (x - w / 2) + (y - h / 2) * (y - h / 2) < w * h / 8 ? 180 : 40) + rng() % 30));
-    const SMOOTH_MODE smooth = iter % 3 == 0 ? SMOOTH_NONE : iter % 3 == 1 ? SMOOTH_GAUSSIAN_3X3 : SMOOTH_MEDIAN;
-    if (smooth == SMOOTH_NONE) ImgCopy(&s, &smoothed);
-    else if (smooth == SMOOTH_MEDIAN) ImgMedian(&s, &smoothed);
-    else if (w >= 3 && h >= 3) ImgConvolGaussian3x3(&s, &smoothed);
-    else ImgCopy(&s, &smoothed);
+    const SMOOTH_MODE smooth = static_cast<SMOOTH_MODE>(iter % 6);  // 5: an unknown mode copies
+    const int side = smooth == SMOOTH_GAUSSIAN_3X3 ? 3 : smooth == SMOOTH_GAUSSIAN_5X5 ? 5 : 7;
+    const bool fits = w >= side && h >= side;
+    ImgCopy(&s, &smoothed);
+    if (smooth == SMOOTH_MEDIAN) ImgMedian(&s, &smoothed);
+    if (smooth == SMOOTH_GAUSSIAN_3X3 && fits) ImgConvolGaussian3x3(&s, &smoothed);
+    if (smooth == SMOOTH_GAUSSIAN_5X5 && fits) ImgConvolGaussian5x5(&s, &smoothed);
+    if (smooth == SMOOTH_GAUSSIAN_7X7 && fits) ImgConvolGaussian7x7(&s, &smoothed);
     const auto nms = ModelNms(edgemodel::Pairs(edgemodel::FromRoi(smoothed)));
     std::vector<long long> hist(256);
     for (long long v : nms.second.px) ++hist[size_t(v)];
@@ -228,7 +233,7 @@ TEST(Canny, DetectorIsTheChainOfItsSteps) {
     if (t.first == 0) t.first = 1;
     const auto before = testsupport::Snapshot(di);
     Img want = edgemodel::FromRoi(d);
-    const int following = iter / 3 % 3;
+    const int following = iter / 6 % 3;
     if (following == 0) ModelHysteresis(nms.second, nms.first, want, t.first, t.second);
     if (following == 1) ModelGrowing(nms.second, nms.first, want, t.first);
     ImgCannyDetector(&s, &d, smooth, static_cast<EDGE_FOLLOWING_MODE>(following));
@@ -250,6 +255,9 @@ TEST(Canny, WorkedCases) {
   EXPECT_EQ(edgemodel::FromRoi(dst).px, Img(9, 6, 80).px);
   // 2x2 with the 3x3 Gaussian: a copy, as without smoothing.
   EImage<EBW8> tiny(2, 2), a(2, 2), b(2, 2);
+  ImgCopy(EBW8(10), &tiny);
+  ImgCopy(EBW8(1), &a);
+  ImgCopy(EBW8(1), &b);
   tiny.SetPixel(EBW8(200), 0, 0);
   ImgCannyDetector(&tiny, &a, SMOOTH_GAUSSIAN_3X3, EDGE_FOLLOWING_HYSTERESIS);
   ImgCannyDetector(&tiny, &b, SMOOTH_NONE, EDGE_FOLLOWING_HYSTERESIS);

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "convolution_model.h"
@@ -110,47 +111,59 @@ TEST(Smoothing, MatchTheModelsOnRandomRoisOnEveryPath) {
   }
 }
 
-TEST(Smoothing, RoutingWorkedNumbersAndRefusals) {
-  EImage<EBW8> flat(10, 6), dst(10, 6), checker(3, 3), dev(3, 3);
-  ImgCopy(EBW8(255), &flat);
+// The routing by half-widths and the refusals, on a flat image of `top`:
+// the sliding uniform 5x5 gives `uniform22`, the in-place 3x3 route gives
+// `inPlace11`; labels end in `suffix`.
+template <class Pix>
+void RoutingAndRefusals(int top, int uniform22, int inPlace11, const std::string& suffix) {
+  using Value = decltype(Pix::value);
+  EImage<Pix> flat(10, 6), dst(10, 6), other(9, 6);
+  ImgCopy(Pix(static_cast<Value>(top)), &flat);
   ImgConvolUniform(&flat, &dst, 2, 2);  // scale 671088
-  EXPECT_EQ(dst.GetPixel(4, 3).value, 254);
+  EXPECT_EQ(dst.GetPixel(4, 3).value, uniform22);
   ImgLocalDeviation(&flat, &dst, 3, 1);
   EXPECT_EQ(dst.GetPixel(0, 0).value, 0);
-  for (int i = 0; i < 9; ++i) checker.SetPixel(EBW8(i % 2 ? 255 : 0), i % 3, i / 3);
-  ImgLocalDeviation(&checker, &dev, 1, 1);
-  EXPECT_NEAR(dev.GetPixel(1, 1).value, 127, 3);
   // In place: the 3x3 routes work, the sliding sum is refused.
   ImgConvolUniform(&flat, nullptr, 1, 1);
   EXPECT_EQ(EGetError(), E_OK);
-  EXPECT_EQ(flat.GetPixel(3, 3).value, 251);
+  EXPECT_EQ(flat.GetPixel(3, 3).value, inPlace11);
   const auto before = testsupport::Snapshot(flat);
   ImgConvolUniform(&flat, nullptr, 1, 2);
   EXPECT_EQ(EGetError(), E_ERROR_SAME_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgConvolUniform");
+  EXPECT_EQ(EGetErrorTrace(), "ImgConvolUniform" + suffix);
   ImgLocalAverage(&flat, &flat, 3, 3);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgLocalAverage");
+  EXPECT_EQ(EGetErrorTrace(), "ImgLocalAverage" + suffix);
   EXPECT_EQ(testsupport::Snapshot(flat), before);
   // Both counts 0: the uniform filter copies, the Gaussian writes nothing.
-  ImgCopy(EBW8(1), &dst);
+  ImgCopy(Pix(1), &dst);
   ImgConvolGaussian(&flat, &dst, 0, 0);
   EXPECT_EQ(dst.GetPixel(0, 0).value, 1);
   ImgConvolUniform(&flat, &dst, 0, 0);
   EXPECT_EQ(testsupport::Bytes(dst), testsupport::Bytes(flat));
   // Refusals leave the destination alone.
-  EImage<EBW8> other(9, 6);
-  const auto otherBefore = testsupport::Snapshot(other);
+  const auto otherBefore = testsupport::Snapshot(other), dstBefore = testsupport::Snapshot(dst);
   ImgLocalDeviation(&flat, &other, 1, 1);
   EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
+  EXPECT_EQ(EGetErrorTrace(), "ImgLocalDeviation" + suffix);
   ImgLocalDeviation(&flat, &dst, 1, -1);
   EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
   ImgConvolGaussian(&flat, &other, 2, 2);
   EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgConvolGaussian");
+  EXPECT_EQ(EGetErrorTrace(), "ImgConvolGaussian" + suffix);
   mirel::testing::FailFilterAllocations(1);
-  ImgConvolUniform(&flat, &other, 4, 4);
+  ImgConvolUniform(&flat, &dst, 4, 4);
   mirel::testing::FailFilterAllocations(0);
+  EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
   EXPECT_EQ(testsupport::Snapshot(other), otherBefore);
+  EXPECT_EQ(testsupport::Snapshot(dst), dstBefore);
+}
+
+TEST(Smoothing, RoutingWorkedNumbersAndRefusals) {
+  RoutingAndRefusals<EBW8>(255, 254, 251, "");
+  EImage<EBW8> checker(3, 3), dev(3, 3);
+  for (int i = 0; i < 9; ++i) checker.SetPixel(EBW8(i % 2 ? 255 : 0), i % 3, i / 3);
+  ImgLocalDeviation(&checker, &dev, 1, 1);
+  EXPECT_NEAR(dev.GetPixel(1, 1).value, 127, 3);
 }
 
 // ---------------------------------------------------------------- 16 bits
@@ -200,48 +213,15 @@ TEST(Smoothing16, MatchTheModelsOnRandomRoisOnEveryPath) {
 }
 
 TEST(Smoothing16, RoutingWorkedNumbersAndRefusals) {
+  // 25 * 65535 * 671088 wraps at 32 bits and leaves 254.
+  RoutingAndRefusals<EBW16>(65535, 254, 64511, " (BW16)");
   EImage<EBW16> flat(10, 6), dst(10, 6);
   ImgCopy(EBW16(65535), &flat);
   ImgConvolUniform(&flat, &dst, 1, 0);
   EXPECT_EQ(dst.GetPixel(4, 3).value, 65279);  // (3 * 65535 * 85) >> 8
-  ImgConvolUniform(&flat, &dst, 2, 2);  // 25 * 65535 * 671088 wraps at 32 bits
-  EXPECT_EQ(dst.GetPixel(4, 3).value, 254);
-  ImgLocalDeviation(&flat, &dst, 3, 1);
-  EXPECT_EQ(dst.GetPixel(0, 0).value, 0);
   ImgCopy(EBW16(100), &flat);
   ImgConvolUniform(&flat, &dst, 2, 2);
   EXPECT_EQ(dst.GetPixel(4, 3).value, 99);
-  // In place: the 3x3 route works, the sliding sum is refused.
-  ImgConvolUniform(&flat, nullptr, 1, 1);
-  EXPECT_EQ(EGetError(), E_OK);
-  EXPECT_EQ(flat.GetPixel(3, 3).value, 98);  // (900 * 14) >> 7
-  const auto before = testsupport::Snapshot(flat);
-  ImgConvolUniform(&flat, nullptr, 1, 2);
-  EXPECT_EQ(EGetError(), E_ERROR_SAME_IMAGE);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgConvolUniform (BW16)");
-  ImgLocalAverage(&flat, &flat, 3, 3);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgLocalAverage (BW16)");
-  EXPECT_EQ(testsupport::Snapshot(flat), before);
-  // Both counts 0: the uniform filter copies, the Gaussian writes nothing.
-  ImgCopy(EBW16(1), &dst);
-  ImgConvolGaussian(&flat, &dst, 0, 0);
-  EXPECT_EQ(dst.GetPixel(0, 0).value, 1);
-  ImgConvolUniform(&flat, &dst, 0, 0);
-  EXPECT_EQ(testsupport::Bytes(dst), testsupport::Bytes(flat));
-  EImage<EBW16> other(9, 6);
-  const auto otherBefore = testsupport::Snapshot(other);
-  ImgLocalDeviation(&flat, &other, 1, 1);
-  EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgLocalDeviation (BW16)");
-  ImgConvolGaussian(&flat, &other, 2, 2);
-  EXPECT_STREQ(EGetErrorTrace(), "ImgConvolGaussian (BW16)");
-  EXPECT_EQ(testsupport::Snapshot(other), otherBefore);
-  const auto dstBefore = testsupport::Snapshot(dst);
-  mirel::testing::FailFilterAllocations(1);
-  ImgConvolUniform(&flat, &dst, 4, 4);
-  mirel::testing::FailFilterAllocations(0);
-  EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
-  EXPECT_EQ(testsupport::Snapshot(dst), dstBefore);
 }
 
 // The colour filters against their definition: each component through the

@@ -228,7 +228,7 @@ TEST(BitEngine, RefusedCalls) {
   expectRefused(E_ERROR_BAD_OPERATION, "ImgOper (BW1)", "unary and");
   ImgOper(ALO_ADD, &a.roi, &a.roi, &odd.roi);
   expectRefused(E_ERROR_BAD_OPERATION, "ImgOper (BW1)", "add");
-  ImgOper(ALO_BIT_OR, &a.roi, nullptr, &odd.roi);
+  ImgOper(ALO_BIT_OR, &a.roi, static_cast<const EROI<EBW1>*>(nullptr), &odd.roi);
   expectRefused(E_ERROR_VOID_IMAGE, "ImgOper (BW1)", "null operand");
   ImgOper(ALO_BIT_OR, &a.roi, &none, &odd.roi);
   expectRefused(E_ERROR_VOID_IMAGE, "ImgOper (BW1)", "void operand");
