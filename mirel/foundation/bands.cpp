@@ -32,12 +32,16 @@
 namespace mirel {
 namespace {
 
-// Work below this many units per band costs less than waking a thread for
-// it (measured: about 20 microseconds to hand a band over and back on a
-// loaded two-core machine, in which a pixelwise sum streams 200 KB).
+// Work below this many units per band costs less than handing the band to
+// another thread: waking a thread and waiting for it take some tens of
+// microseconds, in which a pixelwise operation streams a few hundred
+// kilobytes.
 constexpr double kMinBandCost = 256.0 * 1024.0;
 // More threads than this are never used, whatever the setting.
 constexpr int kMaxThreads = 64;
+// Bands per thread: a thread that the system keeps waiting leaves its
+// later bands to the others, which claim them as they finish theirs.
+constexpr int kBandsPerThread = 4;
 
 thread_local int t_threads = 1;
 thread_local bool t_in_band = false;
@@ -189,18 +193,20 @@ Pool* ThePool() {
 
 }  // namespace
 
-Bands::Bands(int rows, double rowCost) : rows_(rows < 0 ? 0 : rows), count_(1) {
+Bands::Bands(int rows, double rowCost) : rows_(rows < 0 ? 0 : rows), count_(1), threads_(1) {
   if (t_in_band || t_threads == 1 || rows_ < 2 || !(rowCost > 0.0)) return;
   const double minimum = t_min_band_cost >= 0.0 ? t_min_band_cost : kMinBandCost;
   const double total = rowCost * rows_;
-  int count = std::min(ResolvedThreads(), rows_);
-  if (minimum > 0.0) count = std::min<double>(count, total / minimum);
+  threads_ = ResolvedThreads();
+  int count = std::min(threads_ * kBandsPerThread, rows_);
+  if (minimum > 0.0) count = static_cast<int>(std::min<double>(count, total / minimum));
   count_ = std::max(count, 1);
 }
 
 void Bands::Dispatch(BandFn fn, void* context) const {
   Pool* pool = ThePool();
-  const int helpers = pool == nullptr ? 0 : std::min(pool->Grow(count_ - 1), count_ - 1);
+  const int wanted = std::min(threads_, count_) - 1;
+  const int helpers = pool == nullptr ? 0 : std::min(pool->Grow(wanted), wanted);
 
   Job job;
   job.fn = fn;

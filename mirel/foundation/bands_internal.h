@@ -11,9 +11,11 @@
 // body is then called once with [0, rows) on the calling thread, exactly as
 // without the runner) unless the thread's setting (ImgSetThreads) is above
 // 1, the call is not itself running inside a band, and the work is large
-// enough for waking threads to pay. Otherwise the rows are cut into that
-// many bands of nearly equal height (none empty); the calling thread works
-// on bands too and returns when all are done.
+// enough for waking threads to pay. Otherwise the rows are cut into up to
+// four bands a thread, of nearly equal height (none empty), which the
+// calling thread and the pool's claim one after another, so that a thread
+// the system keeps waiting holds up no more than one band; the calling
+// thread returns when all are done.
 //
 // Each band runs with the caller's fast-path switches and thread record
 // (the overlay colour) and a cleared error state of its own. When every
@@ -80,6 +82,7 @@ class MIREL_API Bands {
 
   int rows_;
   int count_;
+  int threads_;
 };
 
 // Calls body(y0, y1) over bands that together cover rows [0, rows).

@@ -75,7 +75,8 @@ TEST(Bands, EveryRowOnceInOrderedNonEmptyBands) {
     ThreadsGuard guard(threads);
     for (int rows : {0, 1, 2, 3, 5, 6, 7, 8, 13, 100}) {
       const mirel::Bands bands(rows, 1.0);
-      EXPECT_EQ(bands.Count(), rows < 2 ? 1 : std::min(threads, rows));
+      EXPECT_GE(bands.Count(), rows < 2 ? 1 : std::min(threads, rows));
+      EXPECT_LE(bands.Count(), std::max(rows, 1));
       std::vector<std::atomic<int>> seen(static_cast<std::size_t>(rows));
       std::mutex m;
       std::vector<std::pair<int, int>> ranges(static_cast<std::size_t>(bands.Count()));
