@@ -393,7 +393,10 @@ class MIREL_API EImage : public EROI<T> {
     if (this->data_ == nullptr || other.data_ == nullptr || this->width_ != other.width_ ||
         this->height_ != other.height_)
       return;
-    const std::size_t row = static_cast<std::size_t>(this->pitch_ < other.pitch_ ? this->pitch_ : other.pitch_);
+    // The pixels of a row only: a borrowed buffer may end right behind the
+    // last row's last pixel.
+    const std::size_t row = EROI<T>::kBits ? (static_cast<std::size_t>(this->width_) + 7) / 8
+                                           : static_cast<std::size_t>(this->width_) * sizeof(T);
     for (int y = 0; y < this->height_; ++y)
       std::memcpy(this->data_ + static_cast<std::size_t>(y) * this->pitch_,
                   other.data_ + static_cast<std::size_t>(y) * other.pitch_, row);
