@@ -92,6 +92,11 @@ void Check();
 // makes itself with the library's codes).
 [[noreturn]] void Raise(E_ERRORS code, const char* trace);
 
+// A threshold argument: a number, or the name of a mode of
+// IMG_THRESHOLD_MODES ("min_residue", "max_entropy", "isodata",
+// "min_distance", "min_squared_distance", "relative").
+unsigned int ThresholdValue(const py::object& t);
+
 // The array as an array object, or a TypeError naming the operation.
 py::array AsArray(const py::handle& obj, const char* op);
 

@@ -63,21 +63,6 @@ IMG_HISTOGRAM_FEATURE FeatureOf(const py::object& f) {
   return static_cast<IMG_HISTOGRAM_FEATURE>(f.cast<int>());
 }
 
-unsigned ModeOf(const py::object& mode) {
-  static const std::pair<const char*, IMG_THRESHOLD_MODES> modes[] = {
-      {"min_residue", IMG_THRESHOLD_MIN_RESIDUE},       {"max_entropy", IMG_THRESHOLD_MAX_ENTROPY},
-      {"isodata", IMG_THRESHOLD_ISODATA},               {"min_distance", IMG_THRESHOLD_MIN_DISTANCE},
-      {"min_squared_distance", IMG_THRESHOLD_MIN_SQUARED_DISTANCE}, {"relative", IMG_THRESHOLD_RELATIVE},
-  };
-  if (py::isinstance<py::str>(mode)) {
-    const std::string name = mode.cast<std::string>();
-    for (const auto& m : modes)
-      if (name == m.first) return m.second;
-    throw py::value_error("no threshold mode named " + name);
-  }
-  return mode.cast<unsigned>();
-}
-
 }  // namespace
 
 void BindHistogram(Registry& r) {
@@ -169,7 +154,7 @@ void BindHistogram(Registry& r) {
   r.Def(
       "auto_threshold", "ImgAutoThreshold", "measure", py::none(),
       [](const py::handle& src, const py::object& mode, float relative) {
-        const unsigned md = ModeOf(mode);
+        const unsigned md = ThresholdValue(mode);
         return Measure("auto_threshold", src, [&](auto* s) -> decltype(static_cast<unsigned>(ImgAutoThreshold(
                                                      s, static_cast<IMG_THRESHOLD_MODES>(md), relative))) {
           return static_cast<unsigned>(ImgAutoThreshold(s, static_cast<IMG_THRESHOLD_MODES>(md), relative));
@@ -185,7 +170,7 @@ void BindHistogram(Registry& r) {
         HistogramFrom(h, &in);
         const bool wide = in.GetNumElements() == 65536;
         const unsigned top = max.is_none() ? in.GetNumElements() - 1 : max.cast<unsigned>();
-        unsigned t = ModeOf(mode);
+        unsigned t = ThresholdValue(mode);
         float below = 0.0f, above = 0.0f;
         Run([&] {
           if (wide)
@@ -278,7 +263,7 @@ void BindHistogram(Registry& r) {
   r.Def(
       "adaptive_threshold", "ImgAutoAdaptiveThreshold", "image", py::none(),
       [](const py::handle& src, const py::object& mode, int blockWidth, int blockHeight, const py::object& out) {
-        const auto md = static_cast<IMG_THRESHOLD_MODES>(ModeOf(mode));
+        const auto md = static_cast<IMG_THRESHOLD_MODES>(ThresholdValue(mode));
         return Unary("adaptive_threshold", src, out, [&](auto* s, auto* d) MIREL_CALL(ImgAutoAdaptiveThreshold(
                                                          s, d, md, blockWidth, blockHeight)));
       },

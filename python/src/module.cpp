@@ -68,6 +68,22 @@ long long IntegerIn(const py::handle& v, long long low, long long high, const ch
   return n;
 }
 
+// The value of a threshold argument: a number, or the name of a mode.
+unsigned int ThresholdValue(const py::object& t) {
+  if (py::isinstance<py::str>(t)) {
+    const std::string name = t.cast<std::string>();
+    static const std::pair<const char*, IMG_THRESHOLD_MODES> modes[] = {
+        {"min_residue", IMG_THRESHOLD_MIN_RESIDUE},       {"max_entropy", IMG_THRESHOLD_MAX_ENTROPY},
+        {"isodata", IMG_THRESHOLD_ISODATA},               {"min_distance", IMG_THRESHOLD_MIN_DISTANCE},
+        {"min_squared_distance", IMG_THRESHOLD_MIN_SQUARED_DISTANCE}, {"relative", IMG_THRESHOLD_RELATIVE},
+    };
+    for (const auto& m : modes)
+      if (name == m.first) return m.second;
+    throw py::value_error("no threshold mode named " + name);
+  }
+  return static_cast<unsigned int>(IntegerIn(t, 0, 0xffffffffll, "a threshold"));
+}
+
 py::array AsArray(const py::handle& obj, const char* op) {
   if (py::isinstance<py::array>(obj)) return py::reinterpret_borrow<py::array>(obj);
   if (obj.is_none()) throw py::type_error(std::string(op) + ": an array is needed, not None");

@@ -155,22 +155,6 @@ struct FillAccepts {
   static constexpr bool value = std::is_invocable<decltype(kCopy), T, EROI<T>*>::value;
 };
 
-// The value of a threshold argument: a number, or the name of a mode.
-unsigned int ThresholdValue(const py::object& t) {
-  if (py::isinstance<py::str>(t)) {
-    const std::string name = t.cast<std::string>();
-    static const std::pair<const char*, IMG_THRESHOLD_MODES> modes[] = {
-        {"min_residue", IMG_THRESHOLD_MIN_RESIDUE},       {"max_entropy", IMG_THRESHOLD_MAX_ENTROPY},
-        {"isodata", IMG_THRESHOLD_ISODATA},               {"min_distance", IMG_THRESHOLD_MIN_DISTANCE},
-        {"min_squared_distance", IMG_THRESHOLD_MIN_SQUARED_DISTANCE}, {"relative", IMG_THRESHOLD_RELATIVE},
-    };
-    for (const auto& m : modes)
-      if (name == m.first) return m.second;
-    throw py::value_error("no threshold mode named " + name);
-  }
-  return static_cast<unsigned int>(IntegerIn(t, 0, 0xffffffffll, "a threshold"));
-}
-
 // A fixed threshold reaches no neighbour; a mode reads the whole histogram.
 py::object ThresholdReach() {
   return Registry::ReachOf(

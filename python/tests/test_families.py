@@ -122,6 +122,11 @@ def test_median_thin_distance(rng):
     block[2:7, 2:10] = 255
     thinned, passes = mirel.thin(block, "pattern_full", 0, 1)
     assert passes == 1 and (thinned <= block).all()
+    bits = random_image(rng, "bits", (17, 29))
+    thin_bits, n_bits = mirel.thin(bits, "pattern_tee", 1)
+    thin_grey, n_grey = mirel.thin(bits.astype(np.uint8) * 255, "pattern_tee", 1)
+    np.testing.assert_array_equal(thin_bits, thin_grey > 0)
+    assert n_bits == n_grey
     d = mirel.distance(block)
     assert d.dtype == np.uint16 and d[4, 5] == 3 and d[0, 0] == 0
 
