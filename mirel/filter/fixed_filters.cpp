@@ -206,7 +206,7 @@ bool InPlace(const FilterShape& f, const Rows<Pix>& img, const SimdRoutines& sim
 }
 
 template <class Pix>
-void RunFilter(FixedFilter kind, EROI<Pix>* src, EROI<Pix>* dst, const char* label) {
+void RunFilter(FixedFilter kind, const EROI<Pix>* src, EROI<Pix>* dst, const char* label) {
   using P = typename GreyOf<Pix>::P;
   mirel::Frame frame(label);
   if (!frame.NotVoid(src) || !frame.SameSize(src, dst) || !frame.NotVoid(dst)) return;
@@ -229,28 +229,28 @@ void RunFilter(FixedFilter kind, EROI<Pix>* src, EROI<Pix>* dst, const char* lab
 }  // namespace filter
 }  // namespace mirel
 
-void ImgConvolUniform5x5(EROI<EBW8>* src, EROI<EBW8>* dst) {
+void ImgConvolUniform5x5(const EROI<EBW8>* src, EROI<EBW8>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kUniform5, src, dst, "ConvolUniform5x5");
 }
-void ImgConvolGaussian5x5(EROI<EBW8>* src, EROI<EBW8>* dst) {
+void ImgConvolGaussian5x5(const EROI<EBW8>* src, EROI<EBW8>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian5, src, dst, "ConvolGaussian5x5");
 }
-void ImgConvolUniform7x7(EROI<EBW8>* src, EROI<EBW8>* dst) {
+void ImgConvolUniform7x7(const EROI<EBW8>* src, EROI<EBW8>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kUniform7, src, dst, "ImgConvolUniform7x7");
 }
-void ImgConvolGaussian7x7(EROI<EBW8>* src, EROI<EBW8>* dst) {
+void ImgConvolGaussian7x7(const EROI<EBW8>* src, EROI<EBW8>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian7, src, dst, "ImgConvolGaussian7x7");
 }
 
-void ImgConvolUniform5x5(EROI<EBW16>* src, EROI<EBW16>* dst) {
+void ImgConvolUniform5x5(const EROI<EBW16>* src, EROI<EBW16>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kUniform5, src, dst, "ConvolUniform5x5 (BW16)");
 }
-void ImgConvolGaussian5x5(EROI<EBW16>* src, EROI<EBW16>* dst) {
+void ImgConvolGaussian5x5(const EROI<EBW16>* src, EROI<EBW16>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian5, src, dst, "ConvolGaussian5x5 (BW16)");
 }
-void ImgConvolUniform7x7(EROI<EBW16>* src, EROI<EBW16>* dst) {
+void ImgConvolUniform7x7(const EROI<EBW16>* src, EROI<EBW16>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kUniform7, src, dst, "ImgConvolUniform7x7 (BW16)");
 }
-void ImgConvolGaussian7x7(EROI<EBW16>* src, EROI<EBW16>* dst) {
+void ImgConvolGaussian7x7(const EROI<EBW16>* src, EROI<EBW16>* dst) {
   mirel::filter::RunFilter(mirel::filter::FixedFilter::kGaussian7, src, dst, "ImgConvolGaussian7x7 (BW16)");
 }

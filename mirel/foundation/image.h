@@ -186,8 +186,11 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
   static constexpr bool kBits = std::is_same<T, EBW1>::value;
 
   EROI() = default;
-  EROI(EROI* parent, int orgX, int orgY, int width, int height) {
-    parent_ = parent;
+  // The parent may be const: a ROI is a view, and whether its pixels are
+  // written depends on where it is passed, as with the image itself. A ROI
+  // over a const image is meant to be passed as a source only.
+  EROI(const EROI* parent, int orgX, int orgY, int width, int height) {
+    parent_ = const_cast<EROI*>(parent);
     if (!Accepts(parent, orgX, orgY, width, height)) {
       refused_ = true;
       ESetError(E_ERROR_BAD_ARGUMENT);
@@ -232,8 +235,8 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
     refused_ = false;
   }
   // Attaches the ROI to another parent at (0, 0) with size 0x0.
-  void Attach(EROI* parent) {
-    parent_ = parent;
+  void Attach(const EROI* parent) {
+    parent_ = const_cast<EROI*>(parent);
     org_x_ = org_y_ = width_ = height_ = 0;
     refused_ = false;
   }

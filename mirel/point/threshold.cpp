@@ -90,7 +90,7 @@ using mirel::Rows;
 using mirel::thr::Levels;
 
 // Writes the levels of `levels` for every pixel of src into dst.
-void Classify(EROI<EBW8>* src, EROI<EBW8>* dst, const Levels& levels, int mmx) {
+void Classify(const EROI<EBW8>* src, EROI<EBW8>* dst, const Levels& levels, int mmx) {
   unsigned char table[256];
   mirel::thr::MakeTable(levels, table);
   const Rows<const EBW8> s = mirel::RowsOf(static_cast<const EROI<EBW8>*>(src));
@@ -123,7 +123,7 @@ void Classify(EROI<EBW8>* src, EROI<EBW8>* dst, const Levels& levels, int mmx) {
 }
 
 template <class Fn>
-void ForEach16(EROI<EBW16>* src, EROI<EBW16>* dst, Fn fn) {
+void ForEach16(const EROI<EBW16>* src, EROI<EBW16>* dst, Fn fn) {
   const Rows<const EBW16> s = mirel::RowsOf(static_cast<const EROI<EBW16>*>(src));
   const Rows<EBW16> d = mirel::RowsOf(dst);
   for (int y = 0; y < s.height; ++y) {
@@ -202,7 +202,7 @@ MIREL_TARGET_SSSE3 int BoxRowSSSE3(const unsigned char* s, unsigned char* d, int
 
 }  // namespace
 
-short ImgThreshold(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int threshold, unsigned char low, unsigned char high,
+short ImgThreshold(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int threshold, unsigned char low, unsigned char high,
                    float relative) {
   const int mmx = EGetMMX();
   EBWHistogramVector histogram;
@@ -221,7 +221,7 @@ short ImgThreshold(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int threshold, uns
   return frame.Result();
 }
 
-void ImgThreshold(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int threshold, EBW16 low, EBW16 high,
+void ImgThreshold(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int threshold, EBW16 low, EBW16 high,
                   float relative) {
   EBWHistogramVector histogram;
   mirel::Frame frame("ImgThreshold (BW16)");
@@ -237,7 +237,7 @@ void ImgThreshold(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int threshold, EB
   ForEach16(src, dst, [=](unsigned short v) { return v >= threshold ? hi : lo; });
 }
 
-short ImgDoubleThreshold(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int lowThreshold, unsigned int highThreshold,
+short ImgDoubleThreshold(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int lowThreshold, unsigned int highThreshold,
                          unsigned char low, unsigned char middle, unsigned char high) {
   const int mmx = EGetMMX();
   mirel::Frame frame("ImgDoubleThreshold ( BW8 to BW8)");
@@ -249,7 +249,7 @@ short ImgDoubleThreshold(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int lowThres
   return frame.Result();
 }
 
-void ImgDoubleThreshold(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int lowThreshold, unsigned int highThreshold,
+void ImgDoubleThreshold(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int lowThreshold, unsigned int highThreshold,
                         EBW16 low, EBW16 middle, EBW16 high) {
   mirel::Frame frame("ImgDoubleThreshold ( BW16 to BW16)");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
@@ -257,7 +257,7 @@ void ImgDoubleThreshold(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int lowThre
   ForEach16(src, dst, [=](unsigned short v) { return v > highThreshold ? hi : v >= lowThreshold ? mid : lo; });
 }
 
-void ImgThreshold(EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum) {
+void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum) {
   const int mmx = EGetMMX();
   mirel::Frame frame("ImgThreshold ( C24 to BW8)");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
@@ -286,7 +286,7 @@ void ImgThreshold(EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum) 
   }
 }
 
-void ImgThreshold(EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, EColorLookup* lookup, EBW8 outside,
+void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, EColorLookup* lookup, EBW8 outside,
                   EBW8 inside) {
   mirel::Frame frame("ImgThreshold ( C24 to BW8)");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
