@@ -558,7 +558,7 @@ void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
     for (int y = 0; y < height; ++y) {
       if (y == 0 || y == height - 1) {
         for (int x = 0; x < width; ++x) frame(x, y);
-      } else {
+      } else if (width > 0) {  // a ROI with no columns has no frame pixels
         frame(0, y);
         if (width > 1) frame(width - 1, y);
       }

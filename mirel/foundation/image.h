@@ -32,7 +32,9 @@
 //
 // Run masks. An EROI<EBW8> may carry runs: horizontal stretches of pixels
 // that the histogram, area, average, extremes and gravity-centre operations
-// restrict themselves to. See ERun.
+// restrict themselves to. See ERun. Each run must lie inside one row of the
+// ROI as it is placed when an operation reads the mask; a mask with a run
+// outside it is refused with E_ERROR_BAD_ARGUMENT (1007) and no pixel read.
 #ifndef MIREL_FOUNDATION_IMAGE_H_
 #define MIREL_FOUNDATION_IMAGE_H_
 
