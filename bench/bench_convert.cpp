@@ -29,24 +29,30 @@ constexpr const char* kToColour = "Convert BW8 to C24 (cvtColor GRAY2BGR)";
 constexpr const char* kToFloat = "Convert BW8 to F32 (convertTo)";
 
 void ToGreyMirel(benchmark::State& state) {
+  EImage<EC24>& src = bench::ColourFrame();
+  EImage<EBW8>& dst = bench::Out();
   for (auto _ : state) {
-    ImgConvert(&bench::ColourFrame(), &bench::Out());
+    ImgConvert(&src, &dst);
     benchmark::ClobberMemory();
   }
 }
 MIREL_BENCH_ROW(kToGrey, "mirel", ToGreyMirel);
 
 void ToColourMirel(benchmark::State& state) {
+  EImage<EBW8>& src = bench::Frame();
+  EImage<EC24>& dst = bench::ColourOut();
   for (auto _ : state) {
-    ImgConvert(&bench::Frame(), &bench::ColourOut());
+    ImgConvert(&src, &dst);
     benchmark::ClobberMemory();
   }
 }
 MIREL_BENCH_ROW(kToColour, "mirel", ToColourMirel);
 
 void ToFloatMirel(benchmark::State& state) {
+  EImage<EBW8>& src = bench::Frame();
+  EImage<EFLOAT32>& dst = FloatOut();
   for (auto _ : state) {
-    ImgConvert(&bench::Frame(), &FloatOut());
+    ImgConvert(&src, &dst);
     benchmark::ClobberMemory();
   }
 }

@@ -14,8 +14,10 @@ namespace {
 constexpr const char* kLocalMean = "Local mean threshold 31x31 (adaptiveThreshold MEAN_C)";
 
 void LocalMeanMirel(benchmark::State& state) {
+  EImage<EBW8>& src = bench::Frame();
+  EImage<EBW8>& dst = bench::Out();
   for (auto _ : state) {
-    Corvane::Talmeer::Segmentation::ImgLocalMeanThreshold(&bench::Frame(), &bench::Out(), 15, 4);
+    Corvane::Talmeer::Segmentation::ImgLocalMeanThreshold(&src, &dst, 15, 4);
     benchmark::ClobberMemory();
   }
 }

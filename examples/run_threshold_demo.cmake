@@ -1,11 +1,12 @@
 # Runs threshold_demo with no image into a fresh folder OUT and checks that
-# it succeeds and writes the source, the histogram plot and the binary image.
+# it succeeds and writes the source, the histogram plot, the binary image and
+# the contours drawn over the source.
 file(REMOVE_RECURSE "${OUT}")
 execute_process(COMMAND "${DEMO}" --out "${OUT}" RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "threshold_demo failed (${rc}):\n${out}\n${err}")
 endif()
-foreach(stem source histogram binary)
+foreach(stem source histogram binary contours)
   file(GLOB found "${OUT}/${stem}.*")
   if(NOT found)
     message(FATAL_ERROR "threshold_demo wrote no ${stem} image into ${OUT}:\n${out}")
@@ -15,6 +16,9 @@ foreach(stem source histogram binary)
     message(FATAL_ERROR "${found} is only ${size} bytes")
   endif()
 endforeach()
+if(NOT out MATCHES "contours of [1-9][0-9]* objects")
+  message(FATAL_ERROR "threshold_demo drew no contour:\n${out}")
+endif()
 if(NOT out MATCHES "minimum residue +[0-9]+")
   message(FATAL_ERROR "threshold_demo printed no minimum-residue threshold:\n${out}")
 endif()

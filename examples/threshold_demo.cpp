@@ -1,7 +1,9 @@
 // threshold_demo: picks a binarization threshold for a grey image with every
 // selection mode of MirelImage, binarizes it with the minimum-residue
 // threshold and writes the source, a plot of its histogram with the
-// thresholds marked, and the binary result.
+// thresholds marked, the binary result, and the source with the contours of
+// the objects that the threshold finds drawn over it. The plot and the
+// contours are drawn with the library's raster drawing adapter.
 //
 //   threshold_demo [image] [--out DIR]
 //
@@ -22,14 +24,6 @@
 #include <vector>
 
 namespace {
-
-// A plain picture in memory: 1 (grey) or 3 (colour) bytes a pixel.
-struct Picture {
-  int width = 0;
-  int height = 0;
-  int channels = 1;
-  std::vector<unsigned char> pixels;
-};
 
 // ---------------------------------------------------------------- files
 
@@ -76,16 +70,6 @@ std::string WriteImage(const std::string& stem, const EROI<T>& image) {
     return std::string();
   }
   return path;
-}
-
-// The plot's red, green, blue bytes become EC24 components 2, 1, 0.
-std::string WritePicture(const std::string& stem, const Picture& pic) {
-  EImage<EC24> image(pic.width, pic.height);
-  for (int y = 0; y < pic.height; ++y) {
-    const unsigned char* p = pic.pixels.data() + static_cast<size_t>(y) * pic.width * 3;
-    for (int x = 0; x < pic.width; ++x, p += 3) image.SetPixel(EC24(p[2], p[1], p[0]), x, y);
-  }
-  return WriteImage(stem, image);
 }
 
 // ---------------------------------------------------------------- images
@@ -152,63 +136,94 @@ void MakeFrame(EImage<EBW8>& image) {
   }
 }
 
-// ---------------------------------------------------------------- plot
+// ---------------------------------------------------------------- drawing
 
-struct Rgb {
-  unsigned char r, g, b;
-};
+using Corvane::DrawColor;
 
 struct Marker {
   const char* name;
   unsigned int threshold;
-  Rgb colour;
+  DrawColor colour;
   bool dashed;
 };
 
-// The histogram as bars (2 pixels a bin, square-root scale so that small
-// classes show), a grey-level ramp beneath, and a vertical line at each
-// threshold, drawn over the first column of bin t.
-Picture Plot(const unsigned int* bins, const std::vector<Marker>& markers) {
-  const int margin = 16, plotH = 300, rampH = 14, w = 512 + 2 * margin, h = plotH + rampH + 3 * margin;
-  Picture pic;
-  pic.width = w;
-  pic.height = h;
-  pic.channels = 3;
-  pic.pixels.assign(static_cast<size_t>(w) * h * 3, 255);
-  auto put = [&](int x, int y, Rgb c) {
-    if (x < 0 || y < 0 || x >= w || y >= h) return;
-    unsigned char* p = &pic.pixels[(static_cast<size_t>(y) * w + x) * 3];
-    p[0] = c.r, p[1] = c.g, p[2] = c.b;
-  };
-  unsigned int top = 1;
-  for (int i = 0; i < 256; ++i) top = std::max(top, bins[i]);
-  const int base = margin + plotH;
-  for (int i = 0; i < 256; ++i) {
-    const int bar = static_cast<int>(std::lround(std::sqrt(static_cast<double>(bins[i]) / top) * plotH));
-    for (int y = base - bar; y < base; ++y) {
-      put(margin + 2 * i, y, Rgb{70, 70, 80});
-      put(margin + 2 * i + 1, y, Rgb{70, 70, 80});
-    }
-    for (int y = base + margin / 2; y < base + margin / 2 + rampH; ++y) {
-      const unsigned char g = static_cast<unsigned char>(i);
-      put(margin + 2 * i, y, Rgb{g, g, g});
-      put(margin + 2 * i + 1, y, Rgb{g, g, g});
-    }
-  }
-  for (int x = margin - 1; x <= margin + 512; ++x) put(x, base, Rgb{0, 0, 0});
-  // The first marker is drawn last and twice as wide, so that it stays in
-  // sight where thresholds coincide.
+// Mirel::IO keeps red in component 2 of an EC24 pixel, as Windows bitmaps do.
+Corvane::RasterDrawAdapter AdapterOn(EImage<EC24>& canvas) {
+  return Corvane::RasterDrawAdapter(&canvas, Corvane::ColorOrder::BlueGreenRed);
+}
+
+// The histogram as EBWHistogramVector::Draw plots it, a grey-level ramp
+// beneath, a vertical line at each threshold over the first column of its
+// bin, and a legend. The first marker is drawn last and twice as wide, so
+// that it stays in sight where thresholds coincide.
+void PlotHistogram(const EBWHistogramVector& histogram, const std::vector<Marker>& markers, EImage<EC24>& plot) {
+  const int w = 600, h = 380, rampH = 12;
+  plot.SetSize(w, h);
+  ImgCopy(EC24(255, 255, 255), &plot);
+  Corvane::RasterDrawAdapter adapter = AdapterOn(plot);
+  adapter.SetPenColor(DrawColor(70, 70, 80));
+  adapter.SetTextColor(DrawColor(0, 0, 0));
+  histogram.Draw(&adapter, 8.0f, 8.0f, static_cast<float>(w - 16), static_cast<float>(h - 16 - rampH - 6));
+  const EPlot& view = histogram.GetPlot();
+
+  EImage<EBW8> ramp(256, 1);
+  for (int i = 0; i < 256; ++i) ramp.SetPixel(EBW8(static_cast<unsigned char>(i)), i, 0);
+  const int columns = view.XView(256) - view.GetLeft();
+  adapter.DrawImage(&ramp, view.GetLeft(), h - 8 - rampH, columns / 256.0f, static_cast<float>(rampH), 1.0,
+                    Corvane::CurrentColor);
+
   for (size_t k = markers.size(); k-- > 0;) {
     const Marker& m = markers[k];
     if (m.threshold > 256) continue;
-    const int x = margin + 2 * static_cast<int>(m.threshold);
-    for (int y = margin; y < base; ++y)
-      if (!m.dashed || (y / 6) % 2 == 0) {
-        put(x, y, m.colour);
-        if (k == 0) put(x - 1, y, m.colour);
-      }
+    const int x = view.XView(m.threshold);
+    for (int y = view.GetTop(); y < view.GetBaseline(); y += m.dashed ? 12 : view.GetBaseline()) {
+      const int end = m.dashed ? std::min(y + 5, view.GetBaseline()) : view.GetBaseline();
+      adapter.DrawLine(x, y, x, end, m.colour);
+      if (k == 0) adapter.DrawLine(x - 1, y, x - 1, end, m.colour);
+    }
   }
-  return pic;
+  int y = view.GetTop() + 4;
+  for (const Marker& m : markers) {
+    if (m.dashed) continue;
+    char text[64];
+    std::snprintf(text, sizeof text, "%s %u", m.name, m.threshold);
+    const int right = view.GetRight() - 4;
+    const int width = static_cast<int>(adapter.MeasureText(text).m_f64Width) + 4;
+    adapter.DrawTextBox(text, right - width, y, m.colour, DrawColor(255, 255, 255));
+    y += 12;
+  }
+}
+
+// The source in colour with the contours of the objects (pixels at or
+// above the threshold) drawn over it: contours are started from the first
+// object pixel after a background one on every eighth row, each traced once;
+// those of fewer than `shortest` points are left out as noise. Returns the
+// number drawn.
+int DrawContours(const EImage<EBW8>& image, unsigned int threshold, EImage<EC24>& canvas) {
+  const int w = image.GetWidth(), h = image.GetHeight(), shortest = 40;
+  canvas.SetSize(w, h);
+  Corvane::RasterDrawAdapter adapter = AdapterOn(canvas);
+  adapter.DrawImage(&image, 0, 0, 1.0f, 1.0f, 1.0, Corvane::CurrentColor);
+  std::vector<unsigned char> traced(static_cast<size_t>(w) * h, 0);
+  const DrawColor colours[] = {DrawColor(255, 60, 40), DrawColor(40, 220, 60), DrawColor(60, 140, 255),
+                               DrawColor(255, 200, 0), DrawColor(230, 60, 230)};
+  int drawn = 0;
+  for (int y = 4; y < h; y += 8) {
+    const EBW8* row = image.GetImagePtr(0, y);
+    for (int x = 1; x < w; ++x) {
+      if (row[x] < threshold || row[x - 1] >= threshold || traced[static_cast<size_t>(y) * w + x]) continue;
+      EPathVector contour;
+      ImgContour(&image, CONTOUR_CLOCKWISE_WRAP, x, y, CONTOUR_THRESHOLD_ABOVE, threshold, CONNEXITY_8, &contour);
+      if (EGetError() != E_OK) continue;
+      for (unsigned int i = 0; i < contour.GetNumElements(); ++i)
+        traced[static_cast<size_t>(contour[i].m_n16Y) * w + contour[i].m_n16X] = 1;
+      if (contour.GetNumElements() < static_cast<unsigned int>(shortest)) continue;
+      adapter.SetPenColor(colours[drawn % 5]);
+      contour.Draw(&adapter, 1.0f, 1.0f, 0.0f, 0.0f);
+      ++drawn;
+    }
+  }
+  return drawn;
 }
 
 void Usage() {
@@ -258,16 +273,16 @@ int main(int argc, char** argv) {
   struct Mode {
     const char* name;
     unsigned int value;
-    Rgb colour;
+    DrawColor colour;
     const char* colourName;
   };
   const Mode modes[] = {
-      {"minimum residue", IMG_THRESHOLD_MIN_RESIDUE, Rgb{220, 30, 30}, "red, bold"},
-      {"maximum entropy", IMG_THRESHOLD_MAX_ENTROPY, Rgb{30, 150, 40}, "green"},
-      {"isodata (exhaustive)", IMG_THRESHOLD_ISODATA, Rgb{30, 80, 220}, "blue"},
-      {"min distance", IMG_THRESHOLD_MIN_DISTANCE, Rgb{230, 140, 0}, "orange"},
-      {"min squared distance", IMG_THRESHOLD_MIN_SQUARED_DISTANCE, Rgb{160, 40, 180}, "purple"},
-      {"relative 0.5 (median)", IMG_THRESHOLD_RELATIVE, Rgb{0, 170, 170}, "teal"},
+      {"minimum residue", IMG_THRESHOLD_MIN_RESIDUE, DrawColor(220, 30, 30), "red, bold"},
+      {"maximum entropy", IMG_THRESHOLD_MAX_ENTROPY, DrawColor(30, 150, 40), "green"},
+      {"isodata (exhaustive)", IMG_THRESHOLD_ISODATA, DrawColor(30, 80, 220), "blue"},
+      {"min distance", IMG_THRESHOLD_MIN_DISTANCE, DrawColor(230, 140, 0), "orange"},
+      {"min squared distance", IMG_THRESHOLD_MIN_SQUARED_DISTANCE, DrawColor(160, 40, 180), "purple"},
+      {"relative 0.5 (median)", IMG_THRESHOLD_RELATIVE, DrawColor(0, 170, 170), "teal"},
   };
   std::vector<Marker> markers;
   std::printf("\n%-24s %9s %14s %14s   %s\n", "mode", "threshold", "average below", "average above", "plot colour");
@@ -296,8 +311,8 @@ int main(int argc, char** argv) {
   std::printf("iterative isodata: threshold %u\n", iso);
   std::printf("three classes: thresholds %u and %u, averages %.2f / %.2f / %.2f, residue %.2f (dashed in black)\n",
               static_cast<unsigned>(lowT), static_cast<unsigned>(highT), lowA, midA, highA, residue3);
-  markers.push_back({"three classes, low", lowT, Rgb{0, 0, 0}, true});
-  markers.push_back({"three classes, high", highT, Rgb{0, 0, 0}, true});
+  markers.push_back({"three classes, low", lowT, DrawColor(0, 0, 0), true});
+  markers.push_back({"three classes, high", highT, DrawColor(0, 0, 0), true});
 
   EImage<EBW8> binary(image.GetWidth(), image.GetHeight());
   if (ImgThreshold(&image, &binary, IMG_THRESHOLD_MIN_RESIDUE, 0, 255, 0.f) != 0) {
@@ -317,10 +332,15 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "threshold_demo: cannot make %s: %s\n", outDir.c_str(), ec.message().c_str());
     return 1;
   }
+  EImage<EC24> plot, contours;
+  PlotHistogram(histogram, markers, plot);
+  const int objects = DrawContours(image, markers.empty() ? 128u : markers[0].threshold, contours);
+  std::printf("contours of %d objects drawn over the source\n", objects);
   const std::string written[] = {
       WriteImage(outDir + "/source", image),
-      WritePicture(outDir + "/histogram", Plot(histogram.GetDataPtr(), markers)),
+      WriteImage(outDir + "/histogram", plot),
       WriteImage(outDir + "/binary", binary),
+      WriteImage(outDir + "/contours", contours),
   };
   std::printf("\nwritten:\n");
   for (const std::string& path : written) {

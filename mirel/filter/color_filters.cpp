@@ -102,12 +102,12 @@ void ImgConvolUniform(EROI<EC24>* src, EROI<EC24>* dst, unsigned int halfX, unsi
                            });
 }
 
-void ImgConvolKernel(const EROI<EC24>* src, EROI<EC24>* dst, EKernel* kernel) {
+void ImgConvolKernel(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel) {
   mirel::filter::TwoPlanes("ImgConvolKernel ( C24)", src, dst, false, nullptr,
                            [&](const EROI<EBW8>* in, EROI<EBW8>* out) { ImgConvolKernel(in, out, kernel); });
 }
 
-void ImgConvolSymmetricKernel(const EROI<EC24>* src, EROI<EC24>* dst, EKernel* kernel) {
+void ImgConvolSymmetricKernel(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel) {
   mirel::filter::TwoPlanes("ImgConvolSymmetricKernel ( C24)", src, dst, false, nullptr,
                            [&](const EROI<EBW8>* in, EROI<EBW8>* out) { ImgConvolSymmetricKernel(in, out, kernel); });
 }

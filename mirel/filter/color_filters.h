@@ -42,8 +42,8 @@ MIREL_API void ImgConvolLaplacian4(EROI<EC24>* src, EROI<EC24>* dst);
 MIREL_API void ImgConvolLaplacian8(EROI<EC24>* src, EROI<EC24>* dst);
 MIREL_API void ImgConvolGaussian(EROI<EC24>* src, EROI<EC24>* dst, unsigned int halfX, unsigned int halfY);
 MIREL_API void ImgConvolUniform(EROI<EC24>* src, EROI<EC24>* dst, unsigned int halfX, unsigned int halfY);
-MIREL_API void ImgConvolKernel(const EROI<EC24>* src, EROI<EC24>* dst, EKernel* kernel);
-MIREL_API void ImgConvolSymmetricKernel(const EROI<EC24>* src, EROI<EC24>* dst, EKernel* kernel);
+MIREL_API void ImgConvolKernel(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel);
+MIREL_API void ImgConvolSymmetricKernel(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel);
 MIREL_API void ImgConvolRoberts(const EROI<EC24>* src, EROI<EC24>* dst);
 
 #endif  // MIREL_FILTER_COLOR_FILTERS_H_

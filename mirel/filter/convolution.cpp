@@ -339,7 +339,7 @@ inline std::uint32_t FifteenBitOffset(unsigned int offset, const std::uint16_t*)
 
 // The fifteen-bit routines: checks, coefficients, then the window run.
 template <class Pix>
-void FixedRoutine(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel, int size, bool symmetric,
+void FixedRoutine(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel, int size, bool symmetric,
                   const char* label) {
   using P = typename GreyOf<Pix>::P;
   EOk();
@@ -396,7 +396,7 @@ void FixedRoutine(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel, int siz
 // 16 bits; on 8-bit pixels those that the fast form computes one by one keep
 // them in 32.
 template <class Pix>
-void EightBit(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel) {
+void EightBit(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
   using P = typename GreyOf<Pix>::P;
   Window w;
   PlainWindow(3, w);
@@ -469,7 +469,7 @@ void RectifyRun(const std::int32_t* v, int n, std::int64_t mode, std::int64_t ad
 }
 
 template <class Pix>
-void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel) {
+void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
   using P = typename GreyOf<Pix>::P;
   const int sx = kernel->SizeX, sy = kernel->SizeY;
   const int count = sx * sy;
@@ -558,7 +558,7 @@ void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel) {
     for (int y = 0; y < height; ++y) {
       if (y == 0 || y == height - 1) {
         for (int x = 0; x < width; ++x) frame(x, y);
-      } else {
+      } else if (width > 0) {  // a ROI with no columns has no frame pixels
         frame(0, y);
         if (width > 1) frame(width - 1, y);
       }
@@ -578,47 +578,47 @@ bool KernelFits(const EKernel* kernel) {
 
 }  // namespace
 
-void ConvolKernel3x3(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernel3x3(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 3, false, "ConvolKernel3x3");
 }
-void ConvolKernel5x5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernel5x5(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 5, false, "ConvolKernel5x5");
 }
-void ConvolKernel7x7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernel7x7(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 7, false, "ConvolKernel7x7");
 }
-void ConvolKernelS3xS3(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernelS3xS3(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 3, true, "ConvolKernelS3xS3");
 }
-void ConvolKernelS5xS5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernelS5xS5(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 5, true, "ConvolKernelS5xS5");
 }
-void ConvolKernelS7xS7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ConvolKernelS7xS7(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 7, true, "ConvolKernelS7xS7");
 }
-void ConvolKernel3x3(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+void ConvolKernel3x3(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 3, false, "ConvolKernel3x3 BW16");
 }
-void ConvolKernel5x5(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+void ConvolKernel5x5(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 5, false, "ConvolKernel5x5 (BW16)");
 }
-void ConvolKernel7x7(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+void ConvolKernel7x7(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 7, false, "ConvolKernel7x7 BW16");
 }
-void ConvolKernelS3xS3(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+void ConvolKernelS3xS3(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 3, true, "ConvolKernelS3xS3 (BW16)");
 }
-void ConvolKernelS5xS5(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+void ConvolKernelS5xS5(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 5, true, "ConvolKernelS5xS5 BW16");
 }
-void ConvolKernelS7xS7(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+void ConvolKernelS7xS7(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel) {
   FixedRoutine(src, dst, kernel, 7, true, "ConvolKernelS7xS7 (BW16)");
 }
 
 namespace {
 
 template <class Pix>
-void ConvolKernelOf(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel, const char* label) {
+void ConvolKernelOf(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel, const char* label) {
   mirel::Frame frame(label);
   if (!frame.SameSize(src, dst) || !frame.NotVoid(src, dst)) return;
   if (!frame.Require(kernel != nullptr && kernel->Data != nullptr, E_ERROR_KERNEL_VOID)) return;
@@ -638,7 +638,7 @@ void ConvolKernelOf(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel, const
 }
 
 template <class Pix>
-void ConvolSymmetricKernelOf(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kernel, const char* label) {
+void ConvolSymmetricKernelOf(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel, const char* label) {
   mirel::Frame frame(label);
   if (!frame.SameSize(src, dst) || !frame.NotVoid(src, dst)) return;
   if (!frame.Require(kernel != nullptr && kernel->Data != nullptr, E_ERROR_KERNEL_VOID)) return;
@@ -655,15 +655,15 @@ void ConvolSymmetricKernelOf(const EROI<Pix>* src, EROI<Pix>* dst, EKernel* kern
 }  // namespace filter
 }  // namespace mirel
 
-void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel) {
   mirel::filter::ConvolKernelOf(src, dst, kernel, "ImgConvolKernel BW8");
 }
-void ImgConvolKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+void ImgConvolKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel) {
   mirel::filter::ConvolKernelOf(src, dst, kernel, "ImgConvolKernel BW16");
 }
-void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel) {
+void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel) {
   mirel::filter::ConvolSymmetricKernelOf(src, dst, kernel, "ImgConvolSymmetricKernel");
 }
-void ImgConvolSymmetricKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel) {
+void ImgConvolSymmetricKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel) {
   mirel::filter::ConvolSymmetricKernelOf(src, dst, kernel, "ImgConvolSymmetricKernel BW16");
 }

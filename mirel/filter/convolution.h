@@ -64,13 +64,13 @@
 #include "mirel/foundation/image.h"
 
 // Label "ImgConvolKernel BW8".
-MIREL_API void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+MIREL_API void ImgConvolKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel);
 // Label "ImgConvolSymmetricKernel".
-MIREL_API void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+MIREL_API void ImgConvolSymmetricKernel(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel);
 
 // Label "ImgConvolKernel BW16".
-MIREL_API void ImgConvolKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
+MIREL_API void ImgConvolKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel);
 // Label "ImgConvolSymmetricKernel BW16".
-MIREL_API void ImgConvolSymmetricKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
+MIREL_API void ImgConvolSymmetricKernel(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel);
 
 #endif  // MIREL_FILTER_CONVOLUTION_H_

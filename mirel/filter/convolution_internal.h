@@ -16,19 +16,19 @@ namespace filter {
 // on the whole kernel (ConvolKernelNxN) or on one octant of a kernel that is
 // symmetric in both axes and the diagonal (ConvolKernelSNxSN). Each checks
 // src, dst and the kernel size and traces its own label on failure.
-void ConvolKernel3x3(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernel5x5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernel7x7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernelS3xS3(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernelS5xS5(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
-void ConvolKernelS7xS7(const EROI<EBW8>* src, EROI<EBW8>* dst, EKernel* kernel);
+void ConvolKernel3x3(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel);
+void ConvolKernel5x5(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel);
+void ConvolKernel7x7(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel);
+void ConvolKernelS3xS3(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel);
+void ConvolKernelS5xS5(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel);
+void ConvolKernelS7xS7(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel);
 // The same on 16-bit pixels, clamped to 0..65535.
-void ConvolKernel3x3(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
-void ConvolKernel5x5(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
-void ConvolKernel7x7(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
-void ConvolKernelS3xS3(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
-void ConvolKernelS5xS5(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
-void ConvolKernelS7xS7(const EROI<EBW16>* src, EROI<EBW16>* dst, EKernel* kernel);
+void ConvolKernel3x3(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel);
+void ConvolKernel5x5(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel);
+void ConvolKernel7x7(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel);
+void ConvolKernelS3xS3(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel);
+void ConvolKernelS5xS5(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel);
+void ConvolKernelS7xS7(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel);
 
 // The grey pixel types that the filters take: the raw pixel and the largest
 // value, at which results are capped.

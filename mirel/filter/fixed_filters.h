@@ -28,19 +28,19 @@
 #include "mirel/foundation/image.h"
 
 // Label "ConvolUniform5x5".
-MIREL_API void ImgConvolUniform5x5(EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolUniform5x5(const EROI<EBW8>* src, EROI<EBW8>* dst);
 // Label "ConvolGaussian5x5".
-MIREL_API void ImgConvolGaussian5x5(EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolGaussian5x5(const EROI<EBW8>* src, EROI<EBW8>* dst);
 // Label "ImgConvolUniform7x7".
-MIREL_API void ImgConvolUniform7x7(EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolUniform7x7(const EROI<EBW8>* src, EROI<EBW8>* dst);
 // Label "ImgConvolGaussian7x7".
-MIREL_API void ImgConvolGaussian7x7(EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolGaussian7x7(const EROI<EBW8>* src, EROI<EBW8>* dst);
 
 // Labels "ConvolUniform5x5 (BW16)", "ConvolGaussian5x5 (BW16)",
 // "ImgConvolUniform7x7 (BW16)", "ImgConvolGaussian7x7 (BW16)".
-MIREL_API void ImgConvolUniform5x5(EROI<EBW16>* src, EROI<EBW16>* dst);
-MIREL_API void ImgConvolGaussian5x5(EROI<EBW16>* src, EROI<EBW16>* dst);
-MIREL_API void ImgConvolUniform7x7(EROI<EBW16>* src, EROI<EBW16>* dst);
-MIREL_API void ImgConvolGaussian7x7(EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolUniform5x5(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGaussian5x5(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolUniform7x7(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGaussian7x7(const EROI<EBW16>* src, EROI<EBW16>* dst);
 
 #endif  // MIREL_FILTER_FIXED_FILTERS_H_

@@ -285,14 +285,15 @@ short EKernel::SetSizeY(short size) {
   return 0;
 }
 
-short EKernel::GetSizeX() { EOk(); return SizeX; }
-short EKernel::GetSizeY() { EOk(); return SizeY; }
-float EKernel::GetGain() { EOk(); return Gain; }
-unsigned int EKernel::GetOffset() { EOk(); return Offset; }
-short EKernel::GetRectifier() { EOk(); return Rectifier; }
-unsigned int EKernel::GetOutsideValue() { EOk(); return OutsideValue; }
-unsigned int EKernel::GetAllocatedSize() { EOk(); return AllocatedSize; }
+short EKernel::GetSizeX() const { EOk(); return SizeX; }
+short EKernel::GetSizeY() const { EOk(); return SizeY; }
+float EKernel::GetGain() const { EOk(); return Gain; }
+unsigned int EKernel::GetOffset() const { EOk(); return Offset; }
+short EKernel::GetRectifier() const { EOk(); return Rectifier; }
+unsigned int EKernel::GetOutsideValue() const { EOk(); return OutsideValue; }
+unsigned int EKernel::GetAllocatedSize() const { EOk(); return AllocatedSize; }
 float* EKernel::GetDataPtr() { EOk(); return Data; }
+const float* EKernel::GetDataPtr() const { EOk(); return Data; }
 
 void EKernel::SetGain(float gain) { EOk(); Gain = gain; }
 void EKernel::SetOffset(unsigned int offset) { EOk(); Offset = offset; }

@@ -91,14 +91,15 @@ class MIREL_API EKernel {
   short SetSizeX(short size);
   short SetSizeY(short size);
 
-  short GetSizeX();
-  short GetSizeY();
-  float GetGain();
-  unsigned int GetOffset();
-  short GetRectifier();
-  unsigned int GetOutsideValue();
-  unsigned int GetAllocatedSize();
+  short GetSizeX() const;
+  short GetSizeY() const;
+  float GetGain() const;
+  unsigned int GetOffset() const;
+  short GetRectifier() const;
+  unsigned int GetOutsideValue() const;
+  unsigned int GetAllocatedSize() const;
   float* GetDataPtr();
+  const float* GetDataPtr() const;
 
   void SetGain(float gain);
   void SetOffset(unsigned int offset);

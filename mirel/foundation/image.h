@@ -32,7 +32,9 @@
 //
 // Run masks. An EROI<EBW8> may carry runs: horizontal stretches of pixels
 // that the histogram, area, average, extremes and gravity-centre operations
-// restrict themselves to. See ERun.
+// restrict themselves to. See ERun. Each run must lie inside one row of the
+// ROI as it is placed when an operation reads the mask; a mask with a run
+// outside it is refused with E_ERROR_BAD_ARGUMENT (1007) and no pixel read.
 #ifndef MIREL_FOUNDATION_IMAGE_H_
 #define MIREL_FOUNDATION_IMAGE_H_
 
@@ -184,8 +186,11 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
   static constexpr bool kBits = std::is_same<T, EBW1>::value;
 
   EROI() = default;
-  EROI(EROI* parent, int orgX, int orgY, int width, int height) {
-    parent_ = parent;
+  // The parent may be const: a ROI is a view, and whether its pixels are
+  // written depends on where it is passed, as with the image itself. A ROI
+  // over a const image is meant to be passed as a source only.
+  EROI(const EROI* parent, int orgX, int orgY, int width, int height) {
+    parent_ = const_cast<EROI*>(parent);
     if (!Accepts(parent, orgX, orgY, width, height)) {
       refused_ = true;
       ESetError(E_ERROR_BAD_ARGUMENT);
@@ -230,8 +235,8 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
     refused_ = false;
   }
   // Attaches the ROI to another parent at (0, 0) with size 0x0.
-  void Attach(EROI* parent) {
-    parent_ = parent;
+  void Attach(const EROI* parent) {
+    parent_ = const_cast<EROI*>(parent);
     org_x_ = org_y_ = width_ = height_ = 0;
     refused_ = false;
   }
@@ -390,7 +395,10 @@ class MIREL_API EImage : public EROI<T> {
     if (this->data_ == nullptr || other.data_ == nullptr || this->width_ != other.width_ ||
         this->height_ != other.height_)
       return;
-    const std::size_t row = static_cast<std::size_t>(this->pitch_ < other.pitch_ ? this->pitch_ : other.pitch_);
+    // The pixels of a row only: a borrowed buffer may end right behind the
+    // last row's last pixel.
+    const std::size_t row = EROI<T>::kBits ? (static_cast<std::size_t>(this->width_) + 7) / 8
+                                           : static_cast<std::size_t>(this->width_) * sizeof(T);
     for (int y = 0; y < this->height_; ++y)
       std::memcpy(this->data_ + static_cast<std::size_t>(y) * this->pitch_,
                   other.data_ + static_cast<std::size_t>(y) * other.pitch_, row);

@@ -26,13 +26,13 @@
 // "EVector::Save ( Unicode)", "EVector::Load ( Unicode)" for the forms that
 // take a path of 16-bit characters (UTF-16; converted to UTF-8 on POSIX).
 //
-// Reading a body. The count is read first; the vector is emptied, sized to
-// the count (1303 when that fails) and filled one record at a time, stopping
-// at the first short read (1103) with the count as the file gave it and the
-// records not read set to zero. A count whose records would pass both the
-// end of the file and 16 MiB is refused at once with 1103 and the vector is
-// left unchanged, so a damaged or hostile file never makes the library
-// reserve gigabytes.
+// Reading a body. The count is read first; the vector is emptied and filled
+// one record at a time, its storage growing as records arrive (16 MiB at
+// once, then doubling; 1303 when that fails), and reading stops at the first
+// short read (1103) with the records read so far. A count whose records
+// would pass both the end of the file and 16 MiB is refused at once with
+// 1103 and the vector is left unchanged. So a damaged or hostile file, or a
+// pipe that ends early, never makes the library reserve more than it read.
 #ifndef MIREL_FOUNDATION_VECTOR_H_
 #define MIREL_FOUNDATION_VECTOR_H_
 
@@ -272,19 +272,24 @@ class MIREL_API EVectorTemplate {
         return;
       }
     }
+    // Storage follows the records that arrive: up to 16 MiB at once, then
+    // doubling, so a stream whose size cannot be measured (a pipe) and that
+    // ends early costs what it held, not what its count claimed.
     SetNumElements(0);
-    SetMaxElements(count, 1);
-    SetNumElements(count);
-    if (EGetError() != E_OK || m_un32NumElements != count) {
-      if (EGetError() == E_OK) ESetError(E_ERROR_OUT_OF_MEMORY);
-      return;
-    }
+    const unsigned long long eager = mirel::detail::kVectorFileEagerBytes / sizeof(T);
+    SetMaxElements(static_cast<unsigned int>(count < eager ? count : eager), 1);
+    if (EGetError() != E_OK) return;
     for (unsigned int i = 0; i < count; ++i) {
+      if (i >= m_un32MaxElements || m_pData == nullptr) {
+        const unsigned long long grown = 2ull * m_un32MaxElements;
+        SetMaxElements(static_cast<unsigned int>(grown < count ? (grown > i ? grown : i + 1ull) : count), 1);
+        if (EGetError() != E_OK) return;
+      }
       if (std::fread(m_pData + i, sizeof(T), 1, file) != 1) {
         ESetError(E_ERROR_FILE_READ);
-        std::memset(static_cast<void*>(m_pData + i), 0, static_cast<std::size_t>(count - i) * sizeof(T));
         return;
       }
+      m_un32NumElements = i + 1;
     }
   }
 

@@ -401,8 +401,9 @@ float Feature(Get get, int min, int max, long long lo, long long hi, int feature
       const std::int32_t sn = static_cast<std::int32_t>(n);
       if (sn <= 0) return 0.0f;
       const float fn = static_cast<float>(sn);
-      const float var = (s2 - s1 * s1 / fn) / fn;
-      return var > 0.0f ? std::sqrt(var) : 0.0f;  // rounding may leave a tiny negative
+      // A term that passed 2^31 reads negative and can make the variance
+      // negative: the result is then not a number, as the arithmetic says.
+      return std::sqrt((s2 - s1 * s1 / fn) / fn);
     }
     default:
       *isInteger = false;

@@ -193,7 +193,8 @@ short ColourAverage(const char* label, const EROI<EC24>* src, EC24Vector* v, boo
     EBW32Vector sums(0, 1);
     if (!SizeOutput(&sums, static_cast<unsigned int>(rows.width) * 3u)) return frame.Result();
     std::uint32_t* s = reinterpret_cast<std::uint32_t*>(sums.GetDataPtr());
-    std::memset(s, 0, static_cast<std::size_t>(rows.width) * 3 * sizeof(std::uint32_t));
+    // A ROI with no columns leaves the vector with no storage at all.
+    if (rows.width > 0) std::memset(s, 0, static_cast<std::size_t>(rows.width) * 3 * sizeof(std::uint32_t));
     for (int y = 0; y < rows.height; ++y) {
       const unsigned char* p = reinterpret_cast<const unsigned char*>(rows.Row(y));
       for (int i = 0; i < rows.width * 3; ++i) s[i] += p[i];

@@ -222,7 +222,7 @@ void SelectThreshold(const unsigned int* h, unsigned int& threshold, float& belo
 }
 
 // The checks shared by the two histogram forms, in their order.
-bool CheckSelection(mirel::Frame& frame, EBWHistogramVector* histogram, unsigned int bins, unsigned int threshold,
+bool CheckSelection(mirel::Frame& frame, const EBWHistogramVector* histogram, unsigned int bins, unsigned int threshold,
                     float relative, unsigned int min, unsigned int max) {
   const unsigned int last = bins - 1;
   if (!frame.Require(HasBins(histogram, bins), E_ERROR_VECTOR_SIZE)) return false;
@@ -314,21 +314,21 @@ unsigned int Isodata(const unsigned int* h, unsigned int min, unsigned int max, 
 
 }  // namespace
 
-void ImgHistogramThreshold(EBWHistogramVector* histogram, unsigned int& threshold, float& averageBelow,
+void ImgHistogramThreshold(const EBWHistogramVector* histogram, unsigned int& threshold, float& averageBelow,
                            float& averageAbove, float relative, unsigned int min, unsigned int max) {
   mirel::Frame frame("ImgHistogramThreshold");
   if (!CheckSelection(frame, histogram, 256, threshold, relative, min, max)) return;
   SelectThreshold<Grey8>(histogram->GetDataPtr(), threshold, averageBelow, averageAbove, relative, min, max);
 }
 
-void ImgHistogramThresholdBW16(EBWHistogramVector* histogram, unsigned int& threshold, float& averageBelow,
+void ImgHistogramThresholdBW16(const EBWHistogramVector* histogram, unsigned int& threshold, float& averageBelow,
                                float& averageAbove, float relative, unsigned int min, unsigned int max) {
   mirel::Frame frame("ImgHistogramThreshold (BW16)");
   if (!CheckSelection(frame, histogram, 65536, threshold, relative, min, max)) return;
   SelectThreshold<Grey16>(histogram->GetDataPtr(), threshold, averageBelow, averageAbove, relative, min, max);
 }
 
-EBW8 ImgAutoThreshold(EROI<EBW8>* source, IMG_THRESHOLD_MODES mode, float relative) {
+EBW8 ImgAutoThreshold(const EROI<EBW8>* source, IMG_THRESHOLD_MODES mode, float relative) {
   unsigned int threshold = mode;
   if (threshold < 256) {
     EOk();
@@ -342,7 +342,7 @@ EBW8 ImgAutoThreshold(EROI<EBW8>* source, IMG_THRESHOLD_MODES mode, float relati
   return EBW8(static_cast<unsigned char>(threshold));
 }
 
-EBW16 ImgAutoThreshold(EROI<EBW16>* source, IMG_THRESHOLD_MODES mode, float relative) {
+EBW16 ImgAutoThreshold(const EROI<EBW16>* source, IMG_THRESHOLD_MODES mode, float relative) {
   unsigned int threshold = mode;
   if (threshold < 65536) {
     EOk();
@@ -356,14 +356,14 @@ EBW16 ImgAutoThreshold(EROI<EBW16>* source, IMG_THRESHOLD_MODES mode, float rela
   return EBW16(static_cast<unsigned short>(threshold));
 }
 
-EBW8 ImgMinResidueThreshold(EBWHistogramVector* histogram, float& averageBelow, float& averageAbove) {
+EBW8 ImgMinResidueThreshold(const EBWHistogramVector* histogram, float& averageBelow, float& averageAbove) {
   mirel::Frame frame("ImgMinResidueThreshold");
   if (!frame.Require(HasBins(histogram, 256), E_ERROR_VECTOR_SIZE)) return EBW8(0);
   const ResidueSearch r = TwoClassResidue(histogram->GetDataPtr(), averageBelow, averageAbove);
   return EBW8(static_cast<unsigned char>(r.t));
 }
 
-float ImgTwoLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& threshold, float& averageBelow,
+float ImgTwoLevelsMinResidueThreshold(const EBWHistogramVector* histogram, EBW8& threshold, float& averageBelow,
                                       float& averageAbove) {
   mirel::Frame frame("ImgTwoLevelsMinResidueThreshold");
   if (!frame.Require(HasBins(histogram, 256), E_ERROR_VECTOR_SIZE)) return -1.0f;
@@ -374,7 +374,7 @@ float ImgTwoLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& thres
   return Residue(q, r.best, r.n);
 }
 
-float ImgThreeLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& lowThreshold, EBW8& highThreshold,
+float ImgThreeLevelsMinResidueThreshold(const EBWHistogramVector* histogram, EBW8& lowThreshold, EBW8& highThreshold,
                                         float& lowAverage, float& middleAverage, float& highAverage) {
   mirel::Frame frame("ImgThreeLevelsMinResidueThreshold");
   if (!frame.Require(HasBins(histogram, 256), E_ERROR_VECTOR_SIZE)) return -1.0f;
@@ -422,7 +422,7 @@ float ImgThreeLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& low
   return Residue(q, best.rounded, n);
 }
 
-EBW8 ImgMaxEntropyThreshold(EBWHistogramVector* histogram, float& averageBelow, float& averageAbove) {
+EBW8 ImgMaxEntropyThreshold(const EBWHistogramVector* histogram, float& averageBelow, float& averageAbove) {
   mirel::Frame frame("ImgMaxEntropyThreshold");
   if (!frame.Require(HasBins(histogram, 256), E_ERROR_VECTOR_SIZE)) return EBW8(0);
   const unsigned int* h = histogram->GetDataPtr();
@@ -458,7 +458,7 @@ EBW8 ImgMaxEntropyThreshold(EBWHistogramVector* histogram, float& averageBelow, 
   return EBW8(static_cast<unsigned char>(t));
 }
 
-EBW8 ImgIsodataThreshold(EBWHistogramVector* histogram, unsigned int min, unsigned int max) {
+EBW8 ImgIsodataThreshold(const EBWHistogramVector* histogram, unsigned int min, unsigned int max) {
   mirel::Frame frame("ImgIsodataThreshold ( EBWHistogramVector)");
   if (!frame.Require(HasBins(histogram, 256), E_ERROR_VECTOR_SIZE) || !frame.Require(min <= 255, E_ERROR_BAD_RANGE) ||
       !frame.Require(max < 256, E_ERROR_BAD_ARGUMENT_1) || !frame.Require(min < max, E_ERROR_BAD_ARGUMENT))
@@ -497,7 +497,7 @@ unsigned int ImgIsodataThreshold(EVector* histogram, unsigned int min, unsigned 
   return t;
 }
 
-EBW16 ImgIsodataThresholdBW16(EBWHistogramVector* histogram, unsigned int min, unsigned int max) {
+EBW16 ImgIsodataThresholdBW16(const EBWHistogramVector* histogram, unsigned int min, unsigned int max) {
   // Unlike the other frames this one does not clear the state on entry.
   static const char kLabel[] = "ImgIsodataThreshold ( EBWHistogramVector)";
   E_ERRORS code = E_OK;

@@ -65,13 +65,13 @@ enum IMG_THRESHOLD_MODES : unsigned int {
 // mean and the mean distance to white. A search that finds no split (all
 // pixels in one bin) gives 0. In mode IMG_THRESHOLD_RELATIVE the result can
 // be max + 1 (relative 1.0). Label "ImgHistogramThreshold".
-MIREL_API void ImgHistogramThreshold(EBWHistogramVector* histogram, unsigned int& threshold, float& averageBelow,
+MIREL_API void ImgHistogramThreshold(const EBWHistogramVector* histogram, unsigned int& threshold, float& averageBelow,
                                      float& averageAbove, float relative, unsigned int min, unsigned int max);
 
 // The same over a 65536-bin histogram, with white 65535. Counts and sums are
 // 64-bit; each product of a bin by its index formed in a scan is 32-bit and
 // may wrap for very large bins. Label "ImgHistogramThreshold (BW16)".
-MIREL_API void ImgHistogramThresholdBW16(EBWHistogramVector* histogram, unsigned int& threshold, float& averageBelow,
+MIREL_API void ImgHistogramThresholdBW16(const EBWHistogramVector* histogram, unsigned int& threshold, float& averageBelow,
                                          float& averageAbove, float relative, unsigned int min, unsigned int max);
 
 // A threshold for an image. A mode value below 256 (65536 for BW16) is an
@@ -80,13 +80,13 @@ MIREL_API void ImgHistogramThresholdBW16(EBWHistogramVector* histogram, unsigned
 // run mask) and the mode is resolved over the full range; the result is the
 // threshold truncated to the pixel type (so a relative mode of 1.0 gives 0).
 // On failure the error state holds the inner operation's code and label.
-MIREL_API EBW8 ImgAutoThreshold(EROI<EBW8>* source, IMG_THRESHOLD_MODES mode, float relative);
-MIREL_API EBW16 ImgAutoThreshold(EROI<EBW16>* source, IMG_THRESHOLD_MODES mode, float relative);
+MIREL_API EBW8 ImgAutoThreshold(const EROI<EBW8>* source, IMG_THRESHOLD_MODES mode, float relative);
+MIREL_API EBW16 ImgAutoThreshold(const EROI<EBW16>* source, IMG_THRESHOLD_MODES mode, float relative);
 // Forms that take a plain value (an absolute threshold or a mode).
-inline EBW8 ImgAutoThreshold(EROI<EBW8>* source, unsigned int mode, float relative) {
+inline EBW8 ImgAutoThreshold(const EROI<EBW8>* source, unsigned int mode, float relative) {
   return ImgAutoThreshold(source, static_cast<IMG_THRESHOLD_MODES>(mode), relative);
 }
-inline EBW16 ImgAutoThreshold(EROI<EBW16>* source, unsigned int mode, float relative) {
+inline EBW16 ImgAutoThreshold(const EROI<EBW16>* source, unsigned int mode, float relative) {
   return ImgAutoThreshold(source, static_cast<IMG_THRESHOLD_MODES>(mode), relative);
 }
 
@@ -95,32 +95,32 @@ inline EBW16 ImgAutoThreshold(EROI<EBW16>* source, unsigned int mode, float rela
 // sum of squared distances of each pixel to its class mean. Returns 0 when no
 // split beats "no split" (one populated bin, or an empty histogram); the
 // averages are written only when a split wins. Label "ImgMinResidueThreshold".
-MIREL_API EBW8 ImgMinResidueThreshold(EBWHistogramVector* histogram, float& averageBelow, float& averageAbove);
+MIREL_API EBW8 ImgMinResidueThreshold(const EBWHistogramVector* histogram, float& averageBelow, float& averageAbove);
 
 // The same search; returns the residue, the root mean square distance of a
 // pixel from its class mean (0 for a single populated bin; rounding can make
 // it not-a-number on degenerate histograms). -1.0 on failure, with
 // `threshold` untouched. Label "ImgTwoLevelsMinResidueThreshold".
-MIREL_API float ImgTwoLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& threshold, float& averageBelow,
+MIREL_API float ImgTwoLevelsMinResidueThreshold(const EBWHistogramVector* histogram, EBW8& threshold, float& averageBelow,
                                                 float& averageAbove);
 
 // Two thresholds, three classes: low is below lowThreshold, middle from
 // lowThreshold to highThreshold - 1, high from highThreshold up; all three
 // non-empty. Returns the residue as above, -1.0 on failure. The averages are
 // written only when a split wins. Label "ImgThreeLevelsMinResidueThreshold".
-MIREL_API float ImgThreeLevelsMinResidueThreshold(EBWHistogramVector* histogram, EBW8& lowThreshold,
+MIREL_API float ImgThreeLevelsMinResidueThreshold(const EBWHistogramVector* histogram, EBW8& lowThreshold,
                                                   EBW8& highThreshold, float& lowAverage, float& middleAverage,
                                                   float& highAverage);
 
 // The threshold of greatest total class entropy; 0 when none beats "no
 // split". Label "ImgMaxEntropyThreshold".
-MIREL_API EBW8 ImgMaxEntropyThreshold(EBWHistogramVector* histogram, float& averageBelow, float& averageAbove);
+MIREL_API EBW8 ImgMaxEntropyThreshold(const EBWHistogramVector* histogram, float& averageBelow, float& averageAbove);
 
 // The iterative isodata threshold over [min, max], in integers: start at the
 // middle, move to the midpoint of the two class means (bin t counted below),
 // stop at a fixed point or after 16 rounds. Label
 // "ImgIsodataThreshold ( EBWHistogramVector)".
-MIREL_API EBW8 ImgIsodataThreshold(EBWHistogramVector* histogram, unsigned int min, unsigned int max);
+MIREL_API EBW8 ImgIsodataThreshold(const EBWHistogramVector* histogram, unsigned int min, unsigned int max);
 
 // The older form on an untyped histogram (kind 2, 32-bit bins). Checks min,
 // max and their order as above, then the kind (1607) and the data (1601),
@@ -133,6 +133,6 @@ MIREL_API unsigned int ImgIsodataThreshold(EVector* histogram, unsigned int min,
 // The same on a 65536-bin histogram (64-bit sums). This form does not clear
 // the error state on entry; it clears it on success. Label
 // "ImgIsodataThreshold ( EBWHistogramVector)".
-MIREL_API EBW16 ImgIsodataThresholdBW16(EBWHistogramVector* histogram, unsigned int min, unsigned int max);
+MIREL_API EBW16 ImgIsodataThresholdBW16(const EBWHistogramVector* histogram, unsigned int min, unsigned int max);
 
 #endif  // MIREL_HISTOGRAM_THRESHOLD_SELECTION_H_

@@ -8,6 +8,7 @@
 #include <new>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "mirel/foundation/frame_internal.h"
@@ -145,11 +146,12 @@ constexpr Kind KindOf() {
   return std::is_same<T, EBW8>::value ? Kind::kGrey8 : std::is_same<T, EBW16>::value ? Kind::kGrey16 : Kind::kRgb8;
 }
 
-// Copies a row of `width` pixels between file order and image order. Only
-// colour differs: red, green, blue in a file; blue, green, red in EC24.
+// Copies a row of `width` pixels between file order and image order, in
+// place when `from` is `to`. Only colour differs: red, green, blue in a
+// file; blue, green, red in EC24.
 template <class T>
 void CopyRow(const unsigned char* from, unsigned char* to, int width) {
-  if (!std::is_same<T, EC24>::value) {
+  if constexpr (!std::is_same<T, EC24>::value) {
     std::memcpy(to, from, static_cast<std::size_t>(width) * sizeof(T));
     return;
   }
@@ -208,11 +210,17 @@ void Load(const char* label, const char* path, EImage<T>* dst, E_IMAGE_FILE_FORM
     }
     in.decoder.reset();
     in.file.reset();
-
-    dst->SetSize(h.width, h.height);
-    if (EGetError() != E_OK) return;
-    for (int y = 0; y < h.height; ++y)
-      CopyRow<T>(rows[y], reinterpret_cast<unsigned char*>(dst->GetImagePtr(0, y)), h.width);
+    if constexpr (std::is_same<T, EC24>::value) {
+      for (int y = 0; y < h.height; ++y) CopyRow<T>(rows[y], rows[y], h.width);
+    }
+    // A caller's buffer of the file's size receives the pixels; any other
+    // destination takes the decoded image's buffer.
+    if (dst->IsBorrowed() && dst->GetWidth() == h.width && dst->GetHeight() == h.height) {
+      const std::size_t bytes = RowBytes(h.kind, h.width);
+      for (int y = 0; y < h.height; ++y) std::memcpy(dst->GetImagePtr(0, y), rows[y], bytes);
+    } else {
+      *dst = std::move(decoded);
+    }
   } catch (const std::bad_alloc&) {
     frame.Fail(E_ERROR_OUT_OF_MEMORY);
   }

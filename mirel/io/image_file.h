@@ -38,7 +38,10 @@
 // Both operations follow the frame of every operation: they clear the
 // error state, and on failure set a code and trace their label ("ImgLoad
 // (BW8)", "ImgSave (C24)", "ImgImageFileInfo"). A failed ImgLoad leaves the
-// destination image as it was: the file is decoded into a temporary first.
+// destination image as it was: the file is decoded into a temporary first,
+// whose buffer the destination then takes. A destination that borrows a
+// caller's buffer of the file's size has the pixels copied into that buffer
+// instead.
 // A failed ImgSave removes the file that it began to write.
 //
 // Codes:

@@ -750,11 +750,11 @@ float ImgVariance(const EROI<EBW8>* roi, float* mean, unsigned int* integerMean)
     if (EGetError() != E_OK) return 0.0f;
     sums = FromHistogram(histogram);
   } else {
-    // The fast path skips the histogram; its one possible failure, a void
-    // ROI, is reported as the histogram reports it.
+    // The fast path skips the histogram; its possible failures, a void ROI
+    // and runs outside the ROI, are reported as the histogram reports them.
     {
       mirel::Frame frame("ImgHistogram");
-      if (!frame.NotVoid(roi)) return 0.0f;
+      if (!frame.NotVoid(roi) || !frame.Require(mirel::RunsFit(roi), E_ERROR_BAD_ARGUMENT)) return 0.0f;
     }
     sums = FromPixels(roi, mmx);
   }

@@ -2,8 +2,8 @@
 // byte lanes of mirel/point/bits_lanes_internal.h. A kernel does the first
 // and the last byte of a row one byte at a time, since their neighbours
 // outside the row follow the border rule, and the bytes between them in
-// whole vectors and then bytes; every byte is the same formula, so every
-// path gives the same bits. Each instruction-set source instantiates
+// vectors; every byte is the same formula, so every path gives the same
+// bits. Each instruction-set source instantiates
 // MakeKernels with its widest lanes; everything here has internal linkage.
 //
 // In a byte c, with p the byte before and x the byte after, the left
@@ -40,6 +40,30 @@ inline typename L::V Majority(typename L::V a, typename L::V b, typename L::V c)
   return L::Or(L::And(a, b), L::And(L::Or(a, b), c));
 }
 
+// Runs body(lanes, i) over the bytes [from, to): whole vectors of L, then a
+// last vector that ends at `to` and overlaps the one before (it writes the
+// same bytes again, since a kernel never reads what it writes), narrower
+// vectors for a span shorter than one, and bytes.
+template <class L, class Body>
+inline void Span(int from, int to, Body&& body) {
+  int i = from;
+  if constexpr (L::kBytes > 1) {
+    constexpr int kBytes = L::kBytes;
+    if (to - from >= kBytes) {
+      for (; i + kBytes <= to; i += kBytes) body(L{}, i);
+      if (i < to) body(L{}, to - kBytes);
+      return;
+    }
+#if defined(MIREL_X86_SIMD)
+    if constexpr (kBytes > 16) {
+      Span<bits::Lanes128>(from, to, body);
+      return;
+    }
+#endif
+  }
+  for (; i < to; ++i) body(ByteLanes{}, i);
+}
+
 // m combined with the left and right neighbours of the pixels of c.
 template <class L, int kOp>
 inline typename L::V Window(typename L::V m, typename L::V c, typename L::V p, typename L::V x) {
@@ -72,13 +96,11 @@ void WindowRow(const u8* a, const u8* b, const u8* c, u8* out, int n, u8 valid, 
   const int l = n - 1;
   if (n > 1) {
     out[0] = Window<B, kOp>(s.Col(0), s.Hor(0), kFill, s.Hor(1));
-    int i = 1;
-    if constexpr (L::kBytes > 1) {
-      const Sources<L, kOp, kKind> v{a, b, c};
-      for (; i + L::kBytes <= l; i += L::kBytes)
-        L::Store(out + i, Window<L, kOp>(v.Col(i), v.Hor(i), v.Hor(i - 1), v.Hor(i + 1)));
-    }
-    for (; i < l; ++i) out[i] = Window<B, kOp>(s.Col(i), s.Hor(i), s.Hor(i - 1), s.Hor(i + 1));
+    Span<L>(1, l, [&](auto lanes, int i) {
+      using V = decltype(lanes);
+      const Sources<V, kOp, kKind> v{a, b, c};
+      V::Store(out + i, Window<V, kOp>(v.Col(i), v.Hor(i), v.Hor(i - 1), v.Hor(i + 1)));
+    });
   }
   // The pad bits of the last byte read as what lies outside the row.
   const u8 h = static_cast<u8>((s.Hor(l) & valid) | (kFill & ~valid));
@@ -89,12 +111,10 @@ void WindowRow(const u8* a, const u8* b, const u8* c, u8* out, int n, u8 valid, 
 
 template <class L, int kOp>
 void VerticalRow(const u8* a, const u8* b, const u8* c, u8* out, int n, u8, u8) {
-  int i = 0;
-  if constexpr (L::kBytes > 1) {
-    for (; i + L::kBytes <= n; i += L::kBytes)
-      L::Store(out + i, Op3<L, kOp>(L::Load(a + i), L::Load(b + i), L::Load(c + i)));
-  }
-  for (; i < n; ++i) out[i] = Op3<ByteLanes, kOp>(a[i], b[i], c[i]);
+  Span<L>(0, n, [&](auto lanes, int i) {
+    using V = decltype(lanes);
+    V::Store(out + i, Op3<V, kOp>(V::Load(a + i), V::Load(b + i), V::Load(c + i)));
+  });
 }
 
 // The three planes of the median at one column: the least, the middle and
@@ -139,15 +159,11 @@ void MedianRow(const u8* a, const u8* b, const u8* c, u8* out, int n, u8 valid, 
   if (n > 1) {
     const P first = ColumnPlanes<B>(a, b, c);
     out[0] = MedianOf<B>(before(first), first, ColumnPlanes<B>(a + 1, b + 1, c + 1));
-    int i = 1;
-    if constexpr (L::kBytes > 1) {
-      for (; i + L::kBytes <= l; i += L::kBytes)
-        L::Store(out + i, MedianOf<L>(ColumnPlanes<L>(a + i - 1, b + i - 1, c + i - 1), ColumnPlanes<L>(a + i, b + i, c + i),
-                                      ColumnPlanes<L>(a + i + 1, b + i + 1, c + i + 1)));
-    }
-    for (; i < l; ++i)
-      out[i] = MedianOf<B>(ColumnPlanes<B>(a + i - 1, b + i - 1, c + i - 1), ColumnPlanes<B>(a + i, b + i, c + i),
-                           ColumnPlanes<B>(a + i + 1, b + i + 1, c + i + 1));
+    Span<L>(1, l, [&](auto lanes, int i) {
+      using V = decltype(lanes);
+      V::Store(out + i, MedianOf<V>(ColumnPlanes<V>(a + i - 1, b + i - 1, c + i - 1), ColumnPlanes<V>(a + i, b + i, c + i),
+                                    ColumnPlanes<V>(a + i + 1, b + i + 1, c + i + 1)));
+    });
   }
   const u8 r = MedianOf<B>(n > 1 ? ColumnPlanes<B>(a + l - 1, b + l - 1, c + l - 1) : before(endPadded), endPadded,
                            beyond);

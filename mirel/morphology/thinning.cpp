@@ -17,7 +17,7 @@ namespace mirel {
 namespace thinning {
 
 const Routines& ScalarRoutines() {
-  static const Routines r = blocks::MakeRoutines<blocks::ScalarIsa>();
+  static const Routines r = blocks::MakeRoutines<blocks::ScalarIsa, bits::ByteLanes>();
   return r;
 }
 
@@ -87,17 +87,28 @@ unsigned Turn(unsigned word, int rotation) {
   return out;
 }
 
+RowMasks MasksOfRow(const Pattern& pat, int y, int h) {
+  const unsigned sides = pat.sidesAsPattern ? ~0u : 0u;
+  const unsigned rowDrop = sides & ((y == 0 ? kTopRow : 0u) | (y + 1 == h ? kBottomRow : 0u));
+  // The left column, corners included, follows its own test.
+  const unsigned firstDrop = (rowDrop & ~kLeftColumn) | (pat.leftAsPattern ? kLeftColumn : 0u);
+  const unsigned rightDrop = sides & kRightColumn;
+  return RowMasks{pat.mask & ~firstDrop, pat.mask & ~rowDrop, pat.mask & ~(rowDrop | rightDrop),
+                  pat.mask & ~(firstDrop | rightDrop)};
+}
+
 namespace {
 
-// The loop of passes over rows of T; false with 1301 when the line buffers
-// cannot be had. `row` runs one row of a pass.
+// The passes over rows of T; false with 1301 when the line buffers cannot
+// be had. `row` runs one row of a pass. The first pass reads the source
+// unless it works in place; later passes work on the destination in place,
+// with copies of the old row above and of the row itself.
 template <class T, class RowFn>
-bool Passes(const Rows<const T>& s, const Rows<T>& d, bool inPlace, Pattern pat, int rotation, int& iterations,
-            bool thicken, RowFn&& row) {
+bool Passes(const Rows<const T>& s, const Rows<T>& d, bool inPlace, const Pattern& pattern, int rotation,
+            int& iterations, bool thicken, RowFn&& row) {
   const int w = s.width, h = s.height;
   const std::size_t n = static_cast<std::size_t>(w > 0 ? w : 1);
-  // Two copies of old rows (above and current) for the passes in place, and
-  // a row of zeros for the rows outside the ROI.
+  // Two copies of old rows, and a row of zeros for the rows outside the ROI.
   std::unique_ptr<T[]> buffer(new (std::nothrow) T[3 * n]);
   if (!buffer) {
     ESetError(E_ERROR_WORK_BUFFER);
@@ -105,45 +116,28 @@ bool Passes(const Rows<const T>& s, const Rows<T>& d, bool inPlace, Pattern pat,
   }
   T* zeros = buffer.get() + 2 * n;
   std::memset(zeros, 0, n * sizeof(T));
-
-  const int request = iterations;
-  iterations = 0;
-  long long limit = request == 0 ? w : request;
-  if (rotation != 0) limit *= 8;
-  int still = 8;
-  for (long long pass = 0; pass < limit; ++pass) {
-    ++iterations;
-    const bool first = pass == 0;
+  RunPasses(pattern, rotation, w, iterations, [&](bool first, const Pattern& pat) {
     const bool readsSource = first && !inPlace;
-    // Masks of the row's first pixel, interior, last pixel and of a row of
-    // one pixel, for a row with nothing outside above or below.
-    const unsigned sides = pat.sidesAsPattern ? ~0u : 0u;
-    const unsigned leftDrop = pat.leftAsPattern ? kLeftColumn : 0u;
-    const unsigned rightDrop = sides & kRightColumn;
     bool changed = false;
     T* prev = buffer.get();
     T* cur = buffer.get() + n;
     for (int y = 0; y < h; ++y) {
-      HitRow<T> r;
-      const T* above = y > 0 ? (readsSource ? s.Row(y - 1) : prev) : zeros;
-      const T* below = y + 1 < h ? (readsSource ? s.Row(y + 1) : d.Row(y + 1)) : zeros;
       const T* at = s.Row(y);
       if (!readsSource) {
         std::memcpy(cur, d.Row(y), static_cast<std::size_t>(w) * sizeof(T));
         at = cur;
       }
-      // Rows outside the ROI above and below.
-      const unsigned rowDrop = sides & ((y == 0 ? kTopRow : 0u) | (y + 1 == h ? kBottomRow : 0u));
-      const unsigned firstDrop = (rowDrop & ~kLeftColumn) | leftDrop;
-      r.a = above;
+      const RowMasks m = MasksOfRow(pat, y, h);
+      HitRow<T> r;
+      r.a = y > 0 ? (readsSource ? s.Row(y - 1) : prev) : zeros;
       r.b = at;
-      r.c = below;
+      r.c = y + 1 < h ? (readsSource ? s.Row(y + 1) : d.Row(y + 1)) : zeros;
       r.out = d.Row(y);
       r.width = w;
-      r.maskMid = pat.mask & ~rowDrop;
-      r.maskFirst = pat.mask & ~firstDrop;
-      r.maskLast = pat.mask & ~(rowDrop | rightDrop);
-      r.maskOnly = pat.mask & ~(firstDrop | rightDrop);
+      r.maskFirst = m.first;
+      r.maskMid = m.mid;
+      r.maskLast = m.last;
+      r.maskOnly = m.only;
       r.pattern = pat.pattern;
       r.thicken = thicken;
       r.first = first;
@@ -152,17 +146,8 @@ bool Passes(const Rows<const T>& s, const Rows<T>& d, bool inPlace, Pattern pat,
       prev = cur;
       cur = t;
     }
-    if (rotation == 0) {
-      if (!changed) break;
-      continue;
-    }
-    if (pass % 8 == 0) still = 8;  // a full turn starts
-    if (!changed) --still;
-    pat.mask = Turn(pat.mask, rotation);
-    pat.pattern = Turn(pat.pattern, rotation);
-    if (still == 0) break;
-  }
-  if (rotation != 0) iterations >>= 3;
+    return changed;
+  });
   return true;
 }
 
@@ -182,10 +167,11 @@ bool Checks(Frame& frame, const EROI<P>* src, EROI<P>* dst, const EKernel* kerne
   return frame.Require(SamePixels(src, dst) || !Overlap(src, dst), E_ERROR_SAME_IMAGE);
 }
 
-void Thin8(Frame& frame, const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-           int& iterations, bool thicken) {
+short Thin8(const char* label, const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel,
+            KERNEL_ROTATION rotation, int& iterations, bool thicken) {
+  Frame frame(label);
   Pattern pat;
-  if (!Checks(frame, src, dst, kernel, rotation, iterations, &pat)) return;
+  if (!Checks(frame, src, dst, kernel, rotation, iterations, &pat)) return frame.Result();
   const Routines& routines = ActiveRoutines();
   const Rows<const EBW8> s = RowsOf(src);
   const Rows<EBW8> d = RowsOf(dst);
@@ -193,10 +179,12 @@ void Thin8(Frame& frame, const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* 
   const Rows<std::uint8_t> db{reinterpret_cast<std::uint8_t*>(d.base), d.pitch, d.width, d.height};
   Passes(sb, db, SamePixels(src, dst), pat, rotation, iterations, thicken,
          [&](const HitRow<std::uint8_t>& r) { return routines.hitRow(r); });
+  return frame.Result();
 }
 
-void Thin16(Frame& frame, const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-            int& iterations, bool thicken) {
+void Thin16(const char* label, const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel,
+            KERNEL_ROTATION rotation, int& iterations, bool thicken) {
+  Frame frame(label);
   Pattern pat;
   if (!Checks(frame, src, dst, kernel, rotation, iterations, &pat)) return;
   const Rows<const EBW16> s = RowsOf(src);
@@ -223,51 +211,33 @@ void ThinColor(const char* label, const EROI<EC24>* src, EROI<EC24>* dst, const 
 }  // namespace thinning
 }  // namespace mirel
 
-using mirel::Frame;
 using mirel::thinning::Thin16;
 using mirel::thinning::Thin8;
+using mirel::thinning::ThinColor;
 
-short ImgThin(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-              int& iterations) {
-  Frame frame("ImgThin");
-  Thin8(frame, src, dst, kernel, rotation, iterations, false);
-  return frame.Result();
+short ImgThin(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  return Thin8("ImgThin", src, dst, kernel, rotation, n, false);
 }
-short ImgThick(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-               int& iterations) {
-  Frame frame("ImgThick");
-  Thin8(frame, src, dst, kernel, rotation, iterations, true);
-  return frame.Result();
+short ImgThick(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  return Thin8("ImgThick", src, dst, kernel, rotation, n, true);
 }
 short ImgBiLevelThin(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-                     int& iterations) {
-  Frame frame("ImgBiLevelThin");
-  Thin8(frame, src, dst, kernel, rotation, iterations, false);
-  return frame.Result();
+                     int& n) {
+  return Thin8("ImgBiLevelThin", src, dst, kernel, rotation, n, false);
 }
 short ImgBiLevelThick(const EROI<EBW8>* src, EROI<EBW8>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-                      int& iterations) {
-  Frame frame("ImgBiLevelThick");
-  Thin8(frame, src, dst, kernel, rotation, iterations, true);
-  return frame.Result();
+                      int& n) {
+  return Thin8("ImgBiLevelThick", src, dst, kernel, rotation, n, true);
 }
-
-void ImgThin(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-             int& iterations) {
-  Frame frame("ImgThin (BW16)");
-  Thin16(frame, src, dst, kernel, rotation, iterations, false);
+void ImgThin(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  Thin16("ImgThin (BW16)", src, dst, kernel, rotation, n, false);
 }
-void ImgThick(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-              int& iterations) {
-  Frame frame("ImgThick (BW16)");
-  Thin16(frame, src, dst, kernel, rotation, iterations, true);
+void ImgThick(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  Thin16("ImgThick (BW16)", src, dst, kernel, rotation, n, true);
 }
-
-void ImgThin(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-             int& iterations) {
-  mirel::thinning::ThinColor("ImgThin ( C24)", src, dst, kernel, rotation, iterations, false);
+void ImgThin(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  ThinColor("ImgThin ( C24)", src, dst, kernel, rotation, n, false);
 }
-void ImgThick(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
-              int& iterations) {
-  mirel::thinning::ThinColor("ImgThick ( C24)", src, dst, kernel, rotation, iterations, true);
+void ImgThick(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
+  ThinColor("ImgThick ( C24)", src, dst, kernel, rotation, n, true);
 }

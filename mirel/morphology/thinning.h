@@ -76,6 +76,23 @@ MIREL_API void ImgThin(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* 
 MIREL_API void ImgThick(const EROI<EBW16>* src, EROI<EBW16>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
                         int& iterations);
 
+// Bit images (a set bit is foreground). The ...Aligned forms take ROIs that
+// start on a byte (else 1423) and throw Corvane::Talmeer::Exception with the
+// code of the error state for the failures above; they return 0. The plain
+// forms take any ROI, move one that starts inside a byte onto an aligned
+// temporary and back, and never throw: a null source is 1400, and any
+// failure is traced under "ImgThin (BW1)" or "ImgThick (BW1)". Here dst may
+// be null to work in place. The bits of a row's last byte behind its last
+// pixel, and every bit outside the ROI, keep their value.
+MIREL_API short ImgThinAligned(EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
+                               int& iterations);
+MIREL_API short ImgThickAligned(EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel,
+                                KERNEL_ROTATION rotation, int& iterations);
+MIREL_API short ImgThin(EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
+                        int& iterations);
+MIREL_API short ImgThick(EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
+                         int& iterations);
+
 MIREL_API void ImgThin(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
                        int& iterations);
 MIREL_API void ImgThick(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,

@@ -46,7 +46,7 @@ struct Isa {
 namespace mirel {
 namespace thinning {
 const Routines& Avx2Routines() {
-  static const Routines r = blocks::MakeRoutines<Isa>();
+  static const Routines r = blocks::MakeRoutines<Isa, bits::Lanes256>();
   return r;
 }
 }  // namespace thinning

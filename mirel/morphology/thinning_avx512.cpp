@@ -55,7 +55,7 @@ struct Isa {
 namespace mirel {
 namespace thinning {
 const Routines& Avx512Routines() {
-  static const Routines r = blocks::MakeRoutines<Isa>();
+  static const Routines r = blocks::MakeRoutines<Isa, bits::Lanes512>();
   return r;
 }
 }  // namespace thinning

@@ -11,8 +11,11 @@
 // bytes), StoreWiden (bytes into 16-bit values), ShiftDown<k> (byte i takes
 // byte i + k, the top k bytes 0xff) and Broadcast0 (every byte takes byte 0).
 //
-// Both families are exact in bytes: the blocks give the bytes of the
-// one-by-one code.
+// The rows of bits run over the byte lanes of the bit-image engine
+// (bits_lanes_internal.h): ByteLanes for the scalar routines, the widest
+// lanes of the instruction set for the others.
+//
+// All three are exact: the blocks give the bytes of the one-by-one code.
 #ifndef MIREL_MORPHOLOGY_THINNING_BLOCKS_INTERNAL_H_
 #define MIREL_MORPHOLOGY_THINNING_BLOCKS_INTERNAL_H_
 
@@ -20,6 +23,7 @@
 
 #include "mirel/morphology/morphology_blocks_internal.h"
 #include "mirel/morphology/thinning_internal.h"
+#include "mirel/point/bits_lanes_internal.h"
 
 namespace mirel {
 namespace thinning {
@@ -253,9 +257,99 @@ void Backward(const U8* n, U8* d8, U16* d16, int w, unsigned lim) {
   }
 }
 
-template <class Isa>
+// ---------------------------------------------------------------- bits
+
+inline unsigned BitAt(const U8* row, int x) { return (row[x >> 3] >> (7 - (x & 7))) & 1u; }
+
+// The fit of pixel x of a bit row tested on its own, the word built as in
+// the 8-bit form.
+inline bool BitFits(const BitRow& r, int x, unsigned mask) {
+  auto column = [&](int i) { return BitAt(r.a, i) << 2 | BitAt(r.b, i) << 1 | BitAt(r.c, i); };
+  const unsigned word =
+      (x > 0 ? column(x - 1) << 6 : 0u) | column(x) << 3 | (x + 1 < r.width ? column(x + 1) : 0u);
+  return (word & mask) == (r.pattern & mask);
+}
+
+// A row of bits: first the pixels that miss the interior pattern, a byte of
+// eight pixels at a time (the left neighbours of byte i are its bits moved
+// one place down with bit 0 of byte i - 1 on top, the right ones the other
+// way); then the row's first and last pixels, whose outside neighbours
+// follow the border rule, one by one; then the new pixels and the change.
+template <class L>
+bool BitHitRow(const BitRow& r) {
+  using V = typename L::V;
+  using B = bits::ByteLanes;
+  const int w = r.width;
+  if (w <= 0) return false;
+  const int n = (w + 7) / 8;
+  const U8* rows[9];
+  int side[9];
+  V miss[9];
+  int count = 0;
+  for (int bit = 8; bit >= 0; --bit) {
+    if (((r.masks.mid >> bit) & 1u) == 0) continue;
+    const int row = 2 - bit % 3;
+    rows[count] = row == 0 ? r.a : row == 1 ? r.b : r.c;
+    side[count] = 2 - bit / 3;
+    miss[count] = L::Set1(((r.pattern >> bit) & 1u) != 0 ? 0xff : 0x00);
+    ++count;
+  }
+  // The clean rows hold zeros behind the row, so whole vectors may run past it.
+  for (int i = 0; i < n; i += L::kBytes) {
+    V fail = L::Set1(0);
+    for (int k = 0; k < count; ++k) {
+      const U8* p = rows[k] + i;
+      const V c = L::Load(p);
+      const V v = side[k] == 1   ? c
+                  : side[k] == 0 ? L::Or(L::Shr1(c), L::Low7(L::Load(p - 1)))
+                                 : L::Or(L::Shl1(c), L::High0(L::Load(p + 1)));
+      fail = L::Or(fail, L::Xor(v, miss[k]));
+    }
+    L::Store(r.fail + i, fail);
+  }
+  auto setFail = [&](int x, bool fits) {
+    const U8 bit = static_cast<U8>(0x80u >> (x & 7));
+    r.fail[x >> 3] = static_cast<U8>(fits ? r.fail[x >> 3] & ~bit : r.fail[x >> 3] | bit);
+  };
+  if (w == 1) {
+    setFail(0, BitFits(r, 0, r.masks.only));
+  } else {
+    setFail(0, BitFits(r, 0, r.masks.first));
+    setFail(w - 1, BitFits(r, w - 1, r.masks.last));
+  }
+  // A fit clears (thinning) or sets (thickening) the pixel; the first pass
+  // counts every pixel that misses as a change.
+  const bool thick = r.thicken, first = r.first;
+  auto next = [&](auto lanes, auto s, auto f) {
+    using Ln = decltype(lanes);
+    return thick ? Ln::Or(s, Ln::AndNot(f, Ln::Set1(0xff))) : Ln::And(s, f);
+  };
+  V acc = L::Set1(0);
+  int i = 0;
+  for (; i + L::kBytes <= n - 1; i += L::kBytes) {
+    const V s = L::Load(r.b + i), f = L::Load(r.fail + i);
+    const V o = next(L{}, s, f);
+    L::Store(r.out + i, o);
+    acc = L::Or(acc, L::Or(L::Xor(o, s), first ? f : L::Set1(0)));
+  }
+  alignas(64) U8 lanes[L::kBytes];
+  L::Store(lanes, acc);
+  U8 any = 0;
+  for (int k = 0; k < L::kBytes; ++k) any = static_cast<U8>(any | lanes[k]);
+  const U8 valid = static_cast<U8>(0xff00u >> (((w - 1) & 7) + 1));
+  for (; i < n; ++i) {
+    const U8 s = r.b[i], f = r.fail[i];
+    const U8 o = next(B{}, s, f);
+    r.out[i] = o;
+    const U8 change = static_cast<U8>((o ^ s) | (first ? f : 0));
+    any = static_cast<U8>(any | (i == n - 1 ? change & valid : change));
+  }
+  return any != 0;
+}
+
+template <class Isa, class Lanes>
 Routines MakeRoutines() {
-  return Routines{&HitRowAny<Isa, U8>, &Forward<Isa>, &Backward<Isa>};
+  return Routines{&HitRowAny<Isa, U8>, &BitHitRow<Lanes>, &Forward<Isa>, &Backward<Isa>};
 }
 
 }  // namespace blocks

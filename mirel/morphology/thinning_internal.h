@@ -46,6 +46,42 @@ bool ReadPattern(const EKernel* kernel, int rotation, int iterations, Pattern* o
 // other way, 0 unchanged. The centre bit stays.
 unsigned Turn(unsigned word, int rotation);
 
+// The masks of row y of h: those of the first pixel, the interior, the last
+// pixel and of a row of one pixel, with the positions outside the ROI that
+// count as matching taken out.
+struct RowMasks {
+  unsigned first, mid, last, only;
+};
+RowMasks MasksOfRow(const Pattern& pat, int y, int h);
+
+// The loop of passes. pass(first, pattern) runs one pass with the pattern of
+// that pass and tells whether it changed a pixel (the first pass counts
+// every pixel that does not fit). `iterations` in: the most passes, 0 for
+// `width`, in full turns of eight with a rotation; out: the passes run, or
+// the full turns.
+template <class PassFn>
+void RunPasses(Pattern pat, int rotation, int width, int& iterations, PassFn&& pass) {
+  const int request = iterations;
+  iterations = 0;
+  long long limit = request == 0 ? width : request;
+  if (rotation != 0) limit *= 8;
+  int still = 8;  // passes of the current full turn still to do nothing
+  for (long long n = 0; n < limit; ++n) {
+    ++iterations;
+    const bool changed = pass(n == 0, static_cast<const Pattern&>(pat));
+    if (rotation == 0) {
+      if (!changed) break;
+      continue;
+    }
+    if (n % 8 == 0) still = 8;
+    if (!changed) --still;
+    pat.mask = Turn(pat.mask, rotation);
+    pat.pattern = Turn(pat.pattern, rotation);
+    if (still == 0) break;
+  }
+  if (rotation != 0) iterations >>= 3;
+}
+
 // One row of a pass. a, b, c: the rows above, at and below as they were
 // before the pass (a row outside the ROI is a row of zeros); out: the
 // destination row, which may be the row that b was copied from. The masks
@@ -64,10 +100,32 @@ struct HitRow {
   bool first;  // the pass that reads the source and writes every pixel
 };
 
+// One row of a pass over packed bits (first pixel in the top bit of the
+// first byte). a, b, c: clean copies of the rows above, at and below as they
+// were before the pass: the row's bytes with the bits behind its last pixel
+// cleared, at least one zero byte before them and kBitMargin after (a row
+// outside the ROI is all zeros). fail and out: scratch rows of as many
+// bytes, which receive the pixels that miss the pattern and the new pixels.
+constexpr int kBitMargin = 64;
+struct BitRow {
+  const std::uint8_t* a;
+  const std::uint8_t* b;
+  const std::uint8_t* c;
+  std::uint8_t* fail;
+  std::uint8_t* out;
+  int width;
+  RowMasks masks;
+  unsigned pattern;
+  bool thicken;
+  bool first;
+};
+
 // The row routines of one instruction set.
 struct Routines {
   // A hit-or-miss row of 8-bit pixels; true when a pixel changed.
   bool (*hitRow)(const HitRow<std::uint8_t>& row);
+  // The same on a row of bits.
+  bool (*bitRow)(const BitRow& row);
   // The distance map's passes over one row, in 8-bit values (every value
   // of the map is at most 255; see distance.cpp). limit8 is the ceiling
   // cut to 255.

@@ -1,5 +1,5 @@
 // Row routines of thinning, thickening and the distance map with SSE2 (the
-// x86-64 baseline).
+// x86-64 baseline): 128 pixels of a bit row a vector.
 #if defined(MIREL_X86_SIMD)
 #include <emmintrin.h>
 
@@ -43,7 +43,7 @@ struct Isa {
 namespace mirel {
 namespace thinning {
 const Routines& Sse2Routines() {
-  static const Routines r = blocks::MakeRoutines<Isa>();
+  static const Routines r = blocks::MakeRoutines<Isa, bits::Lanes128>();
   return r;
 }
 }  // namespace thinning

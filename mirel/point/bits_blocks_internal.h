@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "mirel/point/bits_internal.h"
+#include "mirel/point/bits_lanes_internal.h"
 
 namespace mirel {
 namespace bits {
@@ -47,28 +48,40 @@ inline typename L::V LogicVector(typename L::V a, [[maybe_unused]] typename L::V
   else return L::Or(L::Xor(a, L::Set1(0xff)), b);
 }
 
+// Runs body(lanes, i) over whole vectors of L from byte i on, then over
+// 16-byte vectors, and returns the first byte not done. The vectors never
+// overlap: some kernels read the bytes they write.
+template <class L, class Body>
+inline std::size_t Blocks(std::size_t i, std::size_t n, Body&& body) {
+  if constexpr (L::kBytes > 0) {
+    for (; i + L::kBytes <= n; i += L::kBytes) body(L{}, i);
+#if defined(MIREL_X86_SIMD)
+    if constexpr (L::kBytes > 16)
+      for (; i + 16 <= n; i += 16) body(Lanes128{}, i);
+#endif
+  }
+  return i;
+}
+
 template <int kOp>
 constexpr bool kReadsOld = kOp == kKeepWhereSet || kOp == kTakeWhereSet;
 
 template <class L, int kOp>
 void Logic(const u8* a, const u8* b, u8* d, std::size_t n) {
-  std::size_t i = 0;
-  if constexpr (L::kBytes > 0) {
-    for (; i + L::kBytes <= n; i += L::kBytes) {
-      const typename L::V old = kReadsOld<kOp> ? L::Load(d + i) : L::Set1(0);
-      L::Store(d + i, LogicVector<L, kOp>(L::Load(a + i), L::Load(b + i), old));
-    }
-  }
+  std::size_t i = Blocks<L>(0, n, [&](auto lanes, std::size_t j) {
+    using V = decltype(lanes);
+    const typename V::V old = kReadsOld<kOp> ? V::Load(d + j) : V::Set1(0);
+    V::Store(d + j, LogicVector<V, kOp>(V::Load(a + j), V::Load(b + j), old));
+  });
   for (; i < n; ++i) d[i] = LogicByte<kOp>(a[i], b[i], d[i]);
 }
 
 template <class L>
 void Shift(const u8* s, u8* d, std::size_t n, int k) {
-  std::size_t i = 0;
-  if constexpr (L::kBytes > 0) {
-    for (; i + L::kBytes <= n; i += L::kBytes)
-      L::Store(d + i, L::Or(L::ShlBy(L::Load(s + i), k), L::ShrBy(L::Load(s + i + 1), 8 - k)));
-  }
+  std::size_t i = Blocks<L>(0, n, [&](auto lanes, std::size_t j) {
+    using V = decltype(lanes);
+    V::Store(d + j, V::Or(V::ShlBy(V::Load(s + j), k), V::ShrBy(V::Load(s + j + 1), 8 - k)));
+  });
   for (; i < n; ++i) d[i] = static_cast<u8>((s[i] << k) | (s[i + 1] >> (8 - k)));
 }
 

@@ -48,6 +48,17 @@ void PixelRows(const Rows<const S>& s, const Rows<D>& d, int y0, int y1, F f, Bl
   }
 }
 
+// Rows [y0, y1) of three images walked together: f(a[x], b[x], c[x]).
+template <class A, class B, class C, class F>
+void AlphaRows(const Rows<A>& a, const Rows<B>& b, const Rows<C>& c, int y0, int y1, F f) {
+  for (int y = y0; y < y1; ++y) {
+    A* ap = a.Row(y);
+    B* bp = b.Row(y);
+    C* cp = c.Row(y);
+    for (int x = 0; x < a.width; ++x) f(ap[x], bp[x], cp[x]);
+  }
+}
+
 // The frame of the one-source, one-destination forms.
 template <class S, class D, class F>
 void Convert(const char* label, const EROI<S>* src, EROI<D>* dst, F f, BlockFn Blocks::*fast = nullptr) {
@@ -124,15 +135,9 @@ void ImgConvert(const EROI<EC24>* src, const EROI<EBW8>* alpha, EROI<EC24A>* dst
   if (!frame.NotVoid(src, alpha) || !frame.SameSize(src, alpha) || !frame.SameSize(src, dst) ||
       !frame.NotVoid(dst))
     return;
-  const Rows<const EC24> s = RowsOf(src);
-  const Rows<const EBW8> a = RowsOf(alpha);
-  const Rows<EC24A> d = RowsOf(dst);
-  for (int y = 0; y < s.height; ++y) {
-    const EC24* sp = s.Row(y);
-    const EBW8* ap = a.Row(y);
-    EC24A* dp = d.Row(y);
-    for (int x = 0; x < s.width; ++x) dp[x] = EC24A(sp[x].c[0], sp[x].c[1], sp[x].c[2], ap[x].value);
-  }
+  AlphaRows(RowsOf(src), RowsOf(alpha), RowsOf(dst), 0, src->GetHeight(), [](const EC24& c, const EBW8& a, EC24A& d) {
+    d = EC24A(c.c[0], c.c[1], c.c[2], a.value);
+  });
 }
 
 void ImgConvert(const EROI<EC24A>* src, EROI<EC24>* dst, EROI<EBW8>* alpha) {
@@ -140,19 +145,10 @@ void ImgConvert(const EROI<EC24A>* src, EROI<EC24>* dst, EROI<EBW8>* alpha) {
   if (!frame.NotVoid(src) || !frame.SameSize(src, dst) || !frame.SameSize(src, alpha) ||
       !frame.NotVoid(dst, alpha))
     return;
-  const Rows<const EC24A> s = RowsOf(src);
-  const Rows<EC24> d = RowsOf(dst);
-  const Rows<EBW8> a = RowsOf(alpha);
-  for (int y = 0; y < s.height; ++y) {
-    const EC24A* sp = s.Row(y);
-    EC24* dp = d.Row(y);
-    EBW8* ap = a.Row(y);
-    for (int x = 0; x < s.width; ++x) {
-      const EC24A p = sp[x];
-      dp[x] = EC24(p.c[0], p.c[1], p.c[2]);
-      ap[x] = EBW8(p.alpha);
-    }
-  }
+  AlphaRows(RowsOf(src), RowsOf(dst), RowsOf(alpha), 0, src->GetHeight(), [](const EC24A& p, EC24& c, EBW8& a) {
+    c = EC24(p.c[0], p.c[1], p.c[2]);
+    a = EBW8(p.alpha);
+  });
 }
 
 // ---------------------------------------------------------------- colour and grey

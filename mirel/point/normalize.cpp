@@ -17,6 +17,17 @@ unsigned int Stretched(double i, double r, double mean, double m, unsigned int t
   return static_cast<unsigned int>(static_cast<float>(v));
 }
 
+// Rows [y0, y1) of the 16-bit stretch, computed pixel by pixel.
+void Stretch16Rows(const mirel::Rows<const EBW16>& s, const mirel::Rows<EBW16>& d, double r, double mean, double m,
+                   int y0, int y1) {
+  for (int y = y0; y < y1; ++y) {
+    const EBW16* sp = s.Row(y);
+    EBW16* dp = d.Row(y);
+    for (int x = 0; x < s.width; ++x)
+      dp[x] = EBW16(static_cast<unsigned short>(Stretched(sp[x].value, r, mean, m, 65535)));
+  }
+}
+
 }  // namespace
 
 short ImgNormalize(const EROI<EBW8>* src, EROI<EBW8>* dst, float mean, float deviation) {
@@ -39,13 +50,6 @@ void ImgNormalize(const EROI<EBW16>* src, EROI<EBW16>* dst, float mean, float de
   float s = 0.0f, m = 0.0f;
   ImgPixelStdDev(src, s, m);
   if (!frame.Ok()) return;
-  const double r = static_cast<double>(deviation) / s;
-  const mirel::Rows<const EBW16> sr = mirel::RowsOf(src);
-  const mirel::Rows<EBW16> dr = mirel::RowsOf(dst);
-  for (int y = 0; y < sr.height; ++y) {
-    const EBW16* sp = sr.Row(y);
-    EBW16* dp = dr.Row(y);
-    for (int x = 0; x < sr.width; ++x)
-      dp[x] = EBW16(static_cast<unsigned short>(Stretched(sp[x].value, r, mean, m, 65535)));
-  }
+  Stretch16Rows(mirel::RowsOf(src), mirel::RowsOf(dst), static_cast<double>(deviation) / s, mean, m, 0,
+                src->GetHeight());
 }

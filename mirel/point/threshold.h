@@ -35,19 +35,19 @@
 #include "mirel/foundation/pixel.h"
 #include "mirel/histogram/threshold_selection.h"
 
-MIREL_API short ImgThreshold(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int threshold, unsigned char low = 0,
+MIREL_API short ImgThreshold(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int threshold, unsigned char low = 0,
                              unsigned char high = 255, float relative = 0.0f);
-MIREL_API void ImgThreshold(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int threshold, EBW16 low, EBW16 high,
+MIREL_API void ImgThreshold(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int threshold, EBW16 low, EBW16 high,
                             float relative = 0.0f);
 
-MIREL_API short ImgDoubleThreshold(EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int lowThreshold,
+MIREL_API short ImgDoubleThreshold(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int lowThreshold,
                                    unsigned int highThreshold, unsigned char low, unsigned char middle,
                                    unsigned char high);
-MIREL_API void ImgDoubleThreshold(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int lowThreshold,
+MIREL_API void ImgDoubleThreshold(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int lowThreshold,
                                   unsigned int highThreshold, EBW16 low, EBW16 middle, EBW16 high);
 
-MIREL_API void ImgThreshold(EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum);
-MIREL_API void ImgThreshold(EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, EColorLookup* lookup,
+MIREL_API void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum);
+MIREL_API void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, EColorLookup* lookup,
                             EBW8 outside, EBW8 inside);
 
 #endif  // MIREL_POINT_THRESHOLD_H_

@@ -11,7 +11,7 @@
 namespace {
 
 using testsupport::Rng;
-using Filter = void (*)(EROI<EBW8>*, EROI<EBW8>*);
+using Filter = void (*)(const EROI<EBW8>*, EROI<EBW8>*);
 const Filter kFilters[4] = {ImgConvolUniform5x5, ImgConvolGaussian5x5, ImgConvolUniform7x7,
                             ImgConvolGaussian7x7};
 const char* const kLabels[4] = {"ConvolUniform5x5", "ConvolGaussian5x5", "ImgConvolUniform7x7",
@@ -109,7 +109,7 @@ TEST(FixedFilters, Errors) {
 
 // ---------------------------------------------------------------- 16 bits
 
-using Filter16 = void (*)(EROI<EBW16>*, EROI<EBW16>*);
+using Filter16 = void (*)(const EROI<EBW16>*, EROI<EBW16>*);
 const Filter16 kTwins[4] = {ImgConvolUniform5x5, ImgConvolGaussian5x5, ImgConvolUniform7x7, ImgConvolGaussian7x7};
 
 TEST(FixedFilters16, WorkedNumbersOnEveryPath) {

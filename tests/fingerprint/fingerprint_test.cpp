@@ -252,6 +252,45 @@ std::vector<Case> Cases() {
     ImgLocalDeviation(&src.roi, &c.roi, 3, 5);
     h.Roi(a.roi), h.Roi(b.roi), h.Roi(c.roi);
   }});
+  cases.push_back({"fourier and complex images", [](Hash& h) {
+    Framed<EBW8> src(25);
+    const EROI<EBW8> square(&src.img, 5, 3, 32, 32);
+    EImage<EComplex64> fast(32, 32), slow(32, 32);
+    ImgFastDFT(&square, &fast, 0.37f);
+    ImgSlowDFT(&square, &slow, 0.37f);
+    h.Roi(fast), h.Roi(slow);
+    EImage<EBW8> a(32, 32), b(32, 32), c(32, 32), d(32, 32);
+    ImgComplexModulus(&fast, &a, 0.9f, 0, 1.f);
+    ImgComplexModulus(&fast, &b, 0.9f, 1, 21.f);
+    ImgComplexRescaledModulus(&fast, &c, 1.3f, 0, 1.f);
+    ImgComplexArgument(&fast, &d);
+    h.Roi(a), h.Roi(b), h.Roi(c), h.Roi(d);
+    EVector energy;
+    energy.SetType(7, 1, 0);
+    ImgComplexDiscEnergy(&fast, &energy);
+    h.Add(energy.GetDataPtr(), static_cast<std::size_t>(energy.GetNbGroup()) * energy.GetGroupBytes());
+  }});
+  cases.push_back({"gradient tables and diffusion", [](Hash& h) {
+    EImage<EBW8> modulus, argument;
+    ImgModulusImage(&modulus, 0.71f);
+    ImgArgumentImage(&argument, EBW8(17), 90.f);
+    h.Roi(modulus), h.Roi(argument);
+    Framed<EBW8> src(26);
+    Out<EBW8> d;
+    ImgAnisotropicDiffusion(&src.roi, &d.roi, 3, 40);
+    h.Roi(d.roi);
+  }});
+  cases.push_back({"16-bit convolution", [](Hash& h) {
+    Framed<EBW16> src(27, 65535);
+    for (int size : {3, 5}) {
+      Out<EBW16> d;
+      EKernel k(static_cast<short>(size), static_cast<short>(size), 0.013f, 7, 0, 0);
+      Gen g(28);
+      for (int i = 0; i < size * size; ++i) k.GetDataPtr()[i] = (static_cast<int>(g.Next() % 2001) - 900) / 1733.0f;
+      ImgConvolKernel(&src.roi, &d.roi, &k);
+      h.Roi(d.roi);
+    }
+  }});
   return cases;
 }
 

@@ -156,6 +156,20 @@ TEST_F(ImageFile, JpegStaysCloseAndHonoursQuality) {
   EXPECT_LT(2 * fs::file_size(Path("q10.jpg")), fs::file_size(Path("q100.jpg")));
 }
 
+TEST_F(ImageFile, LoadFillsABorrowedBufferOfTheFileSize) {
+  Rng rng(8);
+  EImage<EC24> image(5, 3);
+  testsupport::FillRandom(image, rng);
+  ImgSave(&image, Path("c.tif").c_str());
+  std::vector<EC24> buffer(7 * 3);
+  EImage<EC24> view(buffer.data(), 5, 3, 7 * 3);
+  ImgLoad(Path("c.tif").c_str(), &view);
+  ASSERT_EQ(EGetError(), E_OK);
+  EXPECT_TRUE(view.IsBorrowed());
+  EXPECT_EQ(view.GetImagePtr(0, 1), &buffer[7]);
+  EXPECT_EQ(testsupport::Bytes(view), testsupport::Bytes(image));
+}
+
 TEST_F(ImageFile, ExplicitFormatOverridesTheExtension) {
   Rng rng(2);
   EImage<EBW16> image(7, 5);

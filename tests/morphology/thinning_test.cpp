@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "bits_support.h"
 #include "morph_model.h"
 
 namespace {
@@ -237,6 +238,145 @@ TEST(Thinning, ErrorsLeaveTheDestinationAndTrace) {
   EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT_2);
   EXPECT_STREQ(EGetErrorTrace(), "ImgThin <- ImgThin ( C24)");
   EXPECT_EQ(testsupport::Snapshot(out24), before24);
+}
+
+// The bit forms give the pixels of the 8-bit form on the same picture, at
+// every bit offset of source and destination, in place or not, and leave
+// every other bit as it was.
+TEST(Thinning, BitsMatchTheByteFormAtEveryOffset) {
+  Rng rng(66);
+  for (int path : AllPaths()) {
+    PathGuard guard(path);
+    for (int iter = 0; iter < 48; ++iter) {
+      const int w = 1 + static_cast<int>(rng() % (iter % 4 ? 700 : 9)), h = 1 + static_cast<int>(rng() % 5);
+      bitsupport::BitRoi src(w, h, iter % 8, rng), dst(w, h, static_cast<int>(rng() % 8), rng);
+      const Pattern pat = RandomPattern(rng);
+      const auto rotation = KERNEL_ROTATION(rng() % 3);
+      const int request = static_cast<int>(rng() % 3) * 3;
+      const bool thick = rng() & 1, inPlace = iter % 3 == 0;
+      EKernel kernel;
+      SetPattern(kernel, pat);
+      EImage<EBW8> grey(w, h), greyOut(w, h);
+      const std::vector<int> pixels = src.Pixels();
+      for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) grey.SetPixel(EBW8(pixels[static_cast<size_t>(y) * w + x] ? 255 : 0), x, y);
+      int want = request, got = request;
+      if (thick) ImgThick(&grey, &greyOut, &kernel, rotation, want);
+      else ImgThin(&grey, &greyOut, &kernel, rotation, want);
+      bitsupport::BitRoi& out = inPlace ? src : dst;
+      const auto srcBefore = src.Snapshot(), outBefore = out.Snapshot();
+      EROI<EBW1>* target = inPlace ? ((iter & 1) ? nullptr : &src.roi) : &dst.roi;
+      const short code = thick ? ImgThick(&src.roi, target, &kernel, rotation, got)
+                               : ImgThin(&src.roi, target, &kernel, rotation, got);
+      ASSERT_EQ(code, 0);
+      std::vector<int> expect;
+      for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x) expect.push_back(greyOut.GetPixel(x, y).value ? 1 : 0);
+      ASSERT_EQ(out.Pixels(), expect) << "path " << path << " " << w << "x" << h << " rotation " << rotation
+                                      << " thick " << thick << " in place " << inPlace;
+      ASSERT_EQ(got, want);
+      ASSERT_TRUE(bitsupport::BitRoi::SameOutside(out.Snapshot(), outBefore, out.Owned(false)));
+      if (!inPlace) {
+        ASSERT_EQ(src.Snapshot(), srcBefore);
+      }
+    }
+  }
+}
+
+// The first pass counts a pixel that does not fit as a change even when
+// nothing is written: one set pixel under a pattern that needs a clear
+// centre, away from the row's ends, makes the count 2 on every path.
+TEST(Thinning, FirstPassCountsMissesOnEveryPath) {
+  EKernel clearCentre(3, 3, 0, 0, 0, 0);
+  clearCentre.SetKernelData(-1, -1, -1, -1, 0, -1, -1, -1, -1);
+  EImage<EBW8> grey(700, 3);
+  ImgCopy(EBW8(0), &grey);
+  grey.SetPixel(EBW8(255), 10, 1);
+  EImage<EBW1> bits;
+  bits.SetSize(700, 3);
+  ImgCopy(EBW1(0), &bits);
+  ImgConvert(&grey, &bits);
+  for (int path : AllPaths()) {
+    PathGuard guard(path);
+    int n = 0;
+    EXPECT_EQ(ImgThin(&grey, &grey, &clearCentre, KERNEL_ROTATION_NONE, n), 0);
+    EXPECT_EQ(n, 2) << path;
+    n = 0;
+    EXPECT_EQ(ImgThin(&bits, nullptr, &clearCentre, KERNEL_ROTATION_NONE, n), 0);
+    EXPECT_EQ(n, 2) << path;
+  }
+}
+
+// Images over a caller's buffer with no slack: every path keeps to the rows
+// (the sanitizer build would see a read or write behind them) and gives the
+// bytes of an image the library allocates.
+TEST(Thinning, TightBuffersGiveTheSameBytes) {
+  Rng rng(68);
+  const int w = 203, h = 3, n = (w + 7) / 8 + 1;
+  std::vector<unsigned char> grey(static_cast<size_t>(w) * h), bits(static_cast<size_t>(n) * h);
+  std::vector<unsigned short> dist(static_cast<size_t>(w) * h);
+  for (auto& v : grey) v = rng() % 3 ? 255 : 0;
+  for (auto& v : bits) v = static_cast<unsigned char>(rng());
+  EImage<EBW8> g(reinterpret_cast<EBW8*>(grey.data()), w, h, w), gOwn(w, h), gOut(w, h);
+  EImage<EBW1> b(reinterpret_cast<EBW1*>(bits.data()), w, h, n);
+  EImage<EBW16> d(reinterpret_cast<EBW16*>(dist.data()), w, h, 2 * w), dOwn(w, h);
+  ImgCopy(static_cast<const EROI<EBW8>*>(&g), &gOwn);
+  EKernel tee(KERNEL_PATTERN_TEE);
+  for (int path : AllPaths()) {
+    PathGuard guard(path);
+    ASSERT_EQ(ImgDistance(&g, &d, 300), 0);
+    ASSERT_EQ(ImgDistance(&gOwn, &dOwn, 300), 0);
+    ASSERT_EQ(testsupport::Bytes(d), testsupport::Bytes(dOwn)) << path;
+    int n1 = 2, n2 = 2, n3 = 2;
+    EImage<EBW8> tight(reinterpret_cast<EBW8*>(grey.data()), w, h, w);
+    ImgThin(&gOwn, &gOut, &tee, KERNEL_ROTATION_CLOCKWISE, n1);
+    ImgThin(&tight, &tight, &tee, KERNEL_ROTATION_CLOCKWISE, n2);
+    ASSERT_EQ(testsupport::Bytes(tight), testsupport::Bytes(gOut)) << path;
+    EImage<EBW1> bOwn(w, h);
+    EImage<EBW8> bytes(w, h), bytesOwn(w, h);
+    ImgCopy(static_cast<const EROI<EBW1>*>(&b), &bOwn);
+    int n4 = 2;
+    ASSERT_EQ(ImgThick(&b, nullptr, &tee, KERNEL_ROTATION_ANTICLOCKWISE, n3), 0);
+    ASSERT_EQ(ImgThick(&bOwn, nullptr, &tee, KERNEL_ROTATION_ANTICLOCKWISE, n4), 0);
+    ImgConvert(&b, &bytes, 255);
+    ImgConvert(&bOwn, &bytesOwn, 255);
+    ASSERT_EQ(testsupport::Bytes(bytes), testsupport::Bytes(bytesOwn)) << path;
+    EXPECT_EQ(n1, n2);
+    EXPECT_EQ(n3, n4);
+    ImgCopy(static_cast<const EROI<EBW8>*>(&gOwn), &tight);
+  }
+}
+
+TEST(Thinning, BitFormsThrowAlignedAndReportPlain) {
+  Rng rng(67);
+  bitsupport::BitRoi a(20, 4, 0, rng), b(20, 4, 3, rng), wide(21, 4, 0, rng);
+  EKernel tee(KERNEL_PATTERN_TEE), big(5, 5, 0, 0, 0, 0);
+  int n = 0;
+  auto thrown = [&](auto&& call) {
+    try {
+      call();
+    } catch (const Corvane::Talmeer::Exception& e) {
+      return static_cast<int>(e.GetCode());
+    }
+    return 0;
+  };
+  EXPECT_EQ(thrown([&] { ImgThinAligned(&a.roi, &b.roi, &tee, KERNEL_ROTATION_NONE, n); }), E_ERROR_BW1_NOT_ALIGNED);
+  EXPECT_EQ(thrown([&] { ImgThickAligned(&a.roi, nullptr, &big, KERNEL_ROTATION_NONE, n); }), E_ERROR_KERNEL_SIZE);
+  EXPECT_EQ(EGetError(), E_ERROR_KERNEL_SIZE);
+  EXPECT_EQ(thrown([&] { ImgThinAligned(&a.roi, &wide.roi, &tee, KERNEL_ROTATION_NONE, n); }),
+            E_ERROR_SIZE_MISMATCH);
+  const auto before = b.Snapshot();
+  // The source moves onto an aligned temporary before the kernel is read;
+  // the throw frees it and leaves the destination as it was.
+  n = 0;
+  EXPECT_EQ(ImgThin(&b.roi, &b.roi, &big, KERNEL_ROTATION_NONE, n), E_ERROR_KERNEL_SIZE);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgThin (BW1)");
+  n = 1024;
+  EXPECT_EQ(ImgThick(&a.roi, &b.roi, &tee, KERNEL_ROTATION_NONE, n), E_ERROR_BAD_ARGUMENT_3);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgThick (BW1)");
+  EXPECT_EQ(b.Snapshot(), before);
+  EXPECT_EQ(ImgThick(nullptr, &b.roi, &tee, KERNEL_ROTATION_NONE, n), E_ERROR_VOID_IMAGE);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgThick (BW1)");
 }
 
 // ---------------------------------------------------------------- distance model

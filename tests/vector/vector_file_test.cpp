@@ -166,9 +166,8 @@ TEST_F(VectorFile, RefusedFilesLeaveTheVectorUnchanged) {
 }
 
 TEST_F(VectorFile, ShortBodyAndTrailingBytes) {
-  // A count larger than the body: the elements are made, reading stops at
-  // the first short record, the count stays as the file said and what was
-  // not read is zero.
+  // A count larger than the body: reading stops at the first short record,
+  // and the vector holds the records read.
   Bytes body = Header(0x09, 5);
   for (unsigned int i = 1; i <= 10; ++i) Le32(body, i + (i > 5 ? 5 : 0));
   body.insert(body.end(), {1, 2, 3});  // a third record cut short
@@ -177,10 +176,8 @@ TEST_F(VectorFile, ShortBodyAndTrailingBytes) {
   Prefill(v);
   v.Load(Path("short").c_str());
   EXPECT_EQ(EGetError(), E_ERROR_FILE_READ);
-  ASSERT_EQ(v.GetNumElements(), 5u);
+  ASSERT_EQ(v.GetNumElements(), 2u);
   EXPECT_EQ(v[1].m_n32Area, 15);
-  EXPECT_EQ(v[2].m_un32Start, 0u);
-  EXPECT_EQ(v[4].m_n32Area, 0);
 
   Write(Path("t"), Bytes{0x45, 0x06, 0x01, 0x42, 1, 0, 0, 0, 4, 0, 5, 0, 9, 9, 9});
   EPathVector p;

@@ -37,6 +37,11 @@ inline unsigned char Blend(unsigned char fresh, unsigned char old, double opacit
   return static_cast<unsigned char>(fresh * opacity + old * (1.0 - opacity));
 }
 
+// Writes the three bytes c to n pixels of 3 bytes from d: with `mmx` zero
+// pixel by pixel, otherwise by block copies of the pattern. The same bytes
+// either way.
+void FillPixels(unsigned char* d, std::size_t n, const unsigned char c[3], int mmx);
+
 // ---------------------------------------------------------------- lines
 
 // Walks the pixels of the line from (x0, y0) to (x1, y1), both ends included,
@@ -109,10 +114,6 @@ class EllipseRegion {
   const Box& GetBox() const { return box_; }
   // The span of row y; false outside the box's rows.
   bool Span(long long y, long long& left, long long& right) const;
-  // The outline: the pixels of the region with a 4-neighbour outside it. On
-  // row y it is the span less the interior stretch [innerLeft, innerRight],
-  // which may be empty (innerLeft > innerRight).
-  bool Outline(long long y, long long& left, long long& right, long long& innerLeft, long long& innerRight) const;
   // The angle of a pixel centre on the ellipse's own parametrisation:
   // atan2 of its offsets from the centre, each over its half-axis.
   double Angle(long long x, long long y) const;
@@ -128,17 +129,50 @@ class EllipseRegion {
 // a sweep of 2 pi or more is the whole turn.
 bool OnArc(double angle, double start, double sweep);
 
-// The integer polygon of a point array: each point truncated towards zero.
+// The integer polygon of a point array: each point truncated towards zero
+// and held within 2^30 of the origin, so that the fill's arithmetic cannot
+// overflow.
 struct IntPoint {
   int x, y;
 };
 std::vector<IntPoint> TruncatePoints(const Corvane::DrawPointArray& points);
 
-// Columns of row y inside the polygon by the even-odd rule, pixel centres
-// on integer coordinates: an edge crosses row y when y lies in
-// [min y, max y) of the edge, and pixel x is inside when an odd number of
-// crossings lie at or left of x. Pairs [first, last] are appended to `spans`.
-void PolygonSpans(const std::vector<IntPoint>& polygon, long long y, std::vector<long long>& spans);
+// The inside of a polygon by the even-odd rule, pixel centres on integer
+// coordinates: an edge crosses row y when y lies in [min y, max y) of the
+// edge, and pixel x is inside when an odd number of crossings lie at or left
+// of x. Calls span(y, first, last) for each stretch of rows y0 .. y1.
+//
+// Edges are taken in order of their top row and kept while they cross; each
+// keeps its crossing as an exact quotient and remainder, stepped without a
+// division from row to row.
+class PolygonScan {
+ public:
+  explicit PolygonScan(const std::vector<IntPoint>& polygon);
+  template <class Span>
+  void Rows(long long y0, long long y1, Span&& span) {
+    for (long long y = y0; y <= y1; ++y) {
+      Crossings(y);
+      for (std::size_t i = 0; i + 1 < crossings_.size(); i += 2)
+        if (crossings_[i] < crossings_[i + 1]) span(y, crossings_[i], crossings_[i + 1] - 1);
+    }
+  }
+
+ private:
+  struct Edge {
+    long long top, end;      // rows top .. end - 1
+    long long x0, dx, dy;    // crossing x0 + (y - top) * dx / dy, dy > 0
+    long long q, r;          // floor division of the offset at row `row`
+    long long row;
+  };
+  // Sorted first columns at or right of the crossings of row y; rows must
+  // come in increasing order.
+  void Crossings(long long y);
+
+  std::vector<Edge> edges_;   // by top row
+  std::size_t next_ = 0;      // first edge not yet active
+  std::vector<Edge> active_;
+  std::vector<long long> crossings_;
+};
 
 // ---------------------------------------------------------------- text
 

@@ -21,6 +21,23 @@ double ClampOpacity(double opacity) {
   return opacity > 1.0 ? 1.0 : opacity;
 }
 
+void FillPixels(unsigned char* d, std::size_t n, const unsigned char c[3], int mmx) {
+  if (mmx == 0 || n < 16) {
+    for (; n > 0; --n, d += 3) std::memcpy(d, c, 3);
+    return;
+  }
+  // The first 16 pixels, then copies of what is written, doubling: long
+  // copies go through the C library's string moves, which write whole cache
+  // lines without reading them first.
+  for (int i = 0; i < 16; ++i) std::memcpy(d + 3 * i, c, 3);
+  const std::size_t total = 3 * n;
+  for (std::size_t done = 48; done < total;) {
+    const std::size_t k = done < total - done ? done : total - done;
+    std::memcpy(d + done, d, k);
+    done += k;
+  }
+}
+
 // ---------------------------------------------------------------- shapes
 
 Box BoxOf(int x, int y, int width, int height) {
@@ -50,20 +67,6 @@ bool EllipseRegion::Span(long long y, long long& left, long long& right) const {
   return left <= right;
 }
 
-bool EllipseRegion::Outline(long long y, long long& left, long long& right, long long& innerLeft,
-                            long long& innerRight) const {
-  if (!Span(y, left, right)) return false;
-  long long al, ar, bl, br;
-  if (!Span(y - 1, al, ar) || !Span(y + 1, bl, br)) {
-    innerLeft = right + 1;
-    innerRight = right;
-    return true;
-  }
-  innerLeft = std::max({left + 1, al, bl});
-  innerRight = std::min({right - 1, ar, br});
-  return true;
-}
-
 double EllipseRegion::Angle(long long x, long long y) const {
   return std::atan2((static_cast<double>(y) - cy_) / ay_, (static_cast<double>(x) - cx_) / ax_);
 }
@@ -80,37 +83,63 @@ bool OnArc(double angle, double start, double sweep) {
 }
 
 std::vector<IntPoint> TruncatePoints(const Corvane::DrawPointArray& points) {
+  const auto held = [](double v) {
+    const double limit = 1073741824.0;
+    return SaturateToInt(v < -limit ? -limit : v > limit ? limit : v);  // NaN gives 0
+  };
   std::vector<IntPoint> out(points.GetCount());
-  for (unsigned int i = 0; i < points.GetCount(); ++i)
-    out[i] = IntPoint{SaturateToInt(points[i].m_f64X), SaturateToInt(points[i].m_f64Y)};
+  for (unsigned int i = 0; i < points.GetCount(); ++i) out[i] = IntPoint{held(points[i].m_f64X), held(points[i].m_f64Y)};
   return out;
 }
 
 namespace {
-// floor(a / b) and ceil(a / b) for b > 0.
+// floor(a / b) for b > 0.
 long long FloorDiv(long long a, long long b) { return a >= 0 ? a / b : -((-a + b - 1) / b); }
-long long CeilDiv(long long a, long long b) { return -FloorDiv(-a, b); }
 }  // namespace
 
-void PolygonSpans(const std::vector<IntPoint>& polygon, long long y, std::vector<long long>& spans) {
-  std::vector<long long> crossings;
+PolygonScan::PolygonScan(const std::vector<IntPoint>& polygon) {
   const std::size_t n = polygon.size();
   for (std::size_t i = 0; i < n; ++i) {
     IntPoint a = polygon[i], b = polygon[(i + 1) % n];
     if (a.y == b.y) continue;
     if (a.y > b.y) std::swap(a, b);
-    if (y < a.y || y >= b.y) continue;
-    // The first column at or right of the crossing
-    // x = a.x + (y - a.y) * (b.x - a.x) / (b.y - a.y), exactly.
-    const long long num = (y - a.y) * (static_cast<long long>(b.x) - a.x);
-    crossings.push_back(a.x + CeilDiv(num, static_cast<long long>(b.y) - a.y));
+    // row two before the top: the first use divides.
+    edges_.push_back(Edge{a.y, b.y, a.x, static_cast<long long>(b.x) - a.x, static_cast<long long>(b.y) - a.y, 0, 0,
+                          static_cast<long long>(a.y) - 2});
   }
-  std::sort(crossings.begin(), crossings.end());
-  for (std::size_t i = 0; i + 1 < crossings.size(); i += 2) {
-    if (crossings[i] >= crossings[i + 1]) continue;
-    spans.push_back(crossings[i]);
-    spans.push_back(crossings[i + 1] - 1);
+  std::sort(edges_.begin(), edges_.end(), [](const Edge& p, const Edge& q) { return p.top < q.top; });
+}
+
+void PolygonScan::Crossings(long long y) {
+  crossings_.clear();
+  while (next_ < edges_.size() && edges_[next_].top <= y) active_.push_back(edges_[next_++]);
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < active_.size(); ++i) {
+    Edge e = active_[i];
+    if (y >= e.end) continue;
+    if (y < e.top) {
+      active_[kept++] = e;
+      continue;
+    }
+    if (y - e.row != 1) {
+      // First use, or rows skipped: divide once.
+      const long long num = (y - e.top) * e.dx;
+      e.q = FloorDiv(num, e.dy);
+      e.r = num - e.q * e.dy;
+    } else {
+      // The next row: the offset grows by dx.
+      const long long dq = FloorDiv(e.dx, e.dy);
+      e.q += dq;
+      e.r += e.dx - dq * e.dy;
+      if (e.r >= e.dy) e.r -= e.dy, ++e.q;
+    }
+    e.row = y;
+    // The first column at or right of the crossing: x0 + ceil(offset).
+    crossings_.push_back(e.x0 + e.q + (e.r > 0 ? 1 : 0));
+    active_[kept++] = e;
   }
+  active_.resize(kept);
+  std::sort(crossings_.begin(), crossings_.end());
 }
 
 // ---------------------------------------------------------------- text

@@ -1,7 +1,10 @@
 #include "mirel/vector/draw/raster_draw_adapter.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
+
+#include "mirel/foundation/frame_internal.h"
 
 #include "mirel/vector/draw/draw_internal.h"
 
@@ -12,23 +15,45 @@ using mirel::draw::BoxOf;
 using mirel::draw::EllipseRegion;
 
 namespace {
+
 // Calls stretch(row, from, to, outline) for the stretches of each row of an
-// ellipse inside rows 0 .. height - 1: the outline at each end and the
-// interior between, or the whole span when the row is all outline.
+// ellipse inside rows 0 .. height - 1: the outline is the row's span less
+// the stretch that the rows above and below cover too (the pixels with every
+// 4-neighbour inside), the interior that stretch. Spans roll down the rows,
+// each worked out once.
 template <class Stretch>
 void ForEachEllipseStretch(const EllipseRegion& region, long long height, Stretch&& stretch) {
   const long long y0 = std::max<long long>(region.GetBox().top, 0);
   const long long y1 = std::min<long long>(region.GetBox().bottom, height - 1);
+  if (y0 > y1) return;
+  struct RowSpan {
+    bool some;
+    long long left, right;
+  };
+  auto spanOf = [&region](long long y) {
+    RowSpan s{};
+    s.some = region.Span(y, s.left, s.right);
+    return s;
+  };
+  RowSpan above = spanOf(y0 - 1), here = spanOf(y0);
   for (long long row = y0; row <= y1; ++row) {
-    long long left, right, innerLeft, innerRight;
-    if (!region.Outline(row, left, right, innerLeft, innerRight)) continue;
-    if (innerLeft > innerRight) {
-      stretch(row, left, right, true);
-      continue;
+    const RowSpan below = spanOf(row + 1);
+    if (here.some) {
+      long long innerLeft = here.right + 1, innerRight = here.right;
+      if (above.some && below.some) {
+        innerLeft = std::max({here.left + 1, above.left, below.left});
+        innerRight = std::min({here.right - 1, above.right, below.right});
+      }
+      if (innerLeft > innerRight) {
+        stretch(row, here.left, here.right, true);
+      } else {
+        stretch(row, here.left, innerLeft - 1, true);
+        stretch(row, innerLeft, innerRight, false);
+        stretch(row, innerRight + 1, here.right, true);
+      }
     }
-    stretch(row, left, innerLeft - 1, true);
-    stretch(row, innerLeft, innerRight, false);
-    stretch(row, innerRight + 1, right, true);
+    above = here;
+    here = below;
   }
 }
 }  // namespace
@@ -37,7 +62,8 @@ RasterDrawAdapter::RasterDrawAdapter(EROI<EC24>* target, ColorOrder order) : tar
 
 RasterDrawAdapter::~RasterDrawAdapter() = default;
 
-bool RasterDrawAdapter::Usable() const {
+bool RasterDrawAdapter::Usable() {
+  mmx_ = EGetMMX();
   return target_ != nullptr && !target_->Void() && target_->GetWidth() > 0 && target_->GetHeight() > 0;
 }
 
@@ -51,14 +77,14 @@ void RasterDrawAdapter::Span(long long y, long long x0, long long x1, const unsi
   x0 = std::max<long long>(x0, 0);
   x1 = std::min<long long>(x1, target_->GetWidth() - 1);
   if (x0 > x1) return;
-  EC24* p = target_->GetImagePtr(static_cast<int>(x0), static_cast<int>(y));
-  for (long long x = x0; x <= x1; ++x, ++p) p->c[0] = c[0], p->c[1] = c[1], p->c[2] = c[2];
+  mirel::draw::FillPixels(reinterpret_cast<unsigned char*>(target_->GetImagePtr(static_cast<int>(x0), static_cast<int>(y))),
+                          static_cast<std::size_t>(x1 - x0 + 1), c, mmx_);
 }
 
 void RasterDrawAdapter::Line(int x0, int y0, int x1, int y1, const unsigned char c[3]) {
-  mirel::draw::WalkLine(x0, y0, x1, y1, target_->GetWidth(), target_->GetHeight(), [&](int x, int y) {
-    EC24* p = target_->GetImagePtr(x, y);
-    p->c[0] = c[0], p->c[1] = c[1], p->c[2] = c[2];
+  const mirel::Rows<EC24> rows = mirel::RowsOf(target_);
+  mirel::draw::WalkLine(x0, y0, x1, y1, rows.width, rows.height, [&](int x, int y) {
+    std::memcpy(rows.Row(y) + x, c, 3);
   });
 }
 
@@ -153,12 +179,9 @@ void RasterDrawAdapter::Polygon(const DrawPointArray& points, const DrawColor* o
     for (const auto& p : polygon) top = std::min<long long>(top, p.y), bottom = std::max<long long>(bottom, p.y);
     top = std::max<long long>(top, 0);
     bottom = std::min<long long>(bottom, target_->GetHeight() - 1);
-    std::vector<long long> spans;
-    for (long long row = top; row <= bottom; ++row) {
-      spans.clear();
-      mirel::draw::PolygonSpans(polygon, row, spans);
-      for (std::size_t i = 0; i + 1 < spans.size(); i += 2) Span(row, spans[i], spans[i + 1], f);
-    }
+    mirel::draw::PolygonScan(polygon).Rows(top, bottom, [&](long long row, long long first, long long last) {
+      Span(row, first, last, f);
+    });
   }
   unsigned char o[3];
   Components(Pen(*outline), o);

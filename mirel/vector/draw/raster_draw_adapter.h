@@ -67,7 +67,9 @@ class MIREL_API RasterDrawAdapter : public PortableDrawAdapter {
                  const DrawColor& tint) override;
 
  private:
-  bool Usable() const;
+  // True when there are pixels to draw on; reads the fast-path switch for
+  // the operation at hand.
+  bool Usable();
   EC24* Pixel(long long x, long long y) const;
   // Pixels x0 .. x1 of row y, clipped.
   void Span(long long y, long long x0, long long x1, const unsigned char c[3]);
@@ -77,6 +79,7 @@ class MIREL_API RasterDrawAdapter : public PortableDrawAdapter {
   void WriteText(const char* text, int x, int y, const DrawColor& color, const DrawColor* background);
 
   EROI<EC24>* target_;
+  int mmx_ = 0;
 };
 
 }  // namespace Corvane

@@ -159,6 +159,29 @@ TEST(RasterRectangles, FrameAndFillOfBoxesGivenEitherWay) {
   }
 }
 
+TEST(RasterPaths, FillsGiveTheScalarBytesOnEveryPath) {
+  Rng rng(15);
+  for (int trial = 0; trial < 60; ++trial) {
+    const int w = 1 + rng() % 140, h = 1 + rng() % 12;
+    const unsigned seed = rng();
+    std::vector<unsigned char> scalar;
+    for (int path : testsupport::AllPaths()) {
+      testsupport::PathGuard guard(path);
+      Rng local(seed);
+      Canvas m(w, h, local);
+      RasterDrawAdapter adapter(&m.roi);
+      const DrawColor a = RandomColor(local), b = RandomColor(local);
+      adapter.FillRectangle(static_cast<int>(local() % 9) - 4, -1, w, h / 2, a, b);
+      adapter.FillEllipse(-3, 0, w + 2, h, b, a);
+      adapter.FillPolygon(Corvane::DrawPointArray{{-5.0, 0.0}, {w + 5.0, h / 3.0}, {w / 2.0, h + 2.0}}, a, b);
+      adapter.DrawTextBox("Mirel", w / 3, 1, a, b);
+      const std::vector<unsigned char> bytes = testsupport::Snapshot(m.image);
+      if (path < 0) scalar = bytes;
+      else ASSERT_EQ(bytes, scalar) << "path " << path << " trial " << trial;
+    }
+  }
+}
+
 // Which colour each pixel of a plain canvas took: 0 none, 1 outline, 2 fill.
 std::vector<int> Classes(const EImage<EC24>& image) {
   std::vector<int> out;

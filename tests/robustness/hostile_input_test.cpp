@@ -1,0 +1,191 @@
+// Inputs a demanding user sends: empty ROIs, runs that leave the ROI,
+// counts that wrap, streams that lie about their length. Each case checks
+// the code, the trace and that nothing outside what the call may write was
+// touched.
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "../test_support.h"
+
+#if defined(__unix__) || defined(__APPLE__)
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+using testsupport::Rng;
+using testsupport::Snapshot;
+
+// A kernel of the given size with every coefficient set to `v`.
+EKernel Flat(short size, short rectifier, float v) {
+  EKernel k(size, size, 1.0f, 0, rectifier, 7);
+  for (int i = 0; i < size * size; ++i) k.Data[i] = v;
+  return k;
+}
+
+template <class P>
+void ConvolveEmptyRois() {
+  Rng rng(5);
+  for (const short size : {3, 4, 5, 7}) {
+    for (short rectifier = 0; rectifier <= 3; ++rectifier) {
+      for (int shape = 0; shape < 4; ++shape) {
+        // 0xN and Nx0 ROIs, at the image's left edge and inside it.
+        const int x = shape & 1, w = shape & 2 ? 5 : 0, h = shape & 2 ? 0 : 5;
+        EImage<P> srcImage(8, 7), dstImage(8, 7);
+        testsupport::FillRandom(srcImage, rng);
+        testsupport::FillRandom(dstImage, rng);
+        EROI<P> src(&srcImage, x, 1, w, h), dst(&dstImage, x, 1, w, h);
+        EKernel kernel = Flat(size, rectifier, 1.0f);
+        const auto before = Snapshot(dstImage);
+        ImgConvolKernel(&src, &dst, &kernel);
+        EXPECT_EQ(EGetError(), E_OK);
+        EXPECT_EQ(Snapshot(dstImage), before) << "size " << size << " rectifier " << rectifier << " shape " << shape;
+        if (size == 4 || (rectifier == 0 && size == 3)) continue;  // symmetric routes need a rectifier
+        ImgConvolSymmetricKernel(&src, &dst, &kernel);
+        EXPECT_TRUE(Snapshot(dstImage) == before) << "symmetric size " << size << " rectifier " << rectifier;
+      }
+    }
+  }
+}
+
+// A ROI with no columns (or no rows) is not void: the call succeeds and
+// writes nothing, whatever route the kernel takes.
+TEST(EmptyRoi, KernelConvolutionsWriteNothing) {
+  ConvolveEmptyRois<EBW8>();
+  ConvolveEmptyRois<EBW16>();
+}
+
+// Projections of ROIs with no columns or no rows give empty or zero vectors
+// and hand no null buffer to the C library (the sanitizer build checks it).
+TEST(EmptyRoi, ProjectionsOfEveryPixelType) {
+  EImage<EC24> colour(6, 4);
+  EImage<EBW8> grey(6, 4);
+  EImage<EBW16> wide(6, 4);
+  EROI<EC24> c(&colour, 1, 1, 0, 3);
+  EROI<EBW8> g(&grey, 1, 1, 0, 3);
+  EROI<EBW16> w(&wide, 1, 1, 0, 3);
+  EC24Vector cv;
+  EBW8Vector gv;
+  EBW16Vector wv;
+  EBW32Vector sums;
+  EXPECT_EQ(ImgProjectOnARow(&c, &cv), 0);
+  EXPECT_EQ(cv.GetNumElements(), 0u);
+  EXPECT_EQ(ImgProjectOnARow(&g, &gv), 0);
+  EXPECT_EQ(ImgProjectOnARow(&w, &wv), 0);
+  EXPECT_EQ(ImgProjectOnARow(&w, &sums), 0);
+  EXPECT_EQ(ImgProjectOnAColumn(&c, &cv), 0);
+  ASSERT_EQ(cv.GetNumElements(), 3u);
+  EXPECT_EQ(ImgProjectOnAColumn(&g, &sums), 0);
+  ASSERT_EQ(sums.GetNumElements(), 3u);
+  EXPECT_EQ(sums[0].value, 0u);
+}
+
+// The documented arithmetic: 32-bit terms read as signed. One bin 200 with
+// 60000 pixels makes h*i*i pass 2^31, the variance negative and the result
+// not a number; smaller histograms give the usual deviation.
+TEST(HistogramFeatures, StandardDeviationFollowsSignedTerms) {
+  EBWHistogramVector h;
+  h.SetNumElements(256);
+  h.Clear();
+  h[200] = 60000;
+  EXPECT_TRUE(std::isnan(ImgAnalyseHistogram(&h, IMG_FEATURE_STD_DEV, 0, 255)));
+  EXPECT_EQ(EGetError(), E_OK);
+  h[200] = 0;
+  h[1] = 1;
+  h[3] = 1;
+  EXPECT_FLOAT_EQ(ImgAnalyseHistogram(&h, IMG_FEATURE_STD_DEV, 0, 255), 1.0f);
+  h[1] = 0;
+  EXPECT_EQ(ImgAnalyseHistogram(&h, IMG_FEATURE_STD_DEV, 0, 255), 0.0f);
+}
+
+// Runs must lie inside one row of the ROI; anything else is refused with
+// 1007 before a pixel is read or written, by every operation that honours
+// a run mask. Runs inside the ROI keep working.
+TEST(RunMask, RunsOutsideTheRoiAreRefused) {
+  EImage<EBW8> image(4, 2), out(4, 2);
+  Rng rng(2);
+  testsupport::FillRandom(image, rng);
+  testsupport::FillRandom(out, rng);
+  EROI<EBW8> roi(&image, 0, 0, 4, 2);
+  const std::intptr_t first = reinterpret_cast<std::intptr_t>(roi.GetImagePtr(0, 0));
+  const std::intptr_t pitch = roi.GetRowPitch();
+  struct Bad { ERun run; int offsets; };
+  const Bad bads[] = {{{-100000, 100000, 0, 0}, 1},        // the audit's case
+                      {{-1, 2, 0, 0}, 1},                  // starts before the ROI
+                      {{2, 6, 2, 0}, 1},                   // runs into the next row
+                      {{pitch, pitch + 5, 0, 1}, 1},       // longer than a row
+                      {{2 * pitch, 2 * pitch + 1, 0, 2}, 1},  // below the last row
+                      {{first - 8, first + 2, 0, 0}, 0},   // an address before the image
+                      {{first + 3, first + 5, 3, 0}, 0}};  // an address across the row's end
+  for (const Bad& bad : bads) {
+    roi.SetRuns(&bad.run, 1, bad.offsets);
+    const auto before = Snapshot(out);
+    EBWHistogramVector hist;
+    ImgHistogram(&roi, &hist);
+    EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
+    EXPECT_STREQ(EGetErrorTrace(), "ImgHistogram");
+    ImgEqualize(&roi, &out);
+    EXPECT_STREQ(EGetErrorTrace(), "ImgHistogram <- ImgEqualize");
+    ImgThreshold(&roi, &out, IMG_THRESHOLD_MIN_RESIDUE);
+    EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
+    EXPECT_TRUE(Snapshot(out) == before);
+    ImgAutoThreshold(&roi, IMG_THRESHOLD_ISODATA, 0.0f);
+    EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
+    float x = 0.0f, y = 0.0f;
+    unsigned int count = 0;
+    const std::vector<std::function<void()>> calls = {
+        [&] { ImgArea(&roi); }, [&] { ImgArea(&roi, 10u); }, [&] { ImgAverage(&roi, &count); },
+        [&] { ImgMinimum(&roi); }, [&] { ImgMaximum(&roi); }, [&] { ImgVariance(&roi); },
+        [&] { ImgGravityCenter(&roi, 10u, x, y); }, [&] { ImgCentroid(&roi, x, y); }};
+    for (const auto& call : calls) {
+      call();
+      EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT) << bad.run.start << " " << bad.run.end;
+    }
+  }
+  // Inside the ROI: pixels 1..3 of row 1, by offset and by address.
+  for (int offsets = 0; offsets < 2; ++offsets) {
+    const std::intptr_t start = (offsets ? 0 : first) + pitch + 1;
+    const ERun good[] = {{start, start + 3, 1, 1}, {start, start, 0, 0}};
+    roi.SetRuns(good, 2, offsets);
+    EXPECT_EQ(ImgArea(&roi), 3u);
+    EXPECT_EQ(EGetError(), E_OK);
+  }
+}
+
+#if defined(__unix__) || defined(__APPLE__)
+// A pipe has no size to measure: the vector grows as records arrive, so a
+// stream that claims 200 million records and holds one costs one record.
+TEST(VectorFile, ShortStreamCostsWhatItHolds) {
+  char dir[] = "/tmp/mirel_pipe_XXXXXX";
+  ASSERT_NE(mkdtemp(dir), nullptr);
+  const std::string fifo = std::string(dir) + "/stream";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  // Header of a path file, a count of 200 million, one 4-byte record.
+  const unsigned char bytes[12] = {0x45, 0x06, 0x01, 0x42, 0x00, 0xc2, 0xeb, 0x0b, 0x01, 0x00, 0x02, 0x00};
+  std::thread writer([&] {
+    std::FILE* f = std::fopen(fifo.c_str(), "wb");
+    if (f == nullptr) return;
+    std::fwrite(bytes, 1, sizeof(bytes), f);
+    std::fclose(f);
+  });
+  EPathVector v;
+  v.Load(fifo.c_str());
+  writer.join();
+  EXPECT_EQ(EGetError(), E_ERROR_FILE_READ);
+  EXPECT_STREQ(EGetErrorTrace(), "EVector::Load");
+  EXPECT_LE(v.GetMaxElements(), 1u << 22);
+  ASSERT_EQ(v.GetNumElements(), 1u);
+  EXPECT_EQ(v[0].m_n16X, 1);
+  EXPECT_EQ(v[0].m_n16Y, 2);
+  std::remove(fifo.c_str());
+  rmdir(dir);
+}
+#endif
+
+}  // namespace
