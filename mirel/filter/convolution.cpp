@@ -555,10 +555,11 @@ void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
         sum += static_cast<double>(k[kFrameCoef[i]]) * at(x + i % 3 - 1, y + i / 3 - 1);
       reinterpret_cast<P*>(d.Row(y))[x] = Rectify<P>(TruncToInt32(sum), offset, rectifier);
     };
-    for (int y = 0; y < height; ++y) {
+    // A ROI with no columns has no frame pixels.
+    for (int y = 0; y < height && width > 0; ++y) {
       if (y == 0 || y == height - 1) {
         for (int x = 0; x < width; ++x) frame(x, y);
-      } else if (width > 0) {  // a ROI with no columns has no frame pixels
+      } else {
         frame(0, y);
         if (width > 1) frame(width - 1, y);
       }

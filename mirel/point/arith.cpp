@@ -73,6 +73,9 @@ struct ByteRows {
   std::ptrdiff_t pitch;
   std::size_t bytes;  // bytes of pixels in a row
   int height;
+  // One past the last pixel byte of the image the rows lie in: the overlay
+  // triples, which may reach behind a row, stop there.
+  const u8* end;
   u8* Row(int y) const { return base + pitch * y; }
   // Write hint for the row after y, given at the top of row y by copy and
   // fill, and by the block workers when their vector blocks run (the byte
@@ -82,9 +85,11 @@ struct ByteRows {
 
 ByteRows BytesOf(const EGenericROI* roi) {
   EGenericROI* r = const_cast<EGenericROI*>(roi);
+  const EGenericROI* top = roi->GetTopParent();
   return ByteRows{static_cast<u8*>(r->GetGenericImagePtr(0, 0)), r->GetRowPitch(),
                   static_cast<std::size_t>(r->GetWidth()) * static_cast<std::size_t>(r->GetPixelBytes()),
-                  r->GetHeight()};
+                  r->GetHeight(),
+                  static_cast<const u8*>(top->GetGenericImagePtr(top->GetWidth(), top->GetHeight() - 1))};
 }
 
 // Rows [y0, y1) of a ROI as a view of their own.
@@ -303,16 +308,28 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
   if (op == ALO_OVERLAY) {
     // Triples of bytes up to the row's end: on a BW8 row whose width is not
     // a multiple of 3 the last triple reaches up to two bytes behind it.
+    // Behind the last pixel of an image's last row there is nothing (a
+    // borrowed buffer may end there): such bytes read as 0 and are not
+    // written.
+    const auto get = [](const u8* p, const u8* end) -> u8 { return p < end ? *p : 0; };
     for (int y = 0; y < d.height; ++y) {
       const u8* pa = a.Row(y);
       const u8* pb = b.Row(y);
       u8* pd = d.Row(y);
       for (std::size_t i = 0; i < d.bytes; i += 3) {
-        const u8* from = (pb[i] | pb[i + 1] | pb[i + 2]) != 0 ? pb + i : pa + i;
-        const u8 c0 = from[0], c1 = from[1], c2 = from[2];
-        pd[i] = c0;
-        pd[i + 1] = c1;
-        pd[i + 2] = c2;
+        if (i + 3 <= d.bytes) {
+          const u8* from = (pb[i] | pb[i + 1] | pb[i + 2]) != 0 ? pb + i : pa + i;
+          const u8 c0 = from[0], c1 = from[1], c2 = from[2];
+          pd[i] = c0;
+          pd[i + 1] = c1;
+          pd[i + 2] = c2;
+          continue;
+        }
+        u8 c[3];
+        const bool any = (get(pb + i, b.end) | get(pb + i + 1, b.end) | get(pb + i + 2, b.end)) != 0;
+        for (int k = 0; k < 3; ++k) c[k] = any ? get(pb + i + k, b.end) : get(pa + i + k, a.end);
+        for (int k = 0; k < 3; ++k)
+          if (pd + i + k < d.end) pd[i + k] = c[k];
       }
     }
     return;

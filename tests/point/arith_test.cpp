@@ -132,6 +132,11 @@ struct Pic {
     return sizeof(T) == 2 ? static_cast<uint32_t>(p[0] | (p[1] << 8)) : p[k];
   }
   bool Any(int x, int y) const { return At(x, y, 0) || At(x, y, 1) || At(x, y, 2); }
+  // Offset one past the image's last pixel.
+  size_t End() const {
+    return static_cast<size_t>(reinterpret_cast<const u8*>(image.GetImagePtr(image.GetWidth(), image.GetHeight() - 1)) -
+                               reinterpret_cast<const u8*>(image.GetImagePtr(0, 0)));
+  }
 };
 
 using Model = std::function<void(Bytes&)>;
@@ -240,13 +245,17 @@ void SameTypeForms(uint32_t seed, const std::string& n, const char* unary_label)
     const Bytes sa = testsupport::Snapshot(a.image), sb = testsupport::Snapshot(b.image);
     if (op == 34 && !colour) {
       // The byte form reads its rows as triples, reaching up to two bytes
-      // behind the row: model them from the images' own buffers.
+      // behind the row but never past an image's last pixel (bytes there
+      // read as 0 and are not written): model them from the images' own
+      // buffers.
       model = [&](Bytes& e) {
+        const auto get = [](const Bytes& s, size_t o, size_t end) { return o < end ? s[o] : 0; };
         for (int y = 0; y < h; ++y)
           for (int i = 0; i < w; i += 3) {
             const size_t oa = a.Off(0, y) + i, ob = b.Off(0, y) + i, od = out.Off(0, y) + i;
-            const bool any = sb[ob] || sb[ob + 1] || sb[ob + 2];
-            for (int k = 0; k < 3; ++k) e[od + k] = any ? sb[ob + k] : sa[oa + k];
+            const bool any = get(sb, ob, b.End()) || get(sb, ob + 1, b.End()) || get(sb, ob + 2, b.End());
+            for (int k = 0; k < 3; ++k)
+              if (od + k < out.End()) e[od + k] = any ? get(sb, ob + k, b.End()) : get(sa, oa + k, a.End());
           }
       };
     }
