@@ -307,15 +307,20 @@ class MIREL_API EImage : public EROI<T> {
   // alive while the image (and any ROI in it) is used, and frees it after;
   // the image never frees it. The pitch must hold a row (for a bit image,
   // (width + 7) / 8 + 1 bytes: bit operations may write the byte behind a
-  // row) and be positive when there are pixels; data must not be null then.
-  // Otherwise 1007 is set, "EImage::Borrow" traced and the image is left as
-  // it was. A zero size makes the image void. SetSize to another size later
+  // row) and be positive when there are pixels; data must not be null then,
+  // and data and pitch must keep every pixel on its type's alignment (2 for
+  // EBW16, 4 for EBW32 and EFLOAT32, ...), since pixels are read through
+  // typed pointers. Otherwise 1007 is set, "EImage::Borrow" traced and the
+  // image is left as it was. A zero size makes the image void. SetSize to another size later
   // drops the borrowed buffer for one the image owns.
   void Borrow(T* data, int width, int height, int pitchBytes) {
     const bool empty = width == 0 || height == 0;
     const long long row = EROI<T>::kBits ? (static_cast<long long>(width) + 7) / 8 + 1
                                          : static_cast<long long>(width) * static_cast<long long>(sizeof(T));
-    if (width < 0 || height < 0 || (!empty && (data == nullptr || pitchBytes <= 0 || pitchBytes < row))) {
+    const bool misaligned = reinterpret_cast<std::uintptr_t>(data) % alignof(T) != 0 ||
+                            static_cast<unsigned int>(pitchBytes) % alignof(T) != 0;
+    if (width < 0 || height < 0 ||
+        (!empty && (data == nullptr || pitchBytes <= 0 || pitchBytes < row || misaligned))) {
       ESetError(E_ERROR_BAD_ARGUMENT);
       ETraceError("EImage::Borrow");
       return;
@@ -388,17 +393,25 @@ class MIREL_API EImage : public EROI<T> {
     other.pitch_ = other.width_ = other.height_ = 0;
     other.borrowed_ = false;
   }
-  // Row by row: the two pitches differ when either image is borrowed.
+  // Row by row: the two pitches differ when either image is borrowed. Rows
+  // are copied with what lies between them, but a borrowed buffer may end
+  // right behind its last row's bytes, so there only the row's bytes are
+  // copied (for a bit image, with the spare byte behind).
   void CopyFrom(const EImage& other) {
     if (borrowed_ && (this->width_ != other.width_ || this->height_ != other.height_)) Release();
     SetSize(other.GetWidth(), other.GetHeight());
     if (this->data_ == nullptr || other.data_ == nullptr || this->width_ != other.width_ ||
         this->height_ != other.height_)
       return;
-    const std::size_t row = static_cast<std::size_t>(this->pitch_ < other.pitch_ ? this->pitch_ : other.pitch_);
-    for (int y = 0; y < this->height_; ++y)
+    const std::size_t pitch = static_cast<std::size_t>(this->pitch_ < other.pitch_ ? this->pitch_ : other.pitch_);
+    const std::size_t row = EROI<T>::kBits ? (static_cast<std::size_t>(this->width_) + 7) / 8 + 1
+                                           : static_cast<std::size_t>(this->width_) * sizeof(T);
+    for (int y = 0; y < this->height_; ++y) {
+      const bool last = y == this->height_ - 1;
       std::memcpy(this->data_ + static_cast<std::size_t>(y) * this->pitch_,
-                  other.data_ + static_cast<std::size_t>(y) * other.pitch_, row);
+                  other.data_ + static_cast<std::size_t>(y) * other.pitch_,
+                  last && (borrowed_ || other.borrowed_) ? row : pitch);
+    }
   }
 
   bool borrowed_ = false;

@@ -15,6 +15,7 @@
 // arith_internal.h, and a scalar tail; both give the same bytes.
 #include "mirel/point/arith.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
@@ -72,7 +73,14 @@ struct ByteRows {
   std::ptrdiff_t pitch;
   std::size_t bytes;  // bytes of pixels in a row
   int height;
+  // One past the last byte of the image the rows lie in (set by BytesOf):
+  // the byte-triple overlay must not read or write beyond it.
+  const u8* end = nullptr;
   u8* Row(int y) const { return base + pitch * y; }
+  // Bytes from the start of row y to the end of the image.
+  std::size_t Room(int y) const {
+    return end == nullptr ? 0 : static_cast<std::size_t>(end - reinterpret_cast<const u8*>(Row(y)));
+  }
   // Write hint for the row after y, given at the top of row y by copy and
   // fill, and by the block workers when their vector blocks run (the byte
   // by byte loops are slower with it).
@@ -81,9 +89,13 @@ struct ByteRows {
 
 ByteRows BytesOf(const EGenericROI* roi) {
   EGenericROI* r = const_cast<EGenericROI*>(roi);
+  const EGenericROI* top = r->GetTopParent();
+  const u8* end = top->Void() || top->GetHeight() == 0
+                      ? nullptr
+                      : static_cast<const u8*>(top->GetImagePtr(top->GetWidth(), top->GetHeight() - 1));
   return ByteRows{static_cast<u8*>(r->GetGenericImagePtr(0, 0)), r->GetRowPitch(),
                   static_cast<std::size_t>(r->GetWidth()) * static_cast<std::size_t>(r->GetPixelBytes()),
-                  r->GetHeight()};
+                  r->GetHeight(), end};
 }
 
 // One row of n bytes: scalar head up to an 8-byte aligned destination, the
@@ -286,17 +298,30 @@ void ByteUnary(int op, const ByteRows& s, const ByteRows& d) {
 void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d) {
   if (op == ALO_OVERLAY) {
     // Triples of bytes up to the row's end: on a BW8 row whose width is not
-    // a multiple of 3 the last triple reaches up to two bytes behind it.
+    // a multiple of 3 the last triple reaches up to two bytes behind it,
+    // into the rest of the image's row, never past the image's last byte
+    // (bytes of a triple beyond it are neither read nor written; those of
+    // `b` count as 0).
     for (int y = 0; y < d.height; ++y) {
       const u8* pa = a.Row(y);
       const u8* pb = b.Row(y);
       u8* pd = d.Row(y);
+      const std::size_t room = std::min({a.Room(y), b.Room(y), d.Room(y)});
       for (std::size_t i = 0; i < d.bytes; i += 3) {
-        const u8* from = (pb[i] | pb[i + 1] | pb[i + 2]) != 0 ? pb + i : pa + i;
-        const u8 c0 = from[0], c1 = from[1], c2 = from[2];
+        if (i + 3 <= room) {
+          const u8* from = (pb[i] | pb[i + 1] | pb[i + 2]) != 0 ? pb + i : pa + i;
+          const u8 c0 = from[0], c1 = from[1], c2 = from[2];
+          pd[i] = c0;
+          pd[i + 1] = c1;
+          pd[i + 2] = c2;
+          continue;
+        }
+        const std::size_t n = room - i;  // 1 or 2: the rest lies past the image
+        const bool any = pb[i] != 0 || (n > 1 && pb[i + 1] != 0);
+        const u8* from = any ? pb + i : pa + i;
+        const u8 c0 = from[0], c1 = n > 1 ? from[1] : 0;
         pd[i] = c0;
-        pd[i + 1] = c1;
-        pd[i + 2] = c2;
+        if (n > 1) pd[i + 1] = c1;
       }
     }
     return;
