@@ -14,6 +14,9 @@
 #include "mirel/foundation/untyped_vector.h"
 #include "mirel/foundation/vector.h"
 
+// Bands on several threads: the calling thread's setting.
+#include "mirel/foundation/threads.h"
+
 // Point operations and conversion.
 #include "mirel/point/arith.h"
 #include "mirel/point/convert.h"

@@ -16,6 +16,7 @@
 
 #include "mirel/filter/alloc_internal.h"
 #include "mirel/filter/convolution_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/frame_internal.h"
 
 namespace mirel {
@@ -69,12 +70,13 @@ inline P DirectPixel(const FilterShape& f, const P* const* rows, int x, int widt
   return static_cast<P>(Scale(f.kind, sum));
 }
 
+// Rows [y0, y1).
 template <class Pix>
-void Direct(const FilterShape& f, const Rows<const Pix>& s, const Rows<Pix>& d) {
+void Direct(const FilterShape& f, const Rows<const Pix>& s, const Rows<Pix>& d, int y0, int y1) {
   using P = typename GreyOf<Pix>::P;
-  const int r = f.radius, width = s.width, height = s.height;
+  const int r = f.radius, width = s.width;
   const P* rows[7];
-  for (int y = 0; y < height; ++y) {
+  for (int y = y0; y < y1; ++y) {
     WindowRows(s, y, r, rows);
     P* out = reinterpret_cast<P*>(d.Row(y));
     ForEachColumnByBorder(width, r, [&](int x, auto clamp) {
@@ -103,10 +105,11 @@ void HorizontalRow(const FilterShape& f, const P* src, int width, P* padded, Row
   }
 }
 
-// Separable form; false when its buffers cannot be had (the caller then
-// takes the direct form, which needs none).
+// Separable form of rows [y0, y1); false when its buffers cannot be had
+// (the caller then takes the direct form, which needs none).
 template <class Pix>
-bool Separable(const FilterShape& f, const Rows<const Pix>& s, const Rows<Pix>& d, const SimdRoutines& simd) {
+bool Separable(const FilterShape& f, const Rows<const Pix>& s, const Rows<Pix>& d, const SimdRoutines& simd,
+               int y0, int y1) {
   using P = typename GreyOf<Pix>::P;
   using H = RowSum<P>;
   const int r = f.radius, n = 2 * r + 1, width = s.width, height = s.height;
@@ -118,9 +121,9 @@ bool Separable(const FilterShape& f, const Rows<const Pix>& s, const Rows<Pix>& 
     Free(ring);
     return false;
   }
-  int computed = -1;  // last source row summed into the ring
+  int computed = (y0 - r > 0 ? y0 - r : 0) - 1;  // last source row summed into the ring
   const H* rows[7];
-  for (int y = 0; y < height; ++y) {
+  for (int y = y0; y < y1; ++y) {
     const int need = y + r < height - 1 ? y + r : height - 1;
     while (computed < need) {
       ++computed;
@@ -214,15 +217,17 @@ void RunFilter(FixedFilter kind, const EROI<Pix>* src, EROI<Pix>* dst, const cha
   const Rows<const Pix> s = RowsOf(static_cast<const EROI<Pix>*>(src));
   const Rows<Pix> d = RowsOf(dst);
   const SimdRoutines simd = ActiveRoutines();
-  if (HorizontalOf(simd, static_cast<const P*>(nullptr)) != nullptr) {
-    if (!Overlap(src, dst)) {
-      if (Separable(f, s, d, simd)) return;
-    } else if (src->GetTotalOrgX() == dst->GetTotalOrgX() &&
-               src->GetTotalOrgY() == dst->GetTotalOrgY()) {
-      if (InPlace(f, d, simd)) return;
-    }
+  const bool separable = HorizontalOf(simd, static_cast<const P*>(nullptr)) != nullptr;
+  if (!Overlap(src, dst)) {
+    RunBands(s.height, RowCost(s.width, (2.0 + f.radius) * sizeof(P)), [&](int y0, int y1) {
+      if (!separable || !Separable(f, s, d, simd, y0, y1)) Direct(f, s, d, y0, y1);
+    });
+    return;
   }
-  Direct(f, s, d);
+  if (separable && src->GetTotalOrgX() == dst->GetTotalOrgX() && src->GetTotalOrgY() == dst->GetTotalOrgY()) {
+    if (InPlace(f, d, simd)) return;
+  }
+  Direct(f, s, d, 0, s.height);
 }
 
 }  // namespace

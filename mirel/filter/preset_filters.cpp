@@ -24,6 +24,7 @@
 #include "mirel/filter/alloc_internal.h"
 #include "mirel/filter/convolution_internal.h"
 #include "mirel/filter/preset_filters_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
@@ -274,13 +275,18 @@ void RunPreset(Preset kind, EROI<Pix>* src, EROI<Pix>* dst, const Labels& labels
     }
     const Rows<const Pix> s = RowsOf(static_cast<const EROI<Pix>*>(src));
     const Rows<Pix> d = RowsOf(dst);
-    if constexpr (HasZeroFrame(K)) {
-      if (ZeroFrameForm<K, Pix>(blocks)) {
-        ZeroFrameRows<K>(s, d, 0, s.height, blocks);
-        return;
+    // A destination that overlaps the source reads rows already written:
+    // one band then.
+    const double cost = Overlap(src, dst) ? kOneBand : RowCost(s.width, 2.0 * sizeof(Pix));
+    RunBands(s.height, cost, [&](int y0, int y1) {
+      if constexpr (HasZeroFrame(K)) {
+        if (ZeroFrameForm<K, Pix>(blocks)) {
+          ZeroFrameRows<K>(s, d, y0, y1, blocks);
+          return;
+        }
       }
-    }
-    ReplicatedRows<K, 1>(s, d, 0, s.height, blocks);
+      ReplicatedRows<K, 1>(s, d, y0, y1, blocks);
+    });
   });
 }
 

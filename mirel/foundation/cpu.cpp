@@ -36,6 +36,13 @@ SimdLevel ActiveSimdLevel() {
   return level;
 }
 
+PathSwitches CurrentPathSwitches() { return PathSwitches{t_fast_paths, t_limit}; }
+
+void SetPathSwitches(const PathSwitches& switches) {
+  t_fast_paths = switches.fastPaths;
+  t_limit = switches.limit;
+}
+
 }  // namespace cpu
 
 namespace testing {

@@ -23,6 +23,15 @@ SimdLevel DetectedSimdLevel();
 // DetectedSimdLevel() capped by the thread's limit.
 SimdLevel ActiveSimdLevel();
 
+// The calling thread's two switches (fast paths on or off, level cap), so
+// that work handed to another thread runs on the caller's path.
+struct PathSwitches {
+  int fastPaths;
+  int limit;
+};
+PathSwitches CurrentPathSwitches();
+void SetPathSwitches(const PathSwitches& switches);
+
 }  // namespace cpu
 }  // namespace mirel
 

@@ -393,25 +393,20 @@ class MIREL_API EImage : public EROI<T> {
     other.pitch_ = other.width_ = other.height_ = 0;
     other.borrowed_ = false;
   }
-  // Row by row: the two pitches differ when either image is borrowed. Rows
-  // are copied with what lies between them, but a borrowed buffer may end
-  // right behind its last row's bytes, so there only the row's bytes are
-  // copied (for a bit image, with the spare byte behind).
+  // Row by row: the two pitches differ when either image is borrowed.
   void CopyFrom(const EImage& other) {
     if (borrowed_ && (this->width_ != other.width_ || this->height_ != other.height_)) Release();
     SetSize(other.GetWidth(), other.GetHeight());
     if (this->data_ == nullptr || other.data_ == nullptr || this->width_ != other.width_ ||
         this->height_ != other.height_)
       return;
-    const std::size_t pitch = static_cast<std::size_t>(this->pitch_ < other.pitch_ ? this->pitch_ : other.pitch_);
-    const std::size_t row = EROI<T>::kBits ? (static_cast<std::size_t>(this->width_) + 7) / 8 + 1
+    // The pixels of a row only: a borrowed buffer may end right behind the
+    // last row's last pixel.
+    const std::size_t row = EROI<T>::kBits ? (static_cast<std::size_t>(this->width_) + 7) / 8
                                            : static_cast<std::size_t>(this->width_) * sizeof(T);
-    for (int y = 0; y < this->height_; ++y) {
-      const bool last = y == this->height_ - 1;
+    for (int y = 0; y < this->height_; ++y)
       std::memcpy(this->data_ + static_cast<std::size_t>(y) * this->pitch_,
-                  other.data_ + static_cast<std::size_t>(y) * other.pitch_,
-                  last && (borrowed_ || other.borrowed_) ? row : pitch);
-    }
+                  other.data_ + static_cast<std::size_t>(y) * other.pitch_, row);
   }
 
   bool borrowed_ = false;

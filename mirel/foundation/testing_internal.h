@@ -19,6 +19,15 @@ MIREL_API void SetSimdLimit(int level);
 MIREL_API int ActiveSimdLevel();
 // The best level this processor offers.
 MIREL_API int DetectedSimdLevel();
+// The least work, in the units of mirel::RowCost, that a band must have for
+// a call to be split (0 splits every call of two rows or more into as many
+// bands as threads allow); negative restores the measured default. Lets
+// tests run small images in bands.
+MIREL_API void SetBandMinimum(double units);
+// enabled != 0: the calling thread leaves every band of its calls to the
+// pool's threads and waits, so that tests see each band computed away from
+// the caller.
+MIREL_API void SetBandsOnPoolOnly(int enabled);
 
 }  // namespace testing
 }  // namespace mirel

@@ -10,6 +10,7 @@
 #include <type_traits>
 
 #include "mirel/filter/convolution_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/color_route_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
@@ -352,13 +353,23 @@ void TransformRows(const AffineSource<P>& s, EROI<T>* dst, const Steps& st, int 
   }
 }
 
+// All rows of dst, in bands unless dst overlaps the source it reads.
+template <class P, class T>
+void TransformBands(const EROI<T>* src, EROI<T>* dst, const Steps& st, int bits,
+                    const mirel::geometry::AffineRoutines& simd) {
+  const AffineSource<P> s = SourceOf<P>(src);
+  const double cost = mirel::Overlap(src, dst) ? mirel::kOneBand : mirel::RowCost(dst->GetWidth(), bits == 0 ? 3 : 6);
+  mirel::RunBands(dst->GetHeight(), cost,
+                  [&](int y0, int y1) { TransformRows(s, dst, st, bits, y0, y1, simd); });
+}
+
 void Transform8(const EROI<EBW8>* src, EROI<EBW8>* dst, const Steps& st, int bits,
                 const mirel::geometry::AffineRoutines& simd) {
-  TransformRows(SourceOf<std::uint8_t>(src), dst, st, bits, 0, dst->GetHeight(), simd);
+  TransformBands<std::uint8_t>(src, dst, st, bits, simd);
 }
 
 void Transform16(const EROI<EBW16>* src, EROI<EBW16>* dst, const Steps& st, int bits) {
-  TransformRows(SourceOf<std::uint16_t>(src), dst, st, bits, 0, dst->GetHeight(), mirel::geometry::AffineRoutines{});
+  TransformBands<std::uint16_t>(src, dst, st, bits, mirel::geometry::AffineRoutines{});
 }
 
 // ---------------------------------------------------------------- scale and rotate

@@ -144,9 +144,8 @@ void ImgAutoAdaptiveThreshold(const EROI<EBW8>* src, EROI<EBW8>* dst, IMG_THRESH
   if (!frame.Ok()) return;
   EBWHistogramVector histogram(256);
   if (!frame.Ok()) return;
-  // A window on the source, which is only read through it.
   EROI<EBW8> window;
-  window.Attach(const_cast<EROI<EBW8>*>(src));
+  window.Attach(src);
   for (int iy = 0; iy <= ny; ++iy) {
     const int cy = static_cast<int>((static_cast<long long>(iy) * h) / ny);
     const int top = cy - blockHeight / 2 > 0 ? cy - blockHeight / 2 : 0;

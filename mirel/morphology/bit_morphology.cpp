@@ -194,27 +194,22 @@ void SizeLike(EImage<EBW1>& temp, const EROI<EBW1>* src) {
   Then();
 }
 
-void Gradient(Step erode, Step dilate, EROI<EBW1>* src, EROI<EBW1>* dst, unsigned hw, unsigned hh) {
+// The exclusive or of `first` of the source, made in a cleared temporary,
+// with `second` of the source made in the destination, or with the source
+// itself when there is no second step (the top-hats).
+void Difference(Step first, Step second, EROI<EBW1>* src, EROI<EBW1>* dst, unsigned hw, unsigned hh) {
   EROI<EBW1>* out = Resolve(src, dst);
   EImage<EBW1> temp;
   SizeLike(temp, src);
-  erode(src, &temp, hw, hh);
+  first(src, &temp, hw, hh);
   Then();
-  dilate(src, out, hw, hh);
-  Then();
-  ImgOper(ALO_BIT_XOR, out, &temp, out);
-  Then();
-}
-
-// The source XOR its opening (white) or closing (black).
-void TopHat(Step shape, bool white, EROI<EBW1>* src, EROI<EBW1>* dst, unsigned hw, unsigned hh) {
-  EROI<EBW1>* out = Resolve(src, dst);
-  EImage<EBW1> temp;
-  SizeLike(temp, src);
-  shape(src, &temp, hw, hh);
-  Then();
-  if (white) ImgOper(ALO_BIT_XOR, src, &temp, out);
-  else ImgOper(ALO_BIT_XOR, &temp, src, out);
+  const EROI<EBW1>* other = src;
+  if (second != nullptr) {
+    second(src, out, hw, hh);
+    Then();
+    other = out;
+  }
+  ImgOper(ALO_BIT_XOR, other, &temp, out);
   Then();
 }
 
@@ -259,22 +254,22 @@ void ImgCloseDiskAligned(EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int r) {
   bm::Chain(&bm::DilateDiskStep, &bm::ErodeDiskStep, src, dst, r, 0);
 }
 void ImgMorphoGradientBoxAligned(EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int hw, unsigned int hh) {
-  bm::Gradient(&bm::ErodeBoxStep, &bm::DilateBoxStep, src, dst, hw, hh);
+  bm::Difference(&bm::ErodeBoxStep, &bm::DilateBoxStep, src, dst, hw, hh);
 }
 void ImgMorphoGradientDiskAligned(EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int r) {
-  bm::Gradient(&bm::ErodeDiskStep, &bm::DilateDiskStep, src, dst, r, 0);
+  bm::Difference(&bm::ErodeDiskStep, &bm::DilateDiskStep, src, dst, r, 0);
 }
 void ImgWhiteTopHatBoxAligned(EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int hw, unsigned int hh) {
-  bm::TopHat(&bm::OpenBoxStep, true, src, dst, hw, bm::Resolved(hw, hh));
+  bm::Difference(&bm::OpenBoxStep, nullptr, src, dst, hw, bm::Resolved(hw, hh));
 }
 void ImgBlackTopHatBoxAligned(EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int hw, unsigned int hh) {
-  bm::TopHat(&bm::CloseBoxStep, false, src, dst, hw, bm::Resolved(hw, hh));
+  bm::Difference(&bm::CloseBoxStep, nullptr, src, dst, hw, bm::Resolved(hw, hh));
 }
 void ImgWhiteTopHatDiskAligned(EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int r) {
-  bm::TopHat(&bm::OpenDiskStep, true, src, dst, r, 0);
+  bm::Difference(&bm::OpenDiskStep, nullptr, src, dst, r, 0);
 }
 void ImgBlackTopHatDiskAligned(EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int r) {
-  bm::TopHat(&bm::CloseDiskStep, false, src, dst, r, 0);
+  bm::Difference(&bm::CloseDiskStep, nullptr, src, dst, r, 0);
 }
 
 // ---------------------------------------------------------------- plain forms

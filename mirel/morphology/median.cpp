@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/color_route_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/morphology/morphology_internal.h"
@@ -43,9 +44,11 @@ void SortedColumns(const char* label, const EROI<P>* src, EROI<P>* dst) {
   const mirel::Rows<P> d = mirel::RowsOf(dst);
   auto row = [&](int j) { return reinterpret_cast<const T*>(s.Row(std::min(std::max(j, 0), s.height - 1))); };
   auto out = [&](int y) { return reinterpret_cast<T*>(d.Row(y)); };
-  int y = 0;
-  for (; y + 1 < s.height; y += 2) k.median2(row(y - 1), row(y), row(y + 1), row(y + 2), out(y), out(y + 1), s.width);
-  if (y < s.height) k.median(row(y - 1), row(y), row(y + 1), out(y), s.width);
+  mirel::RunBands(s.height, mirel::RowCost(s.width, 4.0 * sizeof(P)), [&](int y0, int y1) {
+    int y = y0;
+    for (; y + 1 < y1; y += 2) k.median2(row(y - 1), row(y), row(y + 1), row(y + 2), out(y), out(y + 1), s.width);
+    if (y < y1) k.median(row(y - 1), row(y), row(y + 1), out(y), s.width);
+  });
 }
 
 }  // namespace
@@ -63,19 +66,21 @@ short ImgMedian(const EROI<EBW8>* src, EROI<EBW8>* dst, int border) {
   const mirel::Rows<const EBW8> s = mirel::RowsOf(from);
   const mirel::Rows<EBW8> d = mirel::RowsOf(dst);
   const int w = s.width, h = s.height;
-  for (int y = 0; y < h; ++y) {
-    const EBW8* rows[3] = {y > 0 ? s.Row(y - 1) : nullptr, s.Row(y), y + 1 < h ? s.Row(y + 1) : nullptr};
-    EBW8* out = d.Row(y);
-    for (int x = 0; x < w; ++x) {
-      int v[9];
-      int n = 0;
-      for (int j = 0; j < 3; ++j)
-        for (int i = x - 1; i <= x + 1; ++i)
-          v[n++] = (rows[j] != nullptr && i >= 0 && i < w) ? rows[j][i].value : border;
-      std::nth_element(v, v + 4, v + 9);
-      out[x] = static_cast<unsigned char>(v[4]);
+  mirel::RunBands(h, mirel::RowCost(w, 40.0), [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const EBW8* rows[3] = {y > 0 ? s.Row(y - 1) : nullptr, s.Row(y), y + 1 < h ? s.Row(y + 1) : nullptr};
+      EBW8* out = d.Row(y);
+      for (int x = 0; x < w; ++x) {
+        int v[9];
+        int n = 0;
+        for (int j = 0; j < 3; ++j)
+          for (int i = x - 1; i <= x + 1; ++i)
+            v[n++] = (rows[j] != nullptr && i >= 0 && i < w) ? rows[j][i].value : border;
+        std::nth_element(v, v + 4, v + 9);
+        out[x] = static_cast<unsigned char>(v[4]);
+      }
     }
-  }
+  });
   return frame.Result();
 }
 

@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/morphology/morphology_blocks_internal.h"
@@ -174,7 +175,7 @@ void Box(const Family& f, int mode, EROI<P>* src, EROI<P>* dst, unsigned hw, uns
     }
     RunningBox<T>(f.op[mode], reinterpret_cast<const T*>(src->GetImagePtr(0, 0)), src->GetRowPitch(),
                   reinterpret_cast<T*>(out->GetImagePtr(0, 0)), out->GetRowPitch(), w, h, static_cast<int>(cw),
-                  static_cast<int>(ch), ActiveKernels<T>());
+                  static_cast<int>(ch), ActiveKernels<T>(), RowsIndependent(src, out));
     return;
   }
   const unsigned squares = std::min(cw, ch);

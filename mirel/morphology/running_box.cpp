@@ -25,12 +25,16 @@
 // the rows run as one walk into the destination and the columns as a second
 // walk, in strips of columns whose segments stay in cache.
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <utility>
+#include <vector>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/morphology/morphology_internal.h"
 
@@ -97,20 +101,32 @@ struct RowBuffer : Buffer<T> {
   }
 };
 
+// The row walk, in bands of rows when each row of dst is computed from its
+// own row of src alone (`banded`). Every band's buffer is had before any
+// row is written.
 template <class T>
 bool Rows(int op, const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, int hw,
-          const RowKernels<T>& k) {
-  RowBuffer<T> buf(op, w, hw);
-  if (buf.p == nullptr) {
-    ESetError(E_ERROR_OUT_OF_MEMORY);
-    return false;
+          const RowKernels<T>& k, bool banded) {
+  const Bands bands(h, banded ? RowCost(w, 2.0 * sizeof(T)) : kOneBand);
+  std::vector<std::unique_ptr<RowBuffer<T>>> bufs;
+  for (int b = 0; b < bands.Count(); ++b) {
+    bufs.push_back(std::make_unique<RowBuffer<T>>(op, w, hw));
+    if (bufs.back()->p == nullptr) {
+      ESetError(E_ERROR_OUT_OF_MEMORY);
+      return false;
+    }
   }
-  for (int y = 0; y < h; ++y) WindowRow(op, RowAt(src, sp, y), RowAt(dst, dp, y), w, hw, buf.p, k);
+  bands.Run([&](int b, int y0, int y1) {
+    T* buf = bufs[static_cast<std::size_t>(b)]->p;
+    for (int y = y0; y < y1; ++y) WindowRow(op, RowAt(src, sp, y), RowAt(dst, dp, y), w, hw, buf, k);
+  });
   return true;
 }
 
+// The column walk over columns [xa, xb) of the image.
 template <class T>
-bool Columns(int op, T* img, std::ptrdiff_t pitch, int w, int h, int hh, const RowKernels<T>& k) {
+bool Columns(int op, T* img, std::ptrdiff_t pitch, int xa, int xb, int h, int hh, const RowKernels<T>& k) {
+  const int w = xb - xa;
   const int len = 2 * hh + 1;
   const int padded = h + 2 * hh;
   const std::size_t bytes = tStripBudget > 0 ? tStripBudget : kStripBudget;
@@ -124,8 +140,8 @@ bool Columns(int op, T* img, std::ptrdiff_t pitch, int w, int h, int hh, const R
   }
   std::fill(idRow.p, idRow.p + strip, Identity<T>(op));
   const auto pair = k.pair[op];
-  for (int x0 = 0; x0 < w; x0 += strip) {
-    const int sw = std::min(strip, w - x0);
+  for (int x0 = xa; x0 < xb; x0 += strip) {
+    const int sw = std::min(strip, xb - x0);
     auto row = [&](int i) -> const T* {
       return (i < hh || i >= hh + h) ? idRow.p : RowAt(img, pitch, i - hh) + x0;
     };
@@ -162,22 +178,30 @@ bool Columns(int op, T* img, std::ptrdiff_t pitch, int w, int h, int hh, const R
 
 template <class T>
 bool RunningBox(int op, const T* src, std::ptrdiff_t srcPitch, T* dst, std::ptrdiff_t dstPitch, int w,
-                int h, int hw, int hh, const RowKernels<T>& k) {
+                int h, int hw, int hh, const RowKernels<T>& k, bool rowsBanded) {
   if (w <= 0 || h <= 0) return true;
   if (hw > 0) {
-    if (!Rows(op, src, srcPitch, dst, dstPitch, w, h, hw, k)) return false;
+    if (!Rows(op, src, srcPitch, dst, dstPitch, w, h, hw, k, rowsBanded)) return false;
   } else if (src != dst) {
     for (int y = 0; y < h; ++y)
       std::memcpy(RowAt(dst, dstPitch, y), RowAt(src, srcPitch, y), static_cast<std::size_t>(w) * sizeof(T));
   }
-  if (hh > 0) return Columns(op, dst, dstPitch, w, h, hh, k);
-  return true;
+  if (hh == 0) return true;
+  // Columns are independent of each other: the column walk runs in bands
+  // of whole 64-byte groups of columns, each thread on lines of its own.
+  constexpr int kGroup = 64 / static_cast<int>(sizeof(T));
+  const int groups = (w + kGroup - 1) / kGroup;
+  std::atomic<bool> ok{true};
+  RunBands(groups, RowCost(h * kGroup, 2.0 * sizeof(T)), [&](int g0, int g1) {
+    if (!Columns(op, dst, dstPitch, g0 * kGroup, std::min(g1 * kGroup, w), h, hh, k)) ok = false;
+  });
+  return ok;
 }
 
 template bool RunningBox<std::uint8_t>(int, const std::uint8_t*, std::ptrdiff_t, std::uint8_t*, std::ptrdiff_t,
-                                       int, int, int, int, const RowKernels<std::uint8_t>&);
+                                       int, int, int, int, const RowKernels<std::uint8_t>&, bool);
 template bool RunningBox<std::uint16_t>(int, const std::uint16_t*, std::ptrdiff_t, std::uint16_t*,
-                                        std::ptrdiff_t, int, int, int, int, const RowKernels<std::uint16_t>&);
+                                        std::ptrdiff_t, int, int, int, int, const RowKernels<std::uint16_t>&, bool);
 
 }  // namespace morphology
 

@@ -21,6 +21,7 @@
 #include <initializer_list>
 #include <type_traits>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/prefetch_internal.h"
@@ -96,6 +97,21 @@ ByteRows BytesOf(const EGenericROI* roi) {
   return ByteRows{static_cast<u8*>(r->GetGenericImagePtr(0, 0)), r->GetRowPitch(),
                   static_cast<std::size_t>(r->GetWidth()) * static_cast<std::size_t>(r->GetPixelBytes()),
                   r->GetHeight(), end};
+}
+
+// Rows [y0, y1) of a ROI as a view of their own.
+ByteRows BytesOf(const EGenericROI* roi, int y0, int y1) {
+  ByteRows r = BytesOf(roi);
+  r.base += r.pitch * y0;
+  r.height = y1 - y0;
+  return r;
+}
+
+// Calls work(y0, y1) over bands of the destination's rows: every worker of
+// this file writes row y from row y of each source alone.
+template <class F>
+void InBands(const EGenericROI* dst, std::initializer_list<const EGenericROI*> sources, F&& work) {
+  mirel::RowwiseBands(dst, sources, static_cast<double>(dst->GetPixelBytes()), work);
 }
 
 // One row of n bytes: scalar head up to an 8-byte aligned destination, the
@@ -522,6 +538,13 @@ WordRows WordsOf(const EGenericROI* roi) {
                   r->GetHeight()};
 }
 
+WordRows WordsOf(const EGenericROI* roi, int y0, int y1) {
+  WordRows r = WordsOf(roi);
+  r.base += r.pitch * y0;
+  r.height = y1 - y0;
+  return r;
+}
+
 // Reads a 16-bit pixel through memcpy: rows of a ROI need not be aligned to 2.
 inline unsigned Get16(const u16* row, int x) {
   u16 v;
@@ -593,9 +616,9 @@ void ImageImage16(int op, const WordRows& a, const WordRows& b, const WordRows& 
 // ------------------------------------------------------------ plain copies
 
 template <class T>
-void CopyRows(const EROI<T>* src, EROI<T>* dst) {
-  const ByteRows s = BytesOf(src);
-  const ByteRows d = BytesOf(dst);
+void CopyRows(const EROI<T>* src, EROI<T>* dst, int y0, int y1) {
+  const ByteRows s = BytesOf(src, y0, y1);
+  const ByteRows d = BytesOf(dst, y0, y1);
   if (d.bytes == 0) return;
   for (int y = 0; y < d.height; ++y) {
     d.PrefetchNext(y);
@@ -605,8 +628,8 @@ void CopyRows(const EROI<T>* src, EROI<T>* dst) {
 
 // Repeats the constant along the first row, then copies that row down.
 template <class T>
-void FillRows(T value, EROI<T>* dst) {
-  const ByteRows d = BytesOf(dst);
+void FillRows(T value, EROI<T>* dst, int y0, int y1) {
+  const ByteRows d = BytesOf(dst, y0, y1);
   if (d.height == 0 || d.bytes == 0) return;
   u8* first = d.Row(0);
   for (std::size_t i = 0; i < d.bytes; i += sizeof(T)) std::memcpy(first + i, &value, sizeof(T));
@@ -620,14 +643,14 @@ template <class T>
 void CopyFrame(const char* label, const EROI<T>* src, EROI<T>* dst) {
   mirel::Frame frame(label);
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
-  CopyRows(src, dst);
+  InBands(dst, {src}, [&](int y0, int y1) { CopyRows(src, dst, y0, y1); });
 }
 
 template <class T>
 void FillFrame(const char* label, T value, EROI<T>* dst) {
   mirel::Frame frame(label);
   if (!frame.NotVoid(dst)) return;
-  FillRows(value, dst);
+  InBands(dst, {}, [&](int y0, int y1) { FillRows(value, dst, y0, y1); });
 }
 
 // Checks of the two-source forms: every ROI not void, then the sizes.
@@ -647,13 +670,13 @@ bool MixedDepthChecks(mirel::Frame& frame, const EGenericROI* a, const EGenericR
 void ImgCopy(EBW8 value, EROI<EBW8>* dst) {
   mirel::Frame frame("ImgCopy ( BW8 Const to Image)");
   if (!frame.NotVoid(dst)) return;
-  ByteFill(value.value, BytesOf(dst));
+  InBands(dst, {}, [&](int y0, int y1) { ByteFill(value.value, BytesOf(dst, y0, y1)); });
 }
 
 void ImgCopy(const EROI<EBW8>* src, EROI<EBW8>* dst) {
   mirel::Frame frame("ImgCopy ( BW8 Image to Image)");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
-  ByteUnary(ALO_COPY, BytesOf(src), BytesOf(dst));
+  InBands(dst, {src}, [&](int y0, int y1) { ByteUnary(ALO_COPY, BytesOf(src, y0, y1), BytesOf(dst, y0, y1)); });
 }
 
 void ImgCopy(EBW16 value, EROI<EBW16>* dst) { FillFrame("ImgCopy (BW16 Const)", value, dst); }
@@ -668,7 +691,7 @@ void ImgCopy(const EROI<EC16>* src, EROI<EC16>* dst) { CopyFrame("ImgCopy (C16 I
 void ImgCopy(EC24 value, EROI<EC24>* dst) {
   mirel::Frame frame("ImgCopy (C24 Const)");
   if (!frame.NotVoid(dst)) return;
-  TripleFill(value, BytesOf(dst));
+  InBands(dst, {}, [&](int y0, int y1) { TripleFill(value, BytesOf(dst, y0, y1)); });
 }
 
 void ImgCopy(const EROI<EC24>* src, EROI<EC24>* dst) { CopyFrame("ImgCopy (C24 Image)", src, dst); }
@@ -678,7 +701,7 @@ void ImgCopy(const EROI<EC24>* src, EROI<EC24>* dst) { CopyFrame("ImgCopy (C24 I
 void ImgOper(ARITH_LOGIC_OPERATIONS op, EBW8 value, EROI<EBW8>* dst) {
   mirel::Frame frame("ImgOper ( BW8 Const to Image)");
   if (!frame.NotVoid(dst) || !frame.Require(op == ALO_COPY, E_ERROR_BAD_OPERATION)) return;
-  ByteFill(value.value, BytesOf(dst));
+  InBands(dst, {}, [&](int y0, int y1) { ByteFill(value.value, BytesOf(dst, y0, y1)); });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* src, EROI<EBW8>* dst) {
@@ -686,7 +709,7 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* src, EROI<EBW8>* dst) 
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst) ||
       !frame.Require(In(op, {0, 1}), E_ERROR_BAD_OPERATION))
     return;
-  ByteUnary(op, BytesOf(src), BytesOf(dst));
+  InBands(dst, {src}, [&](int y0, int y1) { ByteUnary(op, BytesOf(src, y0, y1), BytesOf(dst, y0, y1)); });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, EBW8 a, const EROI<EBW8>* b, EROI<EBW8>* dst) {
@@ -694,7 +717,7 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, EBW8 a, const EROI<EBW8>* b, EROI<EBW8>*
   if (!frame.NotVoid(b, dst) || !frame.SameSize(b, dst) ||
       !frame.Require(!In(op, {7, 8, 16, 17, 18, 21, 22}), E_ERROR_BAD_OPERATION))
     return;
-  ConstImageBW8(op, a.value, BytesOf(b), BytesOf(dst));
+  InBands(dst, {b}, [&](int y0, int y1) { ConstImageBW8(op, a.value, BytesOf(b, y0, y1), BytesOf(dst, y0, y1)); });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* a, EBW8 b, EROI<EBW8>* dst) {
@@ -704,16 +727,21 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* a, EBW8 b, EROI<EBW8>*
     return;
   bool complement = false;
   const int folded = FoldImageConst(op, complement);
-  if (folded >= 0)
-    ConstImageBW8(folded, static_cast<u8>(complement ? 255 - b.value : b.value), BytesOf(a), BytesOf(dst));
-  else
-    ImageConstBW8(op, b.value, BytesOf(a), BytesOf(dst));
+  InBands(dst, {a}, [&](int y0, int y1) {
+    if (folded >= 0)
+      ConstImageBW8(folded, static_cast<u8>(complement ? 255 - b.value : b.value), BytesOf(a, y0, y1),
+                    BytesOf(dst, y0, y1));
+    else
+      ImageConstBW8(op, b.value, BytesOf(a, y0, y1), BytesOf(dst, y0, y1));
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* a, const EROI<EBW8>* b, EROI<EBW8>* dst) {
   mirel::Frame frame("ImgOper ( BW8 Image, Image to Image)");
   if (!TwoSourceChecks(frame, a, b, dst) || !frame.Require(!In(op, {7, 8}), E_ERROR_BAD_OPERATION)) return;
-  ByteBinary(op, BytesOf(a), BytesOf(b), BytesOf(dst));
+  InBands(dst, {a, b}, [&](int y0, int y1) {
+    ByteBinary(op, BytesOf(a, y0, y1), BytesOf(b, y0, y1), BytesOf(dst, y0, y1));
+  });
 }
 
 // ================================================================ ImgOper, EC24
@@ -724,31 +752,33 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* src, EROI<EC24>* dst) 
       !frame.Require(In(op, {0, 1, 34}), E_ERROR_BAD_OPERATION))
     return;
   const EC24 overlay = EGetTLSPtr()->OverlayColor;
-  const ByteRows s = BytesOf(src);
-  const ByteRows d = BytesOf(dst);
-  for (int y = 0; y < d.height; ++y) {
-    const u8* ps = s.Row(y);
-    u8* pd = d.Row(y);
-    for (std::size_t x = 0; x < s.bytes; ++x) {
-      u8* out = pd + 3 * x;
-      if (op == ALO_OVERLAY) {
-        if (ps[x] != 0) {
-          out[0] = overlay.c[0];
-          out[1] = overlay.c[1];
-          out[2] = overlay.c[2];
+  InBands(dst, {src}, [&](int y0, int y1) {
+    const ByteRows s = BytesOf(src, y0, y1);
+    const ByteRows d = BytesOf(dst, y0, y1);
+    for (int y = 0; y < d.height; ++y) {
+      const u8* ps = s.Row(y);
+      u8* pd = d.Row(y);
+      for (std::size_t x = 0; x < s.bytes; ++x) {
+        u8* out = pd + 3 * x;
+        if (op == ALO_OVERLAY) {
+          if (ps[x] != 0) {
+            out[0] = overlay.c[0];
+            out[1] = overlay.c[1];
+            out[2] = overlay.c[2];
+          }
+        } else {
+          const u8 v = op == ALO_INVERT ? static_cast<u8>(~ps[x]) : ps[x];
+          out[0] = out[1] = out[2] = v;
         }
-      } else {
-        const u8 v = op == ALO_INVERT ? static_cast<u8>(~ps[x]) : ps[x];
-        out[0] = out[1] = out[2] = v;
       }
     }
-  }
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, EC24 value, EROI<EC24>* dst) {
   mirel::Frame frame("ImgOper ( C24 Const to Image)");
   if (!frame.NotVoid(dst) || !frame.Require(op == ALO_COPY, E_ERROR_BAD_OPERATION)) return;
-  TripleFill(value, BytesOf(dst));
+  InBands(dst, {}, [&](int y0, int y1) { TripleFill(value, BytesOf(dst, y0, y1)); });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EC24>* src, EROI<EC24>* dst) {
@@ -756,45 +786,49 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EC24>* src, EROI<EC24>* dst) 
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst) ||
       !frame.Require(In(op, {0, 1, 34}), E_ERROR_BAD_OPERATION))
     return;
-  const ByteRows s = BytesOf(src);
-  const ByteRows d = BytesOf(dst);
-  if (op != ALO_OVERLAY) {
-    ByteUnary(op, s, d);
-    return;
-  }
-  for (int y = 0; y < d.height; ++y) {
-    const u8* ps = s.Row(y);
-    u8* pd = d.Row(y);
-    for (std::size_t i = 0; i + 3 <= d.bytes; i += 3) {
-      if ((ps[i] | ps[i + 1] | ps[i + 2]) != 0) {
-        const u8 c0 = ps[i], c1 = ps[i + 1], c2 = ps[i + 2];
-        pd[i] = c0;
-        pd[i + 1] = c1;
-        pd[i + 2] = c2;
+  InBands(dst, {src}, [&](int y0, int y1) {
+    const ByteRows s = BytesOf(src, y0, y1);
+    const ByteRows d = BytesOf(dst, y0, y1);
+    if (op != ALO_OVERLAY) {
+      ByteUnary(op, s, d);
+      return;
+    }
+    for (int y = 0; y < d.height; ++y) {
+      const u8* ps = s.Row(y);
+      u8* pd = d.Row(y);
+      for (std::size_t i = 0; i + 3 <= d.bytes; i += 3) {
+        if ((ps[i] | ps[i + 1] | ps[i + 2]) != 0) {
+          const u8 c0 = ps[i], c1 = ps[i + 1], c2 = ps[i + 2];
+          pd[i] = c0;
+          pd[i + 1] = c1;
+          pd[i + 2] = c2;
+        }
       }
     }
-  }
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* a, const EROI<EBW8>* b, EROI<EC24>* dst) {
   mirel::Frame frame("ImgOper ( BW8 Image, BW8 Image to C24 Image)");
   if (!TwoSourceChecks(frame, a, b, dst) || !frame.Require(op == ALO_OVERLAY, E_ERROR_BAD_OPERATION)) return;
   const EC24 overlay = EGetTLSPtr()->OverlayColor;
-  const ByteRows ra = BytesOf(a);
-  const ByteRows rb = BytesOf(b);
-  const ByteRows d = BytesOf(dst);
-  for (int y = 0; y < d.height; ++y) {
-    const u8* pa = ra.Row(y);
-    const u8* pb = rb.Row(y);
-    u8* pd = d.Row(y);
-    for (std::size_t x = 0; x < ra.bytes; ++x) {
-      const bool paint = pb[x] != 0;
-      const u8 g = pa[x];
-      pd[3 * x] = paint ? overlay.c[0] : g;
-      pd[3 * x + 1] = paint ? overlay.c[1] : g;
-      pd[3 * x + 2] = paint ? overlay.c[2] : g;
+  InBands(dst, {a, b}, [&](int y0, int y1) {
+    const ByteRows ra = BytesOf(a, y0, y1);
+    const ByteRows rb = BytesOf(b, y0, y1);
+    const ByteRows d = BytesOf(dst, y0, y1);
+    for (int y = 0; y < d.height; ++y) {
+      const u8* pa = ra.Row(y);
+      const u8* pb = rb.Row(y);
+      u8* pd = d.Row(y);
+      for (std::size_t x = 0; x < ra.bytes; ++x) {
+        const bool paint = pb[x] != 0;
+        const u8 g = pa[x];
+        pd[3 * x] = paint ? overlay.c[0] : g;
+        pd[3 * x + 1] = paint ? overlay.c[1] : g;
+        pd[3 * x + 2] = paint ? overlay.c[2] : g;
+      }
     }
-  }
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, EC24 a, const EROI<EC24>* b, EROI<EC24>* dst) {
@@ -802,7 +836,7 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, EC24 a, const EROI<EC24>* b, EROI<EC24>*
   if (!frame.NotVoid(b, dst) || !frame.SameSize(b, dst) ||
       !frame.Require(!In(op, {7, 8, 16, 17, 18, 21, 22}), E_ERROR_BAD_OPERATION))
     return;
-  TablesC24(op, a, true, BytesOf(b), BytesOf(dst));
+  InBands(dst, {b}, [&](int y0, int y1) { TablesC24(op, a, true, BytesOf(b, y0, y1), BytesOf(dst, y0, y1)); });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EC24>* a, EC24 b, EROI<EC24>* dst) {
@@ -816,28 +850,34 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EC24>* a, EC24 b, EROI<EC24>*
     EC24 c = b;
     if (complement)
       for (int k = 0; k < 3; ++k) c.c[k] = static_cast<u8>(255 - c.c[k]);
-    TablesC24(folded, c, true, BytesOf(a), BytesOf(dst));
+    InBands(dst, {a}, [&](int y0, int y1) { TablesC24(folded, c, true, BytesOf(a, y0, y1), BytesOf(dst, y0, y1)); });
   } else {
-    TablesC24(op, b, false, BytesOf(a), BytesOf(dst));
+    InBands(dst, {a}, [&](int y0, int y1) { TablesC24(op, b, false, BytesOf(a, y0, y1), BytesOf(dst, y0, y1)); });
   }
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EC24>* a, const EROI<EC24>* b, EROI<EC24>* dst) {
   mirel::Frame frame("ImgOper ( C24 Image, Image to Image)");
   if (!TwoSourceChecks(frame, a, b, dst) || !frame.Require(!In(op, {7, 8}), E_ERROR_BAD_OPERATION)) return;
-  ByteBinary(op, BytesOf(a), BytesOf(b), BytesOf(dst));
+  InBands(dst, {a, b}, [&](int y0, int y1) {
+    ByteBinary(op, BytesOf(a, y0, y1), BytesOf(b, y0, y1), BytesOf(dst, y0, y1));
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* a, const EROI<EC24>* b, EROI<EC24>* dst) {
   mirel::Frame frame("ImgOper ( BW8 Image, C24 Image to C24 Image)");
   if (!TwoSourceChecks(frame, a, b, dst) || !frame.Require(!In(op, {7, 8}), E_ERROR_BAD_OPERATION)) return;
-  MixedC24(op, true, BytesOf(a), BytesOf(b), BytesOf(dst));
+  InBands(dst, {a, b}, [&](int y0, int y1) {
+    MixedC24(op, true, BytesOf(a, y0, y1), BytesOf(b, y0, y1), BytesOf(dst, y0, y1));
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EC24>* a, const EROI<EBW8>* b, EROI<EC24>* dst) {
   mirel::Frame frame("ImgOper ( C24 Image, BW8 Image to C24 Image)");
   if (!TwoSourceChecks(frame, a, b, dst) || !frame.Require(!In(op, {7, 8}), E_ERROR_BAD_OPERATION)) return;
-  MixedC24(op, false, BytesOf(b), BytesOf(a), BytesOf(dst));
+  InBands(dst, {a, b}, [&](int y0, int y1) {
+    MixedC24(op, false, BytesOf(b, y0, y1), BytesOf(a, y0, y1), BytesOf(dst, y0, y1));
+  });
 }
 
 // ================================================================ mixed depth
@@ -846,25 +886,27 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* a, const EROI<EBW8>* b
   mirel::Frame frame("ImgOper ( BW8 Image and BW8 Image to BW16 Image)");
   if (!MixedDepthChecks(frame, a, b, dst) || !frame.Require(In(op, {2, 3, 4, 5}), E_ERROR_BAD_OPERATION))
     return;
-  const ByteRows ra = BytesOf(a);
-  const ByteRows rb = BytesOf(b);
-  const WordRows d = WordsOf(dst);
-  for (int y = 0; y < d.height; ++y) {
-    const u8* pa = ra.Row(y);
-    const u8* pb = rb.Row(y);
-    u16* pd = d.Row(y);
-    for (int x = 0; x < d.width; ++x) {
-      const unsigned va = pa[x], vb = pb[x];
-      unsigned r = 0;
-      switch (op) {
-        case ALO_ADD: r = va + vb; break;
-        case ALO_SUBTRACT: r = va > vb ? va - vb : 0; break;
-        case ALO_MULTIPLY: r = va * vb; break;
-        default: r = vb == 0 ? 65535u : va / vb; break;
+  InBands(dst, {a, b}, [&](int y0, int y1) {
+    const ByteRows ra = BytesOf(a, y0, y1);
+    const ByteRows rb = BytesOf(b, y0, y1);
+    const WordRows d = WordsOf(dst, y0, y1);
+    for (int y = 0; y < d.height; ++y) {
+      const u8* pa = ra.Row(y);
+      const u8* pb = rb.Row(y);
+      u16* pd = d.Row(y);
+      for (int x = 0; x < d.width; ++x) {
+        const unsigned va = pa[x], vb = pb[x];
+        unsigned r = 0;
+        switch (op) {
+          case ALO_ADD: r = va + vb; break;
+          case ALO_SUBTRACT: r = va > vb ? va - vb : 0; break;
+          case ALO_MULTIPLY: r = va * vb; break;
+          default: r = vb == 0 ? 65535u : va / vb; break;
+        }
+        Put16(pd, x, r);
       }
-      Put16(pd, x, r);
     }
-  }
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, const EROI<EBW8>* b, EROI<EBW16>* dst) {
@@ -872,33 +914,35 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, const EROI<EBW8>* 
   if (!MixedDepthChecks(frame, a, b, dst) ||
       !frame.Require(In(op, {2, 3, 4, 5, 29, 30}), E_ERROR_BAD_OPERATION))
     return;
-  const WordRows ra = WordsOf(a);
-  const ByteRows rb = BytesOf(b);
-  const WordRows d = WordsOf(dst);
-  for (int y = 0; y < d.height; ++y) {
-    const u16* pa = ra.Row(y);
-    const u8* pb = rb.Row(y);
-    u16* pd = d.Row(y);
-    for (int x = 0; x < d.width; ++x) {
-      const std::uint32_t va = Get16(pa, x), vb = pb[x];
-      std::uint32_t r = 0;
-      switch (op) {
-        case ALO_ADD: r = va + vb > 65535u ? 65535u : va + vb; break;
-        case ALO_SUBTRACT: r = va > vb ? va - vb : 0; break;
-        case ALO_MULTIPLY: {
-          // Deliberately not a saturation: up to 65535 gives 65535, above
-          // it the low 16 bits are kept.
-          const std::uint32_t p = va * vb;
-          r = p <= 65535u ? 65535u : (p & 0xFFFFu);
-          break;
+  InBands(dst, {a, b}, [&](int y0, int y1) {
+    const WordRows ra = WordsOf(a, y0, y1);
+    const ByteRows rb = BytesOf(b, y0, y1);
+    const WordRows d = WordsOf(dst, y0, y1);
+    for (int y = 0; y < d.height; ++y) {
+      const u16* pa = ra.Row(y);
+      const u8* pb = rb.Row(y);
+      u16* pd = d.Row(y);
+      for (int x = 0; x < d.width; ++x) {
+        const std::uint32_t va = Get16(pa, x), vb = pb[x];
+        std::uint32_t r = 0;
+        switch (op) {
+          case ALO_ADD: r = va + vb > 65535u ? 65535u : va + vb; break;
+          case ALO_SUBTRACT: r = va > vb ? va - vb : 0; break;
+          case ALO_MULTIPLY: {
+            // Deliberately not a saturation: up to 65535 gives 65535, above
+            // it the low 16 bits are kept.
+            const std::uint32_t p = va * vb;
+            r = p <= 65535u ? 65535u : (p & 0xFFFFu);
+            break;
+          }
+          case ALO_DIVIDE: r = vb == 0 ? 65535u : va / vb; break;
+          case ALO_WRAPPED_ADD: r = (va + vb) & 0xFFFFu; break;
+          default: r = (va - vb) & 0xFFFFu; break;
         }
-        case ALO_DIVIDE: r = vb == 0 ? 65535u : va / vb; break;
-        case ALO_WRAPPED_ADD: r = (va + vb) & 0xFFFFu; break;
-        default: r = (va - vb) & 0xFFFFu; break;
+        Put16(pd, x, r);
       }
-      Put16(pd, x, r);
     }
-  }
+  });
 }
 
 // ================================================================ ImgOper, EBW16
@@ -906,7 +950,7 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, const EROI<EBW8>* 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, EBW16 value, EROI<EBW16>* dst) {
   mirel::Frame frame("ImgOper ( BW16 Const to Image)");
   if (!frame.NotVoid(dst) || !frame.Require(op == ALO_COPY, E_ERROR_BAD_OPERATION)) return;
-  FillRows(value, dst);
+  InBands(dst, {}, [&](int y0, int y1) { FillRows(value, dst, y0, y1); });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* src, EROI<EBW16>* dst) {
@@ -914,16 +958,18 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* src, EROI<EBW16>* dst
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst) ||
       !frame.Require(In(op, {0, 1}), E_ERROR_BAD_OPERATION))
     return;
-  const WordRows s = WordsOf(src);
-  const WordRows d = WordsOf(dst);
-  for (int y = 0; y < d.height; ++y) {
-    const u16* ps = s.Row(y);
-    u16* pd = d.Row(y);
-    for (int x = 0; x < d.width; ++x) {
-      const unsigned v = Get16(ps, x);
-      Put16(pd, x, op == ALO_INVERT ? (~v & 0xFFFFu) : v);
+  InBands(dst, {src}, [&](int y0, int y1) {
+    const WordRows s = WordsOf(src, y0, y1);
+    const WordRows d = WordsOf(dst, y0, y1);
+    for (int y = 0; y < d.height; ++y) {
+      const u16* ps = s.Row(y);
+      u16* pd = d.Row(y);
+      for (int x = 0; x < d.width; ++x) {
+        const unsigned v = Get16(ps, x);
+        Put16(pd, x, op == ALO_INVERT ? (~v & 0xFFFFu) : v);
+      }
     }
-  }
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, EBW16 a, const EROI<EBW16>* b, EROI<EBW16>* dst) {
@@ -931,7 +977,7 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, EBW16 a, const EROI<EBW16>* b, EROI<EBW1
   if (!frame.NotVoid(b, dst) || !frame.SameSize(b, dst) ||
       !frame.Require(!In(op, {7, 8, 16, 17, 18, 21, 22}), E_ERROR_BAD_OPERATION))
     return;
-  ConstImage16(op, a.value, WordsOf(b), WordsOf(dst));
+  InBands(dst, {b}, [&](int y0, int y1) { ConstImage16(op, a.value, WordsOf(b, y0, y1), WordsOf(dst, y0, y1)); });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, EBW16 b, EROI<EBW16>* dst) {
@@ -941,14 +987,18 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, EBW16 b, EROI<EBW1
     return;
   bool complement = false;
   const int folded = FoldImageConst(op, complement);
-  if (folded >= 0)
-    ConstImage16(folded, complement ? 65535u - b.value : b.value, WordsOf(a), WordsOf(dst));
-  else
-    ImageConst16(op, b.value, WordsOf(a), WordsOf(dst));
+  InBands(dst, {a}, [&](int y0, int y1) {
+    if (folded >= 0)
+      ConstImage16(folded, complement ? 65535u - b.value : b.value, WordsOf(a, y0, y1), WordsOf(dst, y0, y1));
+    else
+      ImageConst16(op, b.value, WordsOf(a, y0, y1), WordsOf(dst, y0, y1));
+  });
 }
 
 void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, const EROI<EBW16>* b, EROI<EBW16>* dst) {
   mirel::Frame frame("ImgOper ( BW16 Image, Image to Image)");
   if (!TwoSourceChecks(frame, a, b, dst) || !frame.Require(!In(op, {7, 8}), E_ERROR_BAD_OPERATION)) return;
-  ImageImage16(op, WordsOf(a), WordsOf(b), WordsOf(dst));
+  InBands(dst, {a, b}, [&](int y0, int y1) {
+    ImageImage16(op, WordsOf(a, y0, y1), WordsOf(b, y0, y1), WordsOf(dst, y0, y1));
+  });
 }

@@ -285,6 +285,22 @@ void ConvertFromBits(const char* label, const EROI<EBW1>* src, EROI<P>* dst, Raw
   });
 }
 
+// Above 65535 the threshold is a mode, which `resolve` turns into a value
+// from the source's histogram; from 256 up an 8-bit threshold is one that
+// no pixel reaches.
+template <class P, class Resolve>
+void ThresholdAligned(const EROI<P>* src, EROI<EBW1>* dst, unsigned threshold, Resolve&& resolve) {
+  const Kernels& k = ActiveKernels();
+  EBWHistogramVector histogram;
+  CheckOrThrow({src}, dst);
+  CheckAlignedOrThrow({dst});
+  if (threshold > 65535) {
+    resolve(&histogram, threshold);
+    if (EGetError() != E_OK) ThrowError();
+  }
+  ToBits(k, src, dst, threshold);
+}
+
 template <class P>
 void ThresholdPlain(const char* label, const EROI<P>* src, EROI<EBW1>* dst, unsigned threshold, float relative) {
   Plain(label, label, src == nullptr || dst == nullptr, [&] {
@@ -436,35 +452,21 @@ void ImgConvert(const EROI<EBW1>* src, EROI<EBW32>* dst, unsigned int on) {
 // ---------------------------------------------------------------- thresholds
 
 void ImgThresholdAligned(const EROI<EBW8>* src, EROI<EBW1>* dst, unsigned int threshold, float relative) {
-  const mirel::bits::Kernels& k = mirel::bits::ActiveKernels();
-  EBWHistogramVector histogram;
-  CheckOrThrow({src}, dst);
-  CheckAlignedOrThrow({dst});
-  // Above 65535 the value is a mode; from 256 up it is a threshold no pixel
-  // reaches.
-  if (threshold > 65535) {
-    ImgHistogram(src, &histogram);
-    if (EGetError() != E_OK) mirel::bits::ThrowError();
+  mirel::bits::ThresholdAligned(src, dst, threshold, [&](EBWHistogramVector* histogram, unsigned& t) {
+    ImgHistogram(src, histogram);
+    if (EGetError() != E_OK) return;
     float below = 0.0f, above = 0.0f;
-    ImgHistogramThreshold(&histogram, threshold, below, above, relative, 0, 255);
-    if (EGetError() != E_OK) mirel::bits::ThrowError();
-  }
-  mirel::bits::ToBits(k, src, dst, threshold);
+    ImgHistogramThreshold(histogram, t, below, above, relative, 0, 255);
+  });
 }
 
 void ImgThresholdAligned(const EROI<EBW16>* src, EROI<EBW1>* dst, unsigned int threshold, float relative) {
-  const mirel::bits::Kernels& k = mirel::bits::ActiveKernels();
-  EBWHistogramVector histogram;
-  CheckOrThrow({src}, dst);
-  CheckAlignedOrThrow({dst});
-  if (threshold > 65535) {
-    ImgHistogram(src, &histogram, 15, 16, 1);
-    if (EGetError() != E_OK) mirel::bits::ThrowError();
+  mirel::bits::ThresholdAligned(src, dst, threshold, [&](EBWHistogramVector* histogram, unsigned& t) {
+    ImgHistogram(src, histogram, 15, 16, 1);
+    if (EGetError() != E_OK) return;
     float below = 0.0f, above = 0.0f;
-    ImgHistogramThresholdBW16(&histogram, threshold, below, above, relative, 0, 65535);
-    if (EGetError() != E_OK) mirel::bits::ThrowError();
-  }
-  mirel::bits::ToBits(k, src, dst, threshold);
+    ImgHistogramThresholdBW16(histogram, t, below, above, relative, 0, 65535);
+  });
 }
 
 void ImgThreshold(const EROI<EBW8>* src, EROI<EBW1>* dst, unsigned int threshold, float relative) {

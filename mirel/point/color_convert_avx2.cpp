@@ -27,8 +27,9 @@ int C24ToBw8(const unsigned char* s, unsigned char* d, int n) {
   const __m256i k85 = _mm256_set1_epi16(85);
   // Dwords of four pixels come out as 0, 2, 4, 6 | 1, 3, 5, 7.
   const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
-  int x = 0;
-  for (; x + 32 <= n; x += 32) {
+  if (n < 32) return 0;
+  for (int x = 0;; x += 32) {
+    if (x > n - 32) x = n - 32;  // a last block over the tail, overlapping the one before
     const unsigned char* p = s + 3 * x;
     const __m256i q0 = _mm256_maddubs_epi16(_mm256_shuffle_epi8(TwoLanes(p, p + 12), spread), ones);
     const __m256i q1 = _mm256_maddubs_epi16(_mm256_shuffle_epi8(TwoLanes(p + 24, p + 36), spread), ones);
@@ -37,8 +38,8 @@ int C24ToBw8(const unsigned char* s, unsigned char* d, int n) {
     const __m256i a = _mm256_srli_epi16(_mm256_mullo_epi16(_mm256_hadd_epi16(q0, q1), k85), 8);
     const __m256i b = _mm256_srli_epi16(_mm256_mullo_epi16(_mm256_hadd_epi16(q2, q3), k85), 8);
     Store32(d + x, _mm256_permutevar8x32_epi32(_mm256_packus_epi16(a, b), order));
+    if (x == n - 32) return n;
   }
-  return x;
 }
 
 // Each byte three times: 32 pixels to 96 bytes.
@@ -47,8 +48,9 @@ int Bw8ToC24(const unsigned char* s, unsigned char* d, int n) {
   const __m256i m01 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kTriple));
   const __m256i m20 = TwoLanes(kTriple + 32, kTriple);
   const __m256i m12 = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kTriple + 16));
-  int x = 0;
-  for (; x + 32 <= n; x += 32) {
+  if (n < 32) return 0;
+  for (int x = 0;; x += 32) {
+    if (x > n - 32) x = n - 32;  // a last block over the tail, overlapping the one before
     const __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + x));
     const __m256i lo = _mm256_broadcastsi128_si256(_mm256_castsi256_si128(v));
     const __m256i hi = _mm256_broadcastsi128_si256(_mm256_extracti128_si256(v, 1));
@@ -56,8 +58,8 @@ int Bw8ToC24(const unsigned char* s, unsigned char* d, int n) {
     Store32(q, _mm256_shuffle_epi8(lo, m01));
     Store32(q + 32, _mm256_shuffle_epi8(v, m20));
     Store32(q + 64, _mm256_shuffle_epi8(hi, m12));
+    if (x == n - 32) return n;
   }
-  return x;
 }
 
 int Bw8ToF32(const unsigned char* s, unsigned char* d, int n) {
@@ -65,14 +67,15 @@ int Bw8ToF32(const unsigned char* s, unsigned char* d, int n) {
   auto eight = [](const unsigned char* p) {
     return _mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
   };
-  int x = 0;
-  for (; x + 32 <= n; x += 32) {
+  if (n < 32) return 0;
+  for (int x = 0;; x += 32) {
+    if (x > n - 32) x = n - 32;  // a last block over the tail, overlapping the one before
     _mm256_storeu_ps(out + x, eight(s + x));
     _mm256_storeu_ps(out + x + 8, eight(s + x + 8));
     _mm256_storeu_ps(out + x + 16, eight(s + x + 16));
     _mm256_storeu_ps(out + x + 24, eight(s + x + 24));
+    if (x == n - 32) return n;
   }
-  return x;
 }
 
 }  // namespace

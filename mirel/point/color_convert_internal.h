@@ -1,9 +1,12 @@
 // Block routines of the colour and float conversions, one set per
 // instruction set.
 //
-// Each routine converts whole blocks from the start of a row of n pixels and
-// returns how many pixels it did; the caller finishes the row pixel by pixel
-// with the scalar formula, which the blocks reproduce bit for bit.
+// Each routine converts a row of n pixels by whole blocks from its start, the
+// last block placed over the row's end so that it overlaps the one before:
+// a block writes each pixel only from its source, so a pixel written twice
+// gets the same bytes twice. It returns the pixels done: n, or 0 for a row
+// shorter than one block, which the caller converts pixel by pixel with the
+// scalar formula that the blocks reproduce bit for bit.
 #ifndef MIREL_POINT_COLOR_CONVERT_INTERNAL_H_
 #define MIREL_POINT_COLOR_CONVERT_INTERNAL_H_
 

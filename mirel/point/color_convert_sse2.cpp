@@ -31,8 +31,9 @@ MIREL_TARGET_SSSE3 int C24ToBw8(const unsigned char* s, unsigned char* d, int n)
   const __m128i spread = _mm_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
   const __m128i ones = _mm_set1_epi8(1);
   const __m128i k85 = _mm_set1_epi16(85);
-  int x = 0;
-  for (; x + 16 <= n; x += 16) {
+  if (n < 16) return 0;
+  for (int x = 0;; x += 16) {
+    if (x > n - 16) x = n - 16;  // a last block over the tail, overlapping the one before
     const unsigned char* p = s + 3 * x;
     const __m128i a = Bytes16(p), b = Bytes16(p + 16), c = Bytes16(p + 32);
     const __m128i q0 = PairSums(a, spread, ones);
@@ -42,37 +43,39 @@ MIREL_TARGET_SSSE3 int C24ToBw8(const unsigned char* s, unsigned char* d, int n)
     const __m128i lo = _mm_srli_epi16(_mm_mullo_epi16(_mm_hadd_epi16(q0, q1), k85), 8);
     const __m128i hi = _mm_srli_epi16(_mm_mullo_epi16(_mm_hadd_epi16(q2, q3), k85), 8);
     Store16(d + x, _mm_packus_epi16(lo, hi));
+    if (x == n - 16) return n;
   }
-  return x;
 }
 
 // Each byte three times: 16 pixels to 48 bytes.
 MIREL_TARGET_SSSE3 int Bw8ToC24(const unsigned char* s, unsigned char* d, int n) {
   const __m128i m0 = Bytes16(kTriple), m1 = Bytes16(kTriple + 16), m2 = Bytes16(kTriple + 32);
-  int x = 0;
-  for (; x + 16 <= n; x += 16) {
+  if (n < 16) return 0;
+  for (int x = 0;; x += 16) {
+    if (x > n - 16) x = n - 16;  // a last block over the tail, overlapping the one before
     const __m128i v = Bytes16(s + x);
     unsigned char* q = d + 3 * x;
     Store16(q, _mm_shuffle_epi8(v, m0));
     Store16(q + 16, _mm_shuffle_epi8(v, m1));
     Store16(q + 32, _mm_shuffle_epi8(v, m2));
+    if (x == n - 16) return n;
   }
-  return x;
 }
 
 int Bw8ToF32(const unsigned char* s, unsigned char* d, int n) {
   const __m128i zero = _mm_setzero_si128();
   float* out = reinterpret_cast<float*>(d);
-  int x = 0;
-  for (; x + 16 <= n; x += 16) {
+  if (n < 16) return 0;
+  for (int x = 0;; x += 16) {
+    if (x > n - 16) x = n - 16;  // a last block over the tail, overlapping the one before
     const __m128i v = Bytes16(s + x);
     const __m128i lo = _mm_unpacklo_epi8(v, zero), hi = _mm_unpackhi_epi8(v, zero);
     _mm_storeu_ps(out + x, _mm_cvtepi32_ps(_mm_unpacklo_epi16(lo, zero)));
     _mm_storeu_ps(out + x + 4, _mm_cvtepi32_ps(_mm_unpackhi_epi16(lo, zero)));
     _mm_storeu_ps(out + x + 8, _mm_cvtepi32_ps(_mm_unpacklo_epi16(hi, zero)));
     _mm_storeu_ps(out + x + 12, _mm_cvtepi32_ps(_mm_unpackhi_epi16(hi, zero)));
+    if (x == n - 16) return n;
   }
-  return x;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/point/lut_internal.h"
@@ -104,18 +105,27 @@ int TruncToInt(double v) {
 }
 
 void ApplyLut8(const EROI<EBW8>* src, EROI<EBW8>* dst, const unsigned char* table, int mmx) {
-  mirel::point::Lut8Rows(RowsOf(src), RowsOf(dst), table, mmx);
+  const Rows<const EBW8> s = RowsOf(src);
+  const Rows<EBW8> d = RowsOf(dst);
+  mirel::RowwiseBands(dst, {src}, 1.0, [&](int y0, int y1) {
+    mirel::point::Lut8Rows(mirel::Band(s, y0, y1), mirel::Band(d, y0, y1), table, mmx);
+  });
 }
 
+// dst = f(src) pixel by pixel, in bands unless f is the caller's own
+// function (which need not be safe to call from several threads).
 template <class S, class D, class F>
-void ForEachPixel(const EROI<S>* src, EROI<D>* dst, F f) {
+void ForEachPixel(const EROI<S>* src, EROI<D>* dst, F f, bool banded = true) {
   const Rows<const S> s = RowsOf(src);
   const Rows<D> d = RowsOf(dst);
-  for (int y = 0; y < s.height; ++y) {
-    const S* sp = s.Row(y);
-    D* dp = d.Row(y);
-    for (int x = 0; x < s.width; ++x) dp[x] = f(sp[x]);
-  }
+  const double cost = banded ? mirel::RowCost(s.width, sizeof(S) + sizeof(D)) : mirel::kOneBand;
+  mirel::RunBands(s.height, mirel::RowsIndependent(src, dst) ? cost : mirel::kOneBand, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const S* sp = s.Row(y);
+      D* dp = d.Row(y);
+      for (int x = 0; x < s.width; ++x) dp[x] = f(sp[x]);
+    }
+  });
 }
 
 }  // namespace
@@ -186,7 +196,7 @@ void ImgGainOffset(const EROI<EBW8>* src, EROI<EBW8>* dst, float gain, float off
   const Rows<const EBW8> s = RowsOf(src);
   const Rows<EBW8> d = RowsOf(dst);
   if (mmx == 0) {
-    mirel::point::Lut8Rows(s, d, table, 0);
+    ApplyLut8(src, dst, table, 0);
     return;
   }
   const std::uint16_t g16 = static_cast<std::uint16_t>(static_cast<std::uint32_t>(g));
@@ -195,30 +205,32 @@ void ImgGainOffset(const EROI<EBW8>* src, EROI<EBW8>* dst, float gain, float off
   const int level = mirel::cpu::ActiveSimdLevel();
 #endif
   const std::size_t width = static_cast<std::size_t>(s.width);
-  for (int y = 0; y < s.height; ++y) {
-    const unsigned char* sp = reinterpret_cast<const unsigned char*>(s.Row(y));
-    unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
-    mirel::PrefetchRowForWrite(d, y + 1, width);
-    // Head up to an 8-byte aligned destination, 8-byte blocks, tail: the
-    // blocks take the 16-bit formula, head and tail the table.
-    const std::size_t head = static_cast<std::size_t>((0u - reinterpret_cast<std::uintptr_t>(dp)) & 7u);
-    if (width < head || width - head < 8) {
-      mirel::point::Lut8RowScalar(sp, dp, width, table);
-      continue;
-    }
-    const std::size_t blocks = (width - head) & ~static_cast<std::size_t>(7);
-    mirel::point::Lut8RowScalar(sp, dp, head, table);
-    const unsigned char* bs = sp + head;
-    unsigned char* bd = dp + head;
+  mirel::RowwiseBands(dst, {src}, 1.0, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const unsigned char* sp = reinterpret_cast<const unsigned char*>(s.Row(y));
+      unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
+      mirel::PrefetchRowForWrite(d, y + 1, width);
+      // Head up to an 8-byte aligned destination, 8-byte blocks, tail: the
+      // blocks take the 16-bit formula, head and tail the table.
+      const std::size_t head = static_cast<std::size_t>((0u - reinterpret_cast<std::uintptr_t>(dp)) & 7u);
+      if (width < head || width - head < 8) {
+        mirel::point::Lut8RowScalar(sp, dp, width, table);
+        continue;
+      }
+      const std::size_t blocks = (width - head) & ~static_cast<std::size_t>(7);
+      mirel::point::Lut8RowScalar(sp, dp, head, table);
+      const unsigned char* bs = sp + head;
+      unsigned char* bd = dp + head;
 #if defined(MIREL_X86_SIMD)
-    if (level >= mirel::cpu::kAVX512) mirel::point::GainBlocksAVX512(bs, bd, blocks, g16, o16);
-    else if (level >= mirel::cpu::kAVX2) mirel::point::GainBlocksAVX2(bs, bd, blocks, g16, o16);
-    else if (level >= mirel::cpu::kSSE2) mirel::point::GainBlocksSSE2(bs, bd, blocks, g16, o16);
-    else
+      if (level >= mirel::cpu::kAVX512) mirel::point::GainBlocksAVX512(bs, bd, blocks, g16, o16);
+      else if (level >= mirel::cpu::kAVX2) mirel::point::GainBlocksAVX2(bs, bd, blocks, g16, o16);
+      else if (level >= mirel::cpu::kSSE2) mirel::point::GainBlocksSSE2(bs, bd, blocks, g16, o16);
+      else
 #endif
-      for (std::size_t i = 0; i < blocks; ++i) bd[i] = mirel::point::GainBlockPixel(bs[i], g16, o16);
-    mirel::point::Lut8RowScalar(sp + head + blocks, dp + head + blocks, width - head - blocks, table);
-  }
+        for (std::size_t i = 0; i < blocks; ++i) bd[i] = mirel::point::GainBlockPixel(bs[i], g16, o16);
+      mirel::point::Lut8RowScalar(sp + head + blocks, dp + head + blocks, width - head - blocks, table);
+    }
+  });
 }
 
 void ImgGainOffset(const EROI<EC24>* src, EROI<EC24>* dst, EColor gain, EColor offset) {
@@ -262,7 +274,7 @@ void ImgTransform(const EROI<EBW8>* src, EROI<EBW8>* dst, EBW8 (*fn)(EBW8), int 
       for (int i = 0; i < 256; ++i) table[i] = fn(EBW8(static_cast<unsigned char>(i))).value;
       ApplyLut8(src, dst, table, mmx);
     } else {
-      ForEachPixel(src, dst, fn);
+      ForEachPixel(src, dst, fn, false);
     }
   }
   // Traced after a success as well; the code stays as it is.
@@ -273,5 +285,5 @@ void ImgTransform(const EROI<EBW16>* src, EROI<EBW16>* dst, EBW16 (*fn)(EBW16)) 
   mirel::Frame frame("ImgTransform (BW16)");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst) || !frame.Require(fn != nullptr, E_ERROR_BAD_ARGUMENT))
     return;
-  ForEachPixel(src, dst, fn);
+  ForEachPixel(src, dst, fn, false);
 }

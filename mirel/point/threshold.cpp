@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/histogram/histogram.h"
@@ -89,12 +90,9 @@ namespace {
 using mirel::Rows;
 using mirel::thr::Levels;
 
-// Writes the levels of `levels` for every pixel of src into dst.
-void Classify(const EROI<EBW8>* src, EROI<EBW8>* dst, const Levels& levels, int mmx) {
-  unsigned char table[256];
-  mirel::thr::MakeTable(levels, table);
-  const Rows<const EBW8> s = mirel::RowsOf(static_cast<const EROI<EBW8>*>(src));
-  const Rows<EBW8> d = mirel::RowsOf(dst);
+// Writes the levels of `levels` for every pixel of the rows s into d.
+void ClassifyRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, const Levels& levels,
+                  const unsigned char* table, int mmx) {
 #if defined(MIREL_X86_SIMD)
   if (mmx != 0) {
     const int level = mirel::cpu::ActiveSimdLevel();
@@ -122,16 +120,29 @@ void Classify(const EROI<EBW8>* src, EROI<EBW8>* dst, const Levels& levels, int 
   }
 }
 
+// Writes the levels of `levels` for every pixel of src into dst, in bands.
+void Classify(const EROI<EBW8>* src, EROI<EBW8>* dst, const Levels& levels, int mmx) {
+  unsigned char table[256];
+  mirel::thr::MakeTable(levels, table);
+  const Rows<const EBW8> s = mirel::RowsOf(static_cast<const EROI<EBW8>*>(src));
+  const Rows<EBW8> d = mirel::RowsOf(dst);
+  mirel::RowwiseBands(dst, {src}, 1.0, [&](int y0, int y1) {
+    ClassifyRows(mirel::Band(s, y0, y1), mirel::Band(d, y0, y1), levels, table, mmx);
+  });
+}
+
 template <class Fn>
 void ForEach16(const EROI<EBW16>* src, EROI<EBW16>* dst, Fn fn) {
   const Rows<const EBW16> s = mirel::RowsOf(static_cast<const EROI<EBW16>*>(src));
   const Rows<EBW16> d = mirel::RowsOf(dst);
-  for (int y = 0; y < s.height; ++y) {
-    const unsigned short* sp = reinterpret_cast<const unsigned short*>(s.Row(y));
-    unsigned short* dp = reinterpret_cast<unsigned short*>(d.Row(y));
-    mirel::PrefetchRowForWrite(d, y + 1, sizeof(EBW16) * static_cast<std::size_t>(s.width));
-    for (int x = 0; x < s.width; ++x) dp[x] = fn(sp[x]);
-  }
+  mirel::RowwiseBands(dst, {src}, 2.0, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const unsigned short* sp = reinterpret_cast<const unsigned short*>(s.Row(y));
+      unsigned short* dp = reinterpret_cast<unsigned short*>(d.Row(y));
+      mirel::PrefetchRowForWrite(d, y + 1, sizeof(EBW16) * static_cast<std::size_t>(s.width));
+      for (int x = 0; x < s.width; ++x) dp[x] = fn(sp[x]);
+    }
+  });
 }
 
 // Inside the box: minimum[k] <= c[k] <= maximum[k] for k = 0, 1, 2.
@@ -270,20 +281,22 @@ void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 max
 #else
   (void)mmx;
 #endif
-  for (int y = 0; y < s.height; ++y) {
-    const unsigned char* sp = reinterpret_cast<const unsigned char*>(s.Row(y));
-    unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
-    mirel::PrefetchRowForWrite(d, y + 1, static_cast<std::size_t>(s.width));
-    if (empty) {
-      std::memset(dp, 0, static_cast<std::size_t>(s.width));
-      continue;
-    }
-    int x = 0;
+  mirel::RowwiseBands(dst, {src}, 3.0, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const unsigned char* sp = reinterpret_cast<const unsigned char*>(s.Row(y));
+      unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
+      mirel::PrefetchRowForWrite(d, y + 1, static_cast<std::size_t>(s.width));
+      if (empty) {
+        std::memset(dp, 0, static_cast<std::size_t>(s.width));
+        continue;
+      }
+      int x = 0;
 #if defined(MIREL_X86_SIMD)
-    if (fast) x = BoxRowSSSE3(sp, dp, s.width, tables);
+      if (fast) x = BoxRowSSSE3(sp, dp, s.width, tables);
 #endif
-    for (; x < s.width; ++x) dp[x] = InBox(sp + 3 * x, minimum, maximum) ? 255 : 0;
-  }
+      for (; x < s.width; ++x) dp[x] = InBox(sp + 3 * x, minimum, maximum) ? 255 : 0;
+    }
+  });
 }
 
 void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, EColorLookup* lookup, EBW8 outside,
@@ -293,19 +306,21 @@ void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 max
   const Rows<const EC24> s = mirel::RowsOf(static_cast<const EROI<EC24>*>(src));
   const Rows<EBW8> d = mirel::RowsOf(dst);
   const unsigned char in = inside, out = outside;
-  for (int y = 0; y < s.height; ++y) {
-    const EC24* sp = s.Row(y);
-    unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
-    for (int x = 0; x < s.width; ++x) {
-      if (lookup != nullptr) {
-        EC24 r;
-        lookup->Transform(sp[x], r);
-        const bool inBox = r.c[2] >= minimum.c[2] && r.c[2] <= maximum.c[2] && r.c[1] >= minimum.c[1] &&
-                           r.c[1] <= maximum.c[1] && r.c[0] >= minimum.c[0] && r.c[0] <= maximum.c[0];
-        dp[x] = inBox ? in : out;
-      } else {
-        dp[x] = InBox(sp[x].c, minimum, maximum) ? in : out;
+  mirel::RowwiseBands(dst, {src}, 3.0, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const EC24* sp = s.Row(y);
+      unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
+      for (int x = 0; x < s.width; ++x) {
+        if (lookup != nullptr) {
+          EC24 r;
+          lookup->Transform(sp[x], r);
+          const bool inBox = r.c[2] >= minimum.c[2] && r.c[2] <= maximum.c[2] && r.c[1] >= minimum.c[1] &&
+                             r.c[1] <= maximum.c[1] && r.c[0] >= minimum.c[0] && r.c[0] <= maximum.c[0];
+          dp[x] = inBox ? in : out;
+        } else {
+          dp[x] = InBox(sp[x].c, minimum, maximum) ? in : out;
+        }
       }
     }
-  }
+  });
 }

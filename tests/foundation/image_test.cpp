@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <thread>
 
 #include "test_support.h"
@@ -265,4 +266,50 @@ TEST(Image, BorrowedBufferIsUsedInPlaceAndNeverFreed) {
   image.SetSize(3, 3);
   EXPECT_FALSE(image.IsBorrowed());
   EXPECT_EQ(EGetError(), E_OK);
+}
+
+// The borrowed-buffer runs of every test program rest on this: random test
+// images then borrow buffers of exactly their size, at odd pitches and
+// offsets where the pixel type allows.
+template <class T>
+void ExpectBorrowedRandomImages(testsupport::Rng& rng) {
+  std::vector<int> pitches;
+  for (int trial = 0; trial < 8; ++trial) {
+    EImage<T> image;
+    EROI<T> roi;
+    testsupport::PlaceRandom(image, roi, 1 + static_cast<int>(rng() % 30), 1 + static_cast<int>(rng() % 4), rng);
+    ASSERT_TRUE(image.IsBorrowed());
+    const int pitch = image.GetRowPitch();
+    const size_t row = testsupport::RowBytes<T>(image.GetWidth());
+    EXPECT_GE(static_cast<size_t>(pitch), row);
+    EXPECT_EQ(pitch % alignof(T), 0);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(image.GetImagePtr(0, 0)) % alignof(T), 0u);
+    const size_t bytes = testsupport::Snapshot(image).size();
+    EXPECT_EQ(bytes, static_cast<size_t>(pitch) * (image.GetHeight() - 1) + row);
+    if (!std::is_same<T, EBW1>::value) {  // the ROI ends on the buffer's last pixel
+      const T* end = roi.GetImagePtr(roi.GetWidth(), roi.GetHeight() - 1);
+      EXPECT_EQ(static_cast<size_t>(Distance(image.GetImagePtr(0, 0), end)), bytes);
+    }
+    pitches.push_back(pitch % 64);
+  }
+  if (alignof(T) == 1) {
+    EXPECT_TRUE(std::any_of(pitches.begin(), pitches.end(), [](int p) { return p % 2 == 1; }));
+  }
+}
+
+TEST(TestSupport, RandomImagesBorrowExactBuffersWhenAsked) {
+  const bool was = testsupport::BorrowedBuffers::On();
+  testsupport::BorrowedBuffers::Set(true);
+  testsupport::Rng rng(3);
+  ExpectBorrowedRandomImages<EBW1>(rng);
+  ExpectBorrowedRandomImages<EBW8>(rng);
+  ExpectBorrowedRandomImages<EBW16>(rng);
+  ExpectBorrowedRandomImages<EC24>(rng);
+  ExpectBorrowedRandomImages<EFLOAT64>(rng);
+  testsupport::BorrowedBuffers::Set(false);
+  EImage<EBW8> owned;
+  EROI<EBW8> roi;
+  testsupport::PlaceRandom(owned, roi, 5, 5, rng);
+  EXPECT_FALSE(owned.IsBorrowed());
+  testsupport::BorrowedBuffers::Set(was);
 }

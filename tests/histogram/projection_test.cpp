@@ -38,7 +38,7 @@ void CheckProjections(Rng& rng, int w, int h, int channels, bool saturate, const
   testsupport::PlaceRandom(img, roi, w, h, rng);
   testsupport::FillRandom(img, rng);
   if (saturate)  // all 255: the 16-bit partial sums at their limit
-    std::memset(img.GetImagePtr(0, 0), 0xFF, static_cast<size_t>(img.GetRowPitch()) * img.GetHeight());
+    std::memset(img.GetImagePtr(0, 0), 0xFF, testsupport::BufferBytes(img));
   AvgV avg;
   SumV sums;
   for (int onRow = 0; onRow < 2; ++onRow) {

@@ -21,7 +21,7 @@ void RandomRoi(EImage<P>& image, EROI<P>& roi, Rng& rng, int maxW, int maxH, boo
   testsupport::FillRandom(image, rng);
   if (!lumpy) return;
   unsigned char* p = reinterpret_cast<unsigned char*>(image.GetImagePtr(0, 0));
-  const std::size_t bytes = static_cast<std::size_t>(image.GetRowPitch()) * image.GetHeight();
+  const std::size_t bytes = testsupport::BufferBytes(image);
   static const unsigned char kValues[4] = {0, 1, 128, 255};
   for (std::size_t i = 0; i < bytes; ++i) p[i] = kValues[rng() % 4];
 }

@@ -119,7 +119,7 @@ struct Pic {
     // Bytes 0x00, 0x01, 0x80, 0xFF make 16-bit values 0, 1, 255, 256,
     // 32768, 65535 and their mixtures.
     static const u8 kValues[] = {0, 0, 0, 1, 2, 0x80, 0x7F, 0xFE, 0xFF};
-    const size_t n = static_cast<size_t>(image.GetRowPitch()) * image.GetHeight();
+    const size_t n = testsupport::BufferBytes(image);
     for (size_t i = 0; i < n; ++i) p[i] = kValues[rng() % sizeof kValues];
   }
   size_t Off(int x, int y) const {

@@ -260,3 +260,38 @@ TEST(BitEngine, RefusedCalls) {
 }
 
 }  // namespace
+
+namespace {
+
+// Bit images over a caller's buffer of exactly `height` rows of the
+// tightest pitch (the row's bytes and the one behind): conversions,
+// thresholds, logic, morphology, the median and the comparison stay inside
+// it on every path (the sanitizer build sees any byte past its end).
+TEST(BitEngine, StaysInsideTightBorrowedBuffers) {
+  Rng rng(7);
+  for (int w : {8, 13, 64, 67, 600}) {
+    const int h = 3, pitch = (w + 7) / 8 + 1;
+    std::vector<unsigned char> bits(static_cast<size_t>(h * pitch)), more(bits.size()),
+        grey(static_cast<size_t>(w * h));
+    for (auto* v : {&bits, &more, &grey})
+      for (unsigned char& c : *v) c = static_cast<unsigned char>(rng());
+    EImage<EBW1> a(reinterpret_cast<EBW1*>(bits.data()), w, h, pitch),
+        b(reinterpret_cast<EBW1*>(more.data()), w, h, pitch);
+    EImage<EBW8> g(reinterpret_cast<EBW8*>(grey.data()), w, h, w);
+    EROI<EBW1> inner(&a, 3, 1, w - 3, h - 1), other(&b, 0, 0, w - 3, h - 1);
+    for (int path : AllPaths()) {
+      PathGuard guard(path);
+      ImgThreshold(&g, &a, 100);
+      ImgConvert(&g, &b);
+      ImgOper(ALO_BIT_XOR, &a, &b, &a);
+      ImgErodeBox(&a, &b, 2);
+      ImgDilateDisk(&inner, &other, 2);
+      ImgMedian(&inner, nullptr);
+      ImgPixelCompare(&a, &b);
+      ImgConvert(&a, &g, 255);
+      ASSERT_EQ(EGetError(), E_OK) << w << " path " << path;
+    }
+  }
+}
+
+}  // namespace

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "point_support.h"
@@ -92,28 +93,16 @@ TEST(Normalize, RefusedCalls) {
 
 // ---------------------------------------------------------------- uniformize
 
+// Components of EBW8, EBW16 and EC24, their maximum and their row vector.
 template <class T>
-struct Tr;
-template <>
-struct Tr<EBW8> {
-  static constexpr int kN = 1;
-  static constexpr long long kMax = 255;
-  using Vector = EBW8Vector;
-  static long long Get(const EBW8& p, int) { return p.value; }
-};
-template <>
-struct Tr<EBW16> {
-  static constexpr int kN = 1;
-  static constexpr long long kMax = 65535;
-  using Vector = EBW16Vector;
-  static long long Get(const EBW16& p, int) { return p.value; }
-};
-template <>
-struct Tr<EC24> {
-  static constexpr int kN = 3;
-  static constexpr long long kMax = 255;
-  using Vector = EC24Vector;
-  static long long Get(const EC24& p, int k) { return p.c[k]; }
+struct Tr {
+  static constexpr int kN = sizeof(T) == 3 ? 3 : 1;
+  static constexpr long long kMax = sizeof(T) == 2 ? 65535 : 255;
+  using Vector = std::conditional_t<sizeof(T) == 3, EC24Vector, std::conditional_t<sizeof(T) == 2, EBW16Vector, EBW8Vector>>;
+  static long long Get(const T& p, int k) {
+    if constexpr (kN == 3) return p.c[k];
+    else return p.value;
+  }
 };
 
 enum Form { kSingle, kLightDark, kSingleRow };

@@ -1,0 +1,344 @@
+// Every operation that runs in bands gives, on 2, 3 and 7 threads, every byte
+// of the destination's parent, the code and the trace that it gives on one,
+// on random images with random ROI geometry (heights from 1, so that bands
+// of one row occur) and on the scalar and the best path.
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "test_support.h"
+
+namespace {
+
+using testsupport::Rng;
+
+// A random ROI of w x h pixels over a random parent.
+template <class T>
+struct Placed {
+  EImage<T> image;
+  EROI<T> roi;
+  Placed(Rng& rng, int w, int h) {
+    testsupport::PlaceRandom(image, roi, w, h, rng);
+    testsupport::FillRandom(image, rng);
+  }
+};
+
+// What a call leaves behind.
+struct Result {
+  std::vector<unsigned char> bytes;
+  int code;
+  std::string trace;
+  bool operator==(const Result& o) const { return bytes == o.bytes && code == o.code && trace == o.trace; }
+};
+
+template <class T>
+Result Left(const EImage<T>& dst) {
+  return {testsupport::Snapshot(dst), EGetError(), EGetErrorTrace()};
+}
+
+int Width(Rng& rng) { return 1 + static_cast<int>(rng() % 67); }
+int Height(Rng& rng) { return 1 + static_cast<int>(rng() % 29); }
+
+// op(src, dst) with a separate destination.
+template <class S, class D = S, class Op>
+Result Unary(Rng& rng, Op op) {
+  const int w = Width(rng), h = Height(rng);
+  Placed<S> src(rng, w, h);
+  Placed<D> dst(rng, w, h);
+  op(&src.roi, &dst.roi);
+  return Left(dst.image);
+}
+
+// op(a, b, dst).
+template <class A, class B = A, class D = A, class Op>
+Result Binary(Rng& rng, Op op) {
+  const int w = Width(rng), h = Height(rng);
+  Placed<A> a(rng, w, h);
+  Placed<B> b(rng, w, h);
+  Placed<D> dst(rng, w, h);
+  op(&a.roi, &b.roi, &dst.roi);
+  return Left(dst.image);
+}
+
+// op(roi, roi): in place, or on an overlapping ROI of the same image
+// shifted by a row and a column when `shifted`.
+template <class T, class Op>
+Result Shared(Rng& rng, bool shifted, Op op) {
+  const int w = Width(rng), h = Height(rng);
+  Placed<T> img(rng, w, h);
+  EROI<T> other(&img.image, shifted ? 1 : img.roi.GetOrgX(), shifted ? 1 : img.roi.GetOrgY(), w, h);
+  op(&img.roi, &other);
+  return Left(img.image);
+}
+
+struct Case {
+  std::string name;
+  std::function<Result(Rng&)> run;
+};
+
+template <class P>
+using Fn2 = void (*)(EROI<P>*, EROI<P>*);
+
+std::vector<Case> Cases() {
+  std::vector<Case> cases;
+  auto add = [&](std::string name, std::function<Result(Rng&)> run) { cases.push_back({std::move(name), run}); };
+
+  // Preset 3x3 filters, separate and overlapping destinations.
+  const std::vector<std::pair<const char*, Fn2<EBW8>>> presets8 = {
+      {"SobelX", ImgConvolSobelX},     {"SobelY", ImgConvolSobelY},         {"Sobel", ImgConvolSobel},
+      {"PrewittX", ImgConvolPrewittX}, {"Prewitt", ImgConvolPrewitt},       {"GradientY", ImgConvolGradientY},
+      {"Laplacian4", ImgConvolLaplacian4}, {"LaplacianY", ImgConvolLaplacianY},
+      {"Highpass2", ImgConvolHighpass2},   {"Lowpass3", ImgConvolLowpass3}, {"Lowpass2", ImgConvolLowpass2}};
+  for (const auto& p : presets8) {
+    Fn2<EBW8> f8 = p.second;
+    add(std::string(p.first) + " BW8", [f8](Rng& r) { return Unary<EBW8>(r, f8); });
+    add(std::string(p.first) + " BW8 overlapping", [f8](Rng& r) { return Shared<EBW8>(r, true, f8); });
+  }
+  add("SobelX BW16", [](Rng& r) { return Unary<EBW16>(r, static_cast<Fn2<EBW16>>(ImgConvolSobelX)); });
+  add("Laplacian8 BW16", [](Rng& r) { return Unary<EBW16>(r, static_cast<Fn2<EBW16>>(ImgConvolLaplacian8)); });
+
+  // Fixed 5x5 and 7x7 filters.
+  using Fixed8 = void (*)(const EROI<EBW8>*, EROI<EBW8>*);
+  using Fixed16 = void (*)(const EROI<EBW16>*, EROI<EBW16>*);
+  add("Gaussian5x5 BW8", [](Rng& r) { return Unary<EBW8>(r, static_cast<Fixed8>(ImgConvolGaussian5x5)); });
+  add("Uniform7x7 BW8", [](Rng& r) { return Unary<EBW8>(r, static_cast<Fixed8>(ImgConvolUniform7x7)); });
+  add("Gaussian7x7 BW16", [](Rng& r) { return Unary<EBW16>(r, static_cast<Fixed16>(ImgConvolGaussian7x7)); });
+  add("Gaussian5x5 overlapping",
+      [](Rng& r) { return Shared<EBW8>(r, true, static_cast<Fixed8>(ImgConvolGaussian5x5)); });
+  add("Uniform5x5 in place", [](Rng& r) { return Shared<EBW8>(r, false, static_cast<Fixed8>(ImgConvolUniform5x5)); });
+
+  // Medians.
+  add("Median BW8", [](Rng& r) { return Unary<EBW8>(r, [](auto s, auto d) { ImgMedian(s, d); }); });
+  add("Median BW16", [](Rng& r) { return Unary<EBW16>(r, [](auto s, auto d) { ImgMedian(s, d); }); });
+  add("Median in place", [](Rng& r) { return Shared<EBW8>(r, true, [](auto s, auto d) { ImgMedian(s, d); }); });
+  add("Median border", [](Rng& r) {
+    const int border = static_cast<int>(r() % 256);
+    return Unary<EBW8>(r, [border](auto s, auto d) { ImgMedian(s, d, border); });
+  });
+
+  // Boxes: running extrema from half-size 4, passes below.
+  add("ErodeBox BW8", [](Rng& r) {
+    const unsigned hw = r() % 20, hh = r() % 20;
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgErodeBox(s, d, hw, hh); });
+  });
+  add("DilateBox BW16", [](Rng& r) {
+    const unsigned hw = r() % 20, hh = r() % 20;
+    return Unary<EBW16>(r, [=](auto s, auto d) { ImgDilateBox(s, d, hw, hh); });
+  });
+  add("ErodeBox in place", [](Rng& r) {
+    const unsigned hw = 4 + r() % 9, hh = r() % 9;
+    return Shared<EBW8>(r, false, [=](auto s, auto) { ImgErodeBox(s, nullptr, hw, hh); });
+  });
+  add("DilateBox overlapping", [](Rng& r) {
+    const unsigned hw = 4 + r() % 9, hh = 4 + r() % 9;
+    return Shared<EBW8>(r, true, [=](auto s, auto d) { ImgDilateBox(s, d, hw, hh); });
+  });
+
+  // Resampling.
+  for (int bits : {0, 4, 8}) {
+    add("ScaleRotate BW8 bits " + std::to_string(bits), [bits](Rng& r) {
+      const float angle = static_cast<float>(r() % 360), scale = 0.5f + static_cast<float>(r() % 100) / 50.0f;
+      return Unary<EBW8>(r, [=](auto s, auto d) {
+        ImgScaleRotate(s, s->GetWidth() / 2.0f, s->GetHeight() / 2.0f, d->GetWidth() / 2.0f,
+                       d->GetHeight() / 2.0f, scale, scale, angle, d, bits);
+      });
+    });
+  }
+  add("LinearTransform BW8 scale", [](Rng& r) {
+    const float sx = 0.3f + static_cast<float>(r() % 100) / 40.0f;
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgLinearTransform(s, sx, 0.f, 1.5f, 0.f, sx, -0.5f, d, 8); });
+  });
+  add("ScaleRotate BW16", [](Rng& r) {
+    const float angle = static_cast<float>(r() % 360);
+    return Unary<EBW16>(r, [=](auto s, auto d) { ImgScaleRotate(s, 3.f, 2.f, 4.f, 1.f, 1.1f, 0.9f, angle, d, 8); });
+  });
+  add("ScaleRotate C24", [](Rng& r) {
+    const float angle = static_cast<float>(r() % 360);
+    return Unary<EC24>(r, [=](auto s, auto d) { ImgScaleRotate(s, 3.f, 2.f, 4.f, 1.f, 1.f, 1.f, angle, d, 4); });
+  });
+  add("ScaleRotate overlapping", [](Rng& r) {
+    return Shared<EBW8>(r, true, [](auto s, auto d) { ImgScaleRotate(s, 1.f, 1.f, 2.f, 2.f, 1.f, 1.f, 10.f, d, 8); });
+  });
+
+  // The pixelwise engine: every operation code on every form, refusals
+  // included (the code and trace must match too).
+  for (int op = 0; op <= 35; ++op) {
+    const auto o = static_cast<ARITH_LOGIC_OPERATIONS>(op);
+    const std::string n = " op " + std::to_string(op);
+    add("Oper BW8 image image" + n, [o](Rng& r) {
+      return Binary<EBW8>(r, [o](auto a, auto b, auto d) { ImgOper(o, a, b, d); });
+    });
+    add("Oper BW8 image const" + n, [o](Rng& r) {
+      const EBW8 c(static_cast<unsigned char>(r()));
+      return Unary<EBW8>(r, [o, c](auto a, auto d) { ImgOper(o, a, c, d); });
+    });
+    add("Oper BW8 const image" + n, [o](Rng& r) {
+      const EBW8 c(static_cast<unsigned char>(r()));
+      return Unary<EBW8>(r, [o, c](auto a, auto d) { ImgOper(o, c, a, d); });
+    });
+    add("Oper C24 image image" + n, [o](Rng& r) {
+      return Binary<EC24>(r, [o](auto a, auto b, auto d) { ImgOper(o, a, b, d); });
+    });
+    add("Oper C24 image const" + n, [o](Rng& r) {
+      const EC24 c(static_cast<unsigned char>(r()), 7, static_cast<unsigned char>(r()));
+      return Unary<EC24>(r, [o, c](auto a, auto d) { ImgOper(o, a, c, d); });
+    });
+    add("Oper BW8 C24" + n, [o](Rng& r) {
+      return Binary<EBW8, EC24, EC24>(r, [o](auto a, auto b, auto d) { ImgOper(o, a, b, d); });
+    });
+    add("Oper BW16 image image" + n, [o](Rng& r) {
+      return Binary<EBW16>(r, [o](auto a, auto b, auto d) { ImgOper(o, a, b, d); });
+    });
+    add("Oper BW16 const image" + n, [o](Rng& r) {
+      const EBW16 c(static_cast<unsigned short>(r()));
+      return Unary<EBW16>(r, [o, c](auto a, auto d) { ImgOper(o, c, a, d); });
+    });
+    add("Oper BW16 image const" + n, [o](Rng& r) {
+      const EBW16 c(static_cast<unsigned short>(r() % 20));
+      return Unary<EBW16>(r, [o, c](auto a, auto d) { ImgOper(o, a, c, d); });
+    });
+    add("Oper BW8 BW8 to BW16" + n, [o](Rng& r) {
+      return Binary<EBW8, EBW8, EBW16>(r, [o](auto a, auto b, auto d) { ImgOper(o, a, b, d); });
+    });
+    add("Oper BW16 BW8 to BW16" + n, [o](Rng& r) {
+      return Binary<EBW16, EBW8, EBW16>(r, [o](auto a, auto b, auto d) { ImgOper(o, a, b, d); });
+    });
+  }
+  for (int op : {0, 1, 34}) {
+    const auto o = static_cast<ARITH_LOGIC_OPERATIONS>(op);
+    add("Oper BW8 to C24 op " + std::to_string(op),
+        [o](Rng& r) { return Unary<EBW8, EC24>(r, [o](auto a, auto d) { ImgOper(o, a, d); }); });
+    add("Oper C24 unary op " + std::to_string(op),
+        [o](Rng& r) { return Unary<EC24>(r, [o](auto a, auto d) { ImgOper(o, a, d); }); });
+    add("Oper BW16 unary op " + std::to_string(op),
+        [o](Rng& r) { return Unary<EBW16>(r, [o](auto a, auto d) { ImgOper(o, a, d); }); });
+  }
+  add("Oper BW8 BW8 to C24 overlay", [](Rng& r) {
+    return Binary<EBW8, EBW8, EC24>(r, [](auto a, auto b, auto d) { ImgOper(ALO_OVERLAY, a, b, d); });
+  });
+  add("Oper BW8 add in place", [](Rng& r) {
+    return Shared<EBW8>(r, false, [](auto a, auto d) { ImgOper(ALO_ADD, a, a, d); });
+  });
+  add("Oper BW8 add overlapping", [](Rng& r) {
+    return Shared<EBW8>(r, true, [](auto a, auto d) { ImgOper(ALO_ADD, a, a, d); });
+  });
+  add("Copy BW8", [](Rng& r) { return Unary<EBW8>(r, [](auto a, auto d) { ImgCopy(a, d); }); });
+  add("Copy BW16 overlapping", [](Rng& r) { return Shared<EBW16>(r, true, [](auto a, auto d) { ImgCopy(a, d); }); });
+  add("Copy C24", [](Rng& r) { return Unary<EC24>(r, [](auto a, auto d) { ImgCopy(a, d); }); });
+  add("Fill BW8", [](Rng& r) { return Unary<EBW8>(r, [](auto, auto d) { ImgCopy(EBW8(77), d); }); });
+  add("Fill BW32", [](Rng& r) { return Unary<EBW32>(r, [](auto, auto d) { ImgCopy(EBW32(0x01020304u), d); }); });
+  add("Fill C24", [](Rng& r) { return Unary<EC24>(r, [](auto, auto d) { ImgCopy(EC24(1, 2, 3), d); }); });
+
+  // Thresholds, lookup tables, gain and offset.
+  add("Threshold BW8", [](Rng& r) {
+    const unsigned t = r() % 300;  // above 255: a relative threshold from the histogram
+    return Unary<EBW8>(r, [t](auto s, auto d) { ImgThreshold(s, d, t, 10, 200, 0.3f); });
+  });
+  add("Threshold BW8 min residue", [](Rng& r) {
+    return Unary<EBW8>(r, [](auto s, auto d) { ImgThreshold(s, d, IMG_THRESHOLD_MIN_RESIDUE); });
+  });
+  add("DoubleThreshold BW8", [](Rng& r) {
+    return Unary<EBW8>(r, [](auto s, auto d) { ImgDoubleThreshold(s, d, 60, 180, 1, 2, 3); });
+  });
+  add("Threshold BW16", [](Rng& r) {
+    return Unary<EBW16>(r, [](auto s, auto d) { ImgThreshold(s, d, 30000u, EBW16(5), EBW16(60000), 0.f); });
+  });
+  add("DoubleThreshold BW16", [](Rng& r) {
+    return Unary<EBW16>(r, [](auto s, auto d) { ImgDoubleThreshold(s, d, 9000u, 40000u, EBW16(1), EBW16(2), EBW16(3)); });
+  });
+  add("Threshold C24 box", [](Rng& r) {
+    return Unary<EC24, EBW8>(r, [](auto s, auto d) { ImgThreshold(s, d, EC24(40, 50, 60), EC24(200, 220, 250)); });
+  });
+  add("Threshold C24 lookup", [](Rng& r) {
+    return Unary<EC24, EBW8>(r, [](auto s, auto d) {
+      EColorLookup lookup;
+      ImgThreshold(s, d, EC24(40, 50, 60), EC24(200, 220, 250), &lookup, EBW8(7), EBW8(9));
+    });
+  });
+  add("Lut BW8", [](Rng& r) {
+    EBW8Vector table;
+    for (int i = 0; i < 256; ++i) table.AddElement(EBW8(static_cast<unsigned char>(r())));
+    return Unary<EBW8>(r, [&table](auto s, auto d) { ImgLut(s, d, &table); });
+  });
+  add("Lut BW8 in place", [](Rng& r) {
+    EBW8Vector table;
+    for (int i = 0; i < 256; ++i) table.AddElement(EBW8(static_cast<unsigned char>(255 - i)));
+    return Shared<EBW8>(r, false, [&table](auto s, auto d) { ImgLut(s, d, &table); });
+  });
+  add("Lut BW16 to BW8", [](Rng& r) {
+    EBW8Vector table;
+    for (int i = 0; i < 1024; ++i) table.AddElement(EBW8(static_cast<unsigned char>(r())));
+    return Unary<EBW16, EBW8>(r, [&table](auto s, auto d) { ImgLut(s, d, &table, 3u); });
+  });
+  add("GainOffset BW8", [](Rng& r) {
+    const float gain = static_cast<float>(r() % 400) / 100.f, offset = static_cast<float>(r() % 100) - 50.f;
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgGainOffset(s, d, gain, offset); });
+  });
+  add("GainOffset BW16", [](Rng& r) {
+    return Unary<EBW16>(r, [](auto s, auto d) { ImgGainOffset(s, d, 1.7f, -300.f); });
+  });
+  add("GainOffset C24", [](Rng& r) {
+    return Unary<EC24>(r, [](auto s, auto d) { ImgGainOffset(s, d, EColor(1.5f, 0.5f, 2.f), EColor(3.f, 9.f, -4.f)); });
+  });
+  add("Transform BW8 table", [](Rng& r) {
+    return Unary<EBW8>(r, [](auto s, auto d) {
+      ImgTransform(s, d, [](EBW8 p) { return EBW8(static_cast<unsigned char>(p.value * 3)); }, 1);
+    });
+  });
+  return cases;
+}
+
+class BandsOps : public ::testing::TestWithParam<int> {};
+
+TEST_P(BandsOps, SameBytesOnEveryThreadCount) {
+  const int path = GetParam();
+  testsupport::PathGuard guard(path);
+  ImgSetOverlayColor(EC24(200, 100, 50));
+  for (const Case& c : Cases()) {
+    for (unsigned seed = 1; seed <= 4; ++seed) {
+      ImgSetThreads(1);
+      Rng one(seed);
+      const Result expected = c.run(one);
+      for (int threads : {2, 3, 7}) {
+        ImgSetThreads(threads);
+        mirel::testing::SetBandMinimum(0.0);  // split even the smallest image
+        mirel::testing::SetBandsOnPoolOnly(1);
+        Rng rng(seed);
+        const Result got = c.run(rng);
+        mirel::testing::SetBandsOnPoolOnly(0);
+        mirel::testing::SetBandMinimum(-1.0);
+        ImgSetThreads(1);
+        ASSERT_TRUE(got == expected) << c.name << ", seed " << seed << ", " << threads << " threads, path " << path
+                                     << ": code " << got.code << " vs " << expected.code;
+      }
+    }
+  }
+  ImgSetOverlayColor(EC24(0, 0, 0));
+}
+
+INSTANTIATE_TEST_SUITE_P(Paths, BandsOps, ::testing::Values(-1, testsupport::AllPaths().back()));
+
+// A call refused inside its bands reports on the caller, once, and writes
+// nothing; the same call succeeds again on the same thread afterwards.
+TEST(BandsOps, RefusalInsideTheBandsWritesNothing) {
+  Rng rng(5);
+  Placed<EBW8> src(rng, 64, 40), dst(rng, 64, 40);
+  const auto before = testsupport::Snapshot(dst.image);
+  ImgSetThreads(7);
+  mirel::testing::SetBandMinimum(0.0);
+  mirel::testing::SetBandsOnPoolOnly(1);
+  // ALO_COPY passes the image, constant form's list and reaches a worker
+  // that has no case for it.
+  ImgOper(ALO_COPY, &src.roi, EBW8(3), &dst.roi);
+  EXPECT_EQ(EGetError(), E_ERROR_INTERNAL);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgOper ( BW8 Image, Const to Image)");
+  EXPECT_EQ(testsupport::Snapshot(dst.image), before);
+  ImgOper(ALO_ADD, &src.roi, EBW8(3), &dst.roi);
+  EXPECT_EQ(EGetError(), E_OK);
+  EXPECT_NE(testsupport::Snapshot(dst.image), before);
+  mirel::testing::SetBandsOnPoolOnly(0);
+  mirel::testing::SetBandMinimum(-1.0);
+  ImgSetThreads(1);
+}
+
+}  // namespace
