@@ -297,6 +297,7 @@ void RobertsRows(const Rows<const Pix>& s, const Rows<Pix>& d, int y0, int y1) {
   auto sat = [](int v) { return static_cast<P>(v > GreyOf<Pix>::kMax ? GreyOf<Pix>::kMax : v); };
   auto diff = [](int a, int b) { return a > b ? a - b : b - a; };
   const int w = d.width, h = d.height;
+  if (w <= 0) return;  // no columns: nothing to write, not even the last one
   for (int y = y0; y < y1; ++y) {
     const P* p = reinterpret_cast<const P*>(s.Row(y));
     P* out = reinterpret_cast<P*>(d.Row(y));

@@ -252,6 +252,7 @@ void Uniform(const char* label, EROI<Pix>* src, EROI<Pix>* dst, unsigned int hal
   }
   if (!frame.Require(separate, E_ERROR_SAME_IMAGE)) return;
   const int w = src->GetWidth(), h = src->GetHeight();
+  if (w == 0 || h == 0) return;  // no pixel, and no window to clamp the halves to
   const int rx = halfX > static_cast<unsigned>(w - 1) ? w - 1 : static_cast<int>(halfX);
   const int ry = halfY > static_cast<unsigned>(h - 1) ? h - 1 : static_cast<int>(halfY);
   if (!UniformRows(mirel::RowsOf(static_cast<const EROI<Pix>*>(src)), mirel::RowsOf(dst), rx, ry, 0, h))

@@ -307,15 +307,20 @@ class MIREL_API EImage : public EROI<T> {
   // alive while the image (and any ROI in it) is used, and frees it after;
   // the image never frees it. The pitch must hold a row (for a bit image,
   // (width + 7) / 8 + 1 bytes: bit operations may write the byte behind a
-  // row) and be positive when there are pixels; data must not be null then.
-  // Otherwise 1007 is set, "EImage::Borrow" traced and the image is left as
-  // it was. A zero size makes the image void. SetSize to another size later
+  // row) and be positive when there are pixels; data must not be null then,
+  // and data and pitch must keep every pixel on its type's alignment (2 for
+  // EBW16, 4 for EBW32 and EFLOAT32, ...), since pixels are read through
+  // typed pointers. Otherwise 1007 is set, "EImage::Borrow" traced and the
+  // image is left as it was. A zero size makes the image void. SetSize to another size later
   // drops the borrowed buffer for one the image owns.
   void Borrow(T* data, int width, int height, int pitchBytes) {
     const bool empty = width == 0 || height == 0;
     const long long row = EROI<T>::kBits ? (static_cast<long long>(width) + 7) / 8 + 1
                                          : static_cast<long long>(width) * static_cast<long long>(sizeof(T));
-    if (width < 0 || height < 0 || (!empty && (data == nullptr || pitchBytes <= 0 || pitchBytes < row))) {
+    const bool misaligned = reinterpret_cast<std::uintptr_t>(data) % alignof(T) != 0 ||
+                            static_cast<unsigned int>(pitchBytes) % alignof(T) != 0;
+    if (width < 0 || height < 0 ||
+        (!empty && (data == nullptr || pitchBytes <= 0 || pitchBytes < row || misaligned))) {
       ESetError(E_ERROR_BAD_ARGUMENT);
       ETraceError("EImage::Borrow");
       return;

@@ -9,7 +9,8 @@
 // Capacity grows by doubling from 1 and new elements are never cleared,
 // except by the counted constructor, which makes n zeroed elements.
 // Out-of-range access reports and keeps going: operator[] sets 1011, traces
-// "EVector::operator[]" and returns a reference to one shared dummy record.
+// "EVector::operator[]" and returns a reference to a dummy record, one per
+// thread, so that threads that index out of range do not share it.
 //
 // Virtual operations, in order: the destructor, Serialize.
 //
@@ -317,7 +318,7 @@ class MIREL_API EVectorTemplate {
     return static_cast<T*>(std::malloc(static_cast<std::size_t>(n) * sizeof(T)));
   }
   static T& Dummy() {
-    static T dummy;
+    thread_local T dummy;
     return dummy;
   }
 

@@ -195,7 +195,7 @@ void MatchFrames(const EROI<T>* src, int row, int minShift, int maxShift, int& b
   const int w = src->GetWidth(), h = src->GetHeight();
   const long long range = static_cast<long long>(maxShift) - minShift;
   if (!f.Require(minShift <= maxShift && range <= w, E_ERROR_BAD_ARGUMENT)) return;
-  if (!f.Require(row >= 0 && row + 1 < h, E_ERROR_BAD_RANGE)) return;
+  if (!f.Require(row >= 0 && row < h - 1, E_ERROR_BAD_RANGE)) return;  // row + 1 would pass INT_MAX
   using E = typename Kind<T>::E;
   using Q = typename Kind<T>::Squares;
   constexpr int kPer = Kind<T>::kPer;

@@ -118,7 +118,7 @@ void CopyAndHalveGrey(const EROI<EBW8>* src, EROI<EBW8>* copy, EROI<EBW8>* dst, 
   auto copyUpTo = [&](int end) {
     for (; copied < end; ++copied) {
       if (simd.stream != nullptr) simd.stream(s.Row(copied), c.Row(copied), s.width);
-      else std::memcpy(c.Row(copied), s.Row(copied), static_cast<std::size_t>(s.width));
+      else if (s.width > 0) std::memcpy(c.Row(copied), s.Row(copied), static_cast<std::size_t>(s.width));
     }
   };
   for (int j = 0; j < d.height; ++j) {

@@ -127,7 +127,9 @@ class Search {
     const double mean = inv * sum;
     const ERegionDescriptor r{static_cast<unsigned int>(first), static_cast<unsigned int>(last),
                               static_cast<float>(mean), static_cast<float>(inv * q - mean * mean),
-                              static_cast<unsigned int>(count)};
+                              // A caller's histogram may count past 2^32: the
+                              // truncation then stops at the largest count.
+                              count < 4294967296.0f ? static_cast<unsigned int>(count) : 0xFFFFFFFFu};
     return regions.AddElement(r) || Fail(E_ERROR_OUT_OF_MEMORY);
   }
 

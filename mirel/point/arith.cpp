@@ -15,6 +15,7 @@
 // arith_internal.h, and a scalar tail; both give the same bytes.
 #include "mirel/point/arith.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
@@ -73,10 +74,14 @@ struct ByteRows {
   std::ptrdiff_t pitch;
   std::size_t bytes;  // bytes of pixels in a row
   int height;
-  // One past the last pixel byte of the image the rows lie in: the overlay
-  // triples, which may reach behind a row, stop there.
-  const u8* end;
+  // One past the last byte of the image the rows lie in (set by BytesOf):
+  // the byte-triple overlay must not read or write beyond it.
+  const u8* end = nullptr;
   u8* Row(int y) const { return base + pitch * y; }
+  // Bytes from the start of row y to the end of the image.
+  std::size_t Room(int y) const {
+    return end == nullptr ? 0 : static_cast<std::size_t>(end - reinterpret_cast<const u8*>(Row(y)));
+  }
   // Write hint for the row after y, given at the top of row y by copy and
   // fill, and by the block workers when their vector blocks run (the byte
   // by byte loops are slower with it).
@@ -85,11 +90,13 @@ struct ByteRows {
 
 ByteRows BytesOf(const EGenericROI* roi) {
   EGenericROI* r = const_cast<EGenericROI*>(roi);
-  const EGenericROI* top = roi->GetTopParent();
+  const EGenericROI* top = r->GetTopParent();
+  const u8* end = top->Void() || top->GetHeight() == 0
+                      ? nullptr
+                      : static_cast<const u8*>(top->GetImagePtr(top->GetWidth(), top->GetHeight() - 1));
   return ByteRows{static_cast<u8*>(r->GetGenericImagePtr(0, 0)), r->GetRowPitch(),
                   static_cast<std::size_t>(r->GetWidth()) * static_cast<std::size_t>(r->GetPixelBytes()),
-                  r->GetHeight(),
-                  static_cast<const u8*>(top->GetGenericImagePtr(top->GetWidth(), top->GetHeight() - 1))};
+                  r->GetHeight(), end};
 }
 
 // Rows [y0, y1) of a ROI as a view of their own.
@@ -307,17 +314,17 @@ void ByteUnary(int op, const ByteRows& s, const ByteRows& d) {
 void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d) {
   if (op == ALO_OVERLAY) {
     // Triples of bytes up to the row's end: on a BW8 row whose width is not
-    // a multiple of 3 the last triple reaches up to two bytes behind it.
-    // Behind the last pixel of an image's last row there is nothing (a
-    // borrowed buffer may end there): such bytes read as 0 and are not
-    // written.
-    const auto get = [](const u8* p, const u8* end) -> u8 { return p < end ? *p : 0; };
+    // a multiple of 3 the last triple reaches up to two bytes behind it,
+    // into the rest of the image's row, never past the image's last byte
+    // (bytes of a triple beyond it are neither read nor written; those of
+    // `b` count as 0).
     for (int y = 0; y < d.height; ++y) {
       const u8* pa = a.Row(y);
       const u8* pb = b.Row(y);
       u8* pd = d.Row(y);
+      const std::size_t room = std::min({a.Room(y), b.Room(y), d.Room(y)});
       for (std::size_t i = 0; i < d.bytes; i += 3) {
-        if (i + 3 <= d.bytes) {
+        if (i + 3 <= room) {
           const u8* from = (pb[i] | pb[i + 1] | pb[i + 2]) != 0 ? pb + i : pa + i;
           const u8 c0 = from[0], c1 = from[1], c2 = from[2];
           pd[i] = c0;
@@ -325,11 +332,12 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
           pd[i + 2] = c2;
           continue;
         }
-        u8 c[3];
-        const bool any = (get(pb + i, b.end) | get(pb + i + 1, b.end) | get(pb + i + 2, b.end)) != 0;
-        for (int k = 0; k < 3; ++k) c[k] = any ? get(pb + i + k, b.end) : get(pa + i + k, a.end);
-        for (int k = 0; k < 3; ++k)
-          if (pd + i + k < d.end) pd[i + k] = c[k];
+        const std::size_t n = room - i;  // 1 or 2: the rest lies past the image
+        const bool any = pb[i] != 0 || (n > 1 && pb[i + 1] != 0);
+        const u8* from = any ? pb + i : pa + i;
+        const u8 c0 = from[0], c1 = n > 1 ? from[1] : 0;
+        pd[i] = c0;
+        if (n > 1) pd[i + 1] = c1;
       }
     }
     return;

@@ -52,8 +52,11 @@ void Peaks(const char* label, const V* profile, EPeaksVector* peaks, unsigned in
       if (kind != kNeutral) {
         const long long d = v - (kind == kPeak ? high : low);
         if (kind == kPeak ? d > amplitude : d < amplitude) amplitude = d;
-        area += d;
-        moment += area;
+        // Sums of a hostile profile (2^32 samples far from the band) may
+        // pass 64 bits: they wrap, as two's complement does, rather than
+        // overflow.
+        area = static_cast<long long>(static_cast<unsigned long long>(area) + static_cast<unsigned long long>(d));
+        moment = static_cast<long long>(static_cast<unsigned long long>(moment) + static_cast<unsigned long long>(area));
       }
       continue;
     }

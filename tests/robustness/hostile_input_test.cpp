@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <functional>
 #include <string>
 #include <thread>
@@ -59,6 +60,41 @@ void ConvolveEmptyRois() {
 TEST(EmptyRoi, KernelConvolutionsWriteNothing) {
   ConvolveEmptyRois<EBW8>();
   ConvolveEmptyRois<EBW16>();
+}
+
+// Filters given a destination with no columns succeed and write nothing
+// (they used to write the last column of every row), also with half-widths
+// far beyond any image; the sanitizer build checks that no window sum or
+// pointer overflows on the way.
+TEST(EmptyRoi, FiltersWriteNothingWhateverTheirWindow) {
+  Rng rng(6);
+  const std::vector<std::function<void(EROI<EBW8>*, EROI<EBW8>*)>> grey = {
+      [](EROI<EBW8>* s, EROI<EBW8>* d) { ImgConvolRoberts(s, d); },
+      [](EROI<EBW8>* s, EROI<EBW8>* d) { ImgConvolSobel(s, d); },
+      [](EROI<EBW8>* s, EROI<EBW8>* d) { ImgConvolUniform(s, d, 3u, 0x7fffffffu); },
+      [](EROI<EBW8>* s, EROI<EBW8>* d) { ImgLocalAverage(s, d, 0x9f000000u, 2u); },
+      [](EROI<EBW8>* s, EROI<EBW8>* d) { ImgLocalDeviation(s, d, 0xffffff00u, 0x7fffffff); },
+      [](EROI<EBW8>* s, EROI<EBW8>* d) { ImgConvolGaussian(s, d, 2u, 2u); },
+      [](EROI<EBW8>* s, EROI<EBW8>* d) { ImgMedian(s, d); },
+      [](EROI<EBW8>* s, EROI<EBW8>* d) { ImgErodeBox(s, d, 6u, 6u); }};
+  for (std::size_t i = 0; i < grey.size(); ++i) {
+    for (int shape = 0; shape < 2; ++shape) {
+      EImage<EBW8> srcImage(6, 5), dstImage(6, 5);
+      testsupport::FillRandom(srcImage, rng);
+      testsupport::FillRandom(dstImage, rng);
+      const int w = shape ? 4 : 0, h = shape ? 0 : 4;
+      EROI<EBW8> src(&srcImage, 1, 1, w, h), dst(&dstImage, 1, 1, w, h);
+      const auto before = Snapshot(dstImage);
+      grey[i](&src, &dst);
+      EXPECT_EQ(EGetError(), E_OK) << "filter " << i;
+      EXPECT_TRUE(Snapshot(dstImage) == before) << "filter " << i << " shape " << shape;
+    }
+  }
+  EImage<EBW16> a(2, 2), b(2, 2);
+  EROI<EBW16> src(&a, 0, 0, 1, 2), dst(&b, 1, 0, 0, 2);
+  const auto before = Snapshot(b);
+  ImgConvolRoberts(&src, &dst);
+  EXPECT_TRUE(Snapshot(b) == before);
 }
 
 // Projections of ROIs with no columns or no rows give empty or zero vectors
@@ -156,6 +192,90 @@ TEST(RunMask, RunsOutsideTheRoiAreRefused) {
     EXPECT_EQ(ImgArea(&roi), 3u);
     EXPECT_EQ(EGetError(), E_OK);
   }
+}
+
+// A caller's buffer of exactly the bytes its rows need: nothing is read or
+// written behind the last row (the sanitizer build catches a single byte),
+// and a buffer whose rows break the pixel type's alignment is refused.
+template <class P>
+struct Exact {
+  std::vector<unsigned char> bytes;
+  EImage<P> image;
+  Exact(int w, int h, int pitch, std::size_t row, Rng& rng) : bytes(static_cast<std::size_t>(pitch) * (h - 1) + row) {
+    for (unsigned char& b : bytes) b = static_cast<unsigned char>(rng());
+    image.Borrow(reinterpret_cast<P*>(bytes.data()), w, h, pitch);
+  }
+};
+
+TEST(BorrowedBuffer, CopiesAndOverlaysStayInsideIt) {
+  Rng rng(8);
+  for (const int w : {1, 5, 7, 8, 13}) {
+    Exact<EBW8> grey(w, 3, w + 1, static_cast<std::size_t>(w), rng);
+    Exact<EC24> colour(w, 3, 3 * w, 3u * w, rng);
+    Exact<EBW1> bits(w, 3, (w + 7) / 8 + 1, (w + 7) / 8 + 1u, rng);
+    const EImage<EBW8> greyCopy(grey.image);
+    const EImage<EC24> colourCopy(colour.image);
+    const EImage<EBW1> bitsCopy(bits.image);
+    EXPECT_FALSE(greyCopy.IsBorrowed());
+    EXPECT_TRUE(testsupport::Bytes(greyCopy) == testsupport::Bytes(grey.image));
+    EXPECT_TRUE(testsupport::Bytes(colourCopy) == testsupport::Bytes(colour.image));
+    EXPECT_EQ(std::memcmp(bitsCopy.GetImagePtr(0, 2), bits.image.GetImagePtr(0, 2), (w + 7) / 8), 0);
+
+    // The byte-triple overlay of two grey images on the last row of a
+    // buffer: the part of a triple past the buffer is left out.
+    Exact<EBW8> a(w, 2, w, static_cast<std::size_t>(w), rng), b(w, 2, w, static_cast<std::size_t>(w), rng),
+        d(w, 2, w, static_cast<std::size_t>(w), rng);
+    for (int x = 0; x < w; ++x) b.image.SetPixel(EBW8(x % 2 == 0 ? 0 : 9), x, 1);
+    ImgOper(ALO_OVERLAY, &a.image, &b.image, &d.image);
+    EXPECT_EQ(EGetError(), E_OK);
+    const int t = w - w % 3;  // the last triple, cut short by the buffer's end
+    if (t < w) {
+      const bool any = b.image.GetPixel(t, 1) != 0 || (t + 1 < w && b.image.GetPixel(t + 1, 1) != 0);
+      const EImage<EBW8>& from = any ? b.image : a.image;
+      for (int x = t; x < w; ++x) EXPECT_EQ(d.image.GetPixel(x, 1), from.GetPixel(x, 1)) << w;
+    }
+  }
+  EImage<EBW16> wide;
+  std::vector<unsigned char> raw(64);
+  wide.Borrow(reinterpret_cast<EBW16*>(raw.data() + 1), 4, 2, 8);  // odd address
+  EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
+  wide.Borrow(reinterpret_cast<EBW16*>(raw.data()), 4, 2, 9);  // odd pitch
+  EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
+  EXPECT_STREQ(EGetErrorTrace(), "EImage::Borrow");
+  EXPECT_TRUE(wide.Void());
+}
+
+// Numbers a caller may pass that overflow the arithmetic behind them: the
+// sanitizer build checks that each is handled without undefined behaviour.
+TEST(HostileNumbers, CountsSumsAndRowsBeyondTheirTypes) {
+  EBWHistogramVector h;
+  h.SetNumElements(256);
+  for (unsigned int i = 0; i < 256; ++i) h[i] = 0xF0000000u;
+  Corvane::Talmeer::Utils::Vector<ERegionDescriptor> regions;
+  ImgMultiLevelsMinResidueThreshold(&h, 3, regions);
+  ASSERT_EQ(EGetError(), E_OK);
+  ASSERT_EQ(regions.GetNumElements(), 3u);
+  EXPECT_EQ(regions[0].m_un32PixelCount, 0xFFFFFFFFu);  // past 2^32: the largest count
+
+  EBW8Vector profile;
+  profile.SetNumElements(65536);
+  std::memset(profile.GetDataPtr(), 0, 65536);
+  EPeaksVector peaks;
+  ImgGetProfilePeaks(&profile, &peaks, 0xFFFFFFFFu, 0xFFFFFFFFu, 0u, 0u);
+  EXPECT_EQ(EGetError(), E_OK);
+  EXPECT_EQ(peaks.GetNumElements(), 0u);  // one valley from the first sample: not inside
+
+  EImage<EC24> frame(6, 4);
+  int best = 0;
+  ImgMatchFrames(&frame, 0x7fffffff, 0, 1, best);
+  EXPECT_EQ(EGetError(), E_ERROR_BAD_RANGE);
+
+  EImage<EBW8> tall(1, 40);
+  EROI<EBW8> none(&tall, 0, 0, 0, 40);
+  EPyramid pyramid;
+  pyramid.SetNumLevels(3, static_cast<E_IMAGE_TYPES>(1));
+  pyramid.Build(&none);  // levels of no columns: nothing to copy or halve
+  EXPECT_NE(EGetError(), E_OK);
 }
 
 #if defined(__unix__) || defined(__APPLE__)

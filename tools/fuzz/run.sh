@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
-# Bounded fuzz run of vector file loading: builds the libFuzzer target with
-# AddressSanitizer in its own build directory (build-fuzz) and runs it for
-# about a minute on a small seed corpus. Skipped when clang is missing.
+# Bounded fuzz runs: vector file loading, then every exported operation.
+# Builds the libFuzzer targets with AddressSanitizer and UndefinedBehavior-
+# Sanitizer in their own build directory (build-fuzz) and runs each for
+# about a minute on its seed corpus. Skipped when clang is missing.
+# A longer local run of the operations (FUZZ_OPS_SECONDS=1800, say) is the
+# robustness worker's command; see the README.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
@@ -20,7 +23,7 @@ if ! grep -q '^MIREL_HAVE_LIBFUZZER:INTERNAL=1' "$build/CMakeCache.txt"; then
   echo "fuzz run skipped: libFuzzer not available to clang++"
   exit 0
 fi
-cmake --build "$build" --target mirel_fuzz_load -j"$(nproc)" >/dev/null
+cmake --build "$build" --target mirel_fuzz_load mirel_fuzz_ops -j"$(nproc)" >/dev/null
 target="$build/tools/fuzz/mirel_fuzz_load"
 
 corpus=$(mktemp -d)
@@ -38,7 +41,7 @@ printf 'E\x06\x01B\x09\x00\x00\x00\x01\x00' > "$corpus/short"
 
 set +e
 ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-  "$target" -max_total_time=60 -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 "$corpus" 2>&1 | tail -n 20
+  "$target" -max_total_time=40 -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 "$corpus" 2>&1 | tail -n 20
 status=${PIPESTATUS[0]}
 set -e
 if [ "$status" -ne 0 ]; then
@@ -46,3 +49,21 @@ if [ "$status" -ne 0 ]; then
   exit "$status"
 fi
 echo "fuzz run passed"
+
+# The operations: two seeds for every table entry, written by the target
+# itself, and the inputs kept in the tree (tools/fuzz/corpus/ops).
+ops="$build/tools/fuzz/mirel_fuzz_ops"
+seeds="$corpus/ops"
+mkdir -p "$seeds"
+MIREL_FUZZ_OPS_SEEDS="$seeds" "$ops"
+set +e
+ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  "$ops" -max_total_time="${FUZZ_OPS_SECONDS:-80}" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
+  "$seeds" tools/fuzz/corpus/ops 2>&1 | tail -n 20
+status=${PIPESTATUS[0]}
+set -e
+if [ "$status" -ne 0 ]; then
+  echo "operation fuzz run FAILED (status $status)"
+  exit "$status"
+fi
+echo "operation fuzz run passed"
