@@ -46,4 +46,30 @@ MIREL_API void ImgConvolKernel(const EROI<EC24>* src, EROI<EC24>* dst, const EKe
 MIREL_API void ImgConvolSymmetricKernel(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel);
 MIREL_API void ImgConvolRoberts(const EROI<EC24>* src, EROI<EC24>* dst);
 
+// For a source held const: the same filters into a destination that must be
+// given. A const source is never filtered in place: without a destination
+// the call is refused as a missing source is (1400 under the filter's label)
+// and nothing is written. A destination on the source's own pixels is still
+// filtered in place.
+MIREL_API void ImgConvolHighpass1(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolHighpass2(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolLowpass1(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolLowpass2(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolLowpass3(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolSobelX(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolSobelY(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolSobel(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolPrewittX(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolPrewittY(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolPrewitt(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolGradientX(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolGradientY(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolGradient(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolLaplacianX(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolLaplacianY(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolLaplacian4(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolLaplacian8(const EROI<EC24>* src, EROI<EC24>* dst);
+MIREL_API void ImgConvolGaussian(const EROI<EC24>* src, EROI<EC24>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgConvolUniform(const EROI<EC24>* src, EROI<EC24>* dst, unsigned int halfX, unsigned int halfY);
+
 #endif  // MIREL_FILTER_COLOR_FILTERS_H_

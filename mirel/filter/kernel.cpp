@@ -245,7 +245,7 @@ short EKernel::SetKernelData(int x, int y, float value) {
   return static_cast<short>(ETraceError("EKernel::SetKernelData"));
 }
 
-short EKernel::GetKernelData(int x, int y, float& value) {
+short EKernel::GetKernelData(int x, int y, float& value) const {
   EOk();
   if (Data == nullptr) ESetError(E_ERROR_KERNEL_NO_DATA);
   else if (x < 0 || x >= SizeX) ESetError(E_ERROR_INDEX_OUT_OF_RANGE);

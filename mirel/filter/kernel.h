@@ -82,7 +82,7 @@ class MIREL_API EKernel {
   // Element (x, y). No data: 1704; x outside 0..SizeX-1: 1011; y outside
   // 0..SizeY-1: 1012. A failure leaves the table and `value` untouched.
   short SetKernelData(int x, int y, float value);
-  short GetKernelData(int x, int y, float& value);
+  short GetKernelData(int x, int y, float& value) const;
 
   // Ensures room for `size` floats; a larger block is fresh and uninitialised.
   short SetAllocatedSize(unsigned int size);

@@ -423,3 +423,30 @@ void ImgConvolRoberts(EROI<EBW8>* src, EROI<EBW8>* dst) { mirel::filter::Roberts
 void ImgConvolRoberts(EROI<EBW16>* src, EROI<EBW16>* dst) {
   mirel::filter::Roberts(src, dst, "ImgConvolRoberts (BW16)");
 }
+
+// Const sources: the same filters, never in place (see the header).
+#define MIREL_CONST_SOURCE(Name)                                                                       \
+  void Name(const EROI<EBW8>* s, EROI<EBW8>* d) { Name(mirel::ReadOnlySource(s, d), d); }            \
+  void Name(const EROI<EBW16>* s, EROI<EBW16>* d) { Name(mirel::ReadOnlySource(s, d), d); }
+MIREL_CONST_SOURCE(ImgConvolSobelX)
+MIREL_CONST_SOURCE(ImgConvolSobelY)
+MIREL_CONST_SOURCE(ImgConvolSobel)
+MIREL_CONST_SOURCE(ImgConvolPrewittX)
+MIREL_CONST_SOURCE(ImgConvolPrewittY)
+MIREL_CONST_SOURCE(ImgConvolPrewitt)
+MIREL_CONST_SOURCE(ImgConvolGradientX)
+MIREL_CONST_SOURCE(ImgConvolGradientY)
+MIREL_CONST_SOURCE(ImgConvolGradient)
+MIREL_CONST_SOURCE(ImgConvolLaplacianX)
+MIREL_CONST_SOURCE(ImgConvolLaplacianY)
+MIREL_CONST_SOURCE(ImgConvolLaplacian4)
+MIREL_CONST_SOURCE(ImgConvolLaplacian8)
+MIREL_CONST_SOURCE(ImgConvolHighpass1)
+MIREL_CONST_SOURCE(ImgConvolHighpass2)
+MIREL_CONST_SOURCE(ImgConvolLowpass1)
+MIREL_CONST_SOURCE(ImgConvolLowpass2)
+MIREL_CONST_SOURCE(ImgConvolLowpass3)
+MIREL_CONST_SOURCE(ImgConvolUniform3x3)
+MIREL_CONST_SOURCE(ImgConvolGaussian3x3)
+MIREL_CONST_SOURCE(ImgConvolRoberts)
+#undef MIREL_CONST_SOURCE

@@ -123,4 +123,52 @@ MIREL_API void ImgConvolUniform3x3(EROI<EBW16>* src, EROI<EBW16>* dst);
 MIREL_API void ImgConvolGaussian3x3(EROI<EBW16>* src, EROI<EBW16>* dst);
 MIREL_API void ImgConvolRoberts(EROI<EBW16>* src, EROI<EBW16>* dst);
 
+// For a source held const: the same filters into a destination that must be
+// given. A const source is never filtered in place: without a destination
+// the call is refused as a missing source is (1400 under the filter's label)
+// and nothing is written. A destination on the source's own pixels is still
+// filtered in place.
+MIREL_API void ImgConvolSobelX(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolSobelY(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolSobel(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolPrewittX(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolPrewittY(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolPrewitt(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolGradientX(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolGradientY(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolGradient(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolLaplacianX(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolLaplacianY(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolLaplacian4(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolLaplacian8(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolHighpass1(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolHighpass2(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolLowpass1(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolLowpass2(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolLowpass3(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolUniform3x3(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolGaussian3x3(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolRoberts(const EROI<EBW8>* src, EROI<EBW8>* dst);
+MIREL_API void ImgConvolSobelX(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolSobelY(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolSobel(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolPrewittX(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolPrewittY(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolPrewitt(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGradientX(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGradientY(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGradient(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLaplacianX(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLaplacianY(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLaplacian4(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLaplacian8(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolHighpass1(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolHighpass2(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLowpass1(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLowpass2(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolLowpass3(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolUniform3x3(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolGaussian3x3(const EROI<EBW16>* src, EROI<EBW16>* dst);
+MIREL_API void ImgConvolRoberts(const EROI<EBW16>* src, EROI<EBW16>* dst);
+
 #endif  // MIREL_FILTER_PRESET_FILTERS_H_

@@ -331,3 +331,16 @@ void ImgConvolGaussian(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, u
 void ImgLocalDeviation(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, int halfY) {
   mirel::filter::Deviation("ImgLocalDeviation (BW16)", src, dst, halfX, halfY);
 }
+
+// Const sources: the same filters, never in place (see the header).
+#define MIREL_CONST_SOURCE(Name, P)                                                   \
+  void Name(const EROI<P>* s, EROI<P>* d, unsigned int halfX, unsigned int halfY) { \
+    Name(mirel::ReadOnlySource(s, d), d, halfX, halfY);                             \
+  }
+MIREL_CONST_SOURCE(ImgConvolUniform, EBW8)
+MIREL_CONST_SOURCE(ImgConvolGaussian, EBW8)
+MIREL_CONST_SOURCE(ImgLocalAverage, EBW8)
+MIREL_CONST_SOURCE(ImgConvolUniform, EBW16)
+MIREL_CONST_SOURCE(ImgConvolGaussian, EBW16)
+MIREL_CONST_SOURCE(ImgLocalAverage, EBW16)
+#undef MIREL_CONST_SOURCE

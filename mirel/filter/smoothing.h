@@ -60,4 +60,16 @@ MIREL_API void ImgConvolGaussian(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned in
 MIREL_API void ImgLocalAverage(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY);
 MIREL_API void ImgLocalDeviation(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, int halfY);
 
+// For a source held const: the same filters into a destination that must be
+// given. A const source is never filtered in place: without a destination
+// the call is refused as a missing source is (1400 under the filter's label)
+// and nothing is written. A destination on the source's own pixels is still
+// filtered in place.
+MIREL_API void ImgConvolUniform(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgConvolGaussian(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgLocalAverage(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgConvolUniform(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgConvolGaussian(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY);
+MIREL_API void ImgLocalAverage(const EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int halfX, unsigned int halfY);
+
 #endif  // MIREL_FILTER_SMOOTHING_H_

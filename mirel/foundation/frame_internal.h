@@ -132,6 +132,18 @@ inline bool Overlap(const EGenericROI* a, const EGenericROI* b) {
          by < ay + a->GetHeight();
 }
 
+// The source that an overload for a const source hands on to the form of the
+// same operation that works in place when given no destination. A const
+// source is only read: with a destination it is handed on as it is (a
+// destination on the source's own pixels still works in place, since those
+// pixels are the caller's to write through the destination); without one
+// the operation is given no source at all, so it refuses the call exactly as
+// it refuses a missing image, under its own label, and writes nothing.
+template <class T>
+EROI<T>* ReadOnlySource(const EROI<T>* src, const EGenericROI* dst) {
+  return dst != nullptr ? const_cast<EROI<T>*>(src) : nullptr;
+}
+
 }  // namespace mirel
 
 #endif  // MIREL_FOUNDATION_FRAME_INTERNAL_H_

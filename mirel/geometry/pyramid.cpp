@@ -231,6 +231,10 @@ EGenericROI* EPyramid::GetImage(unsigned int level) {
   return levels_[level];
 }
 
+const EGenericROI* EPyramid::GetImage(unsigned int level) const {
+  return const_cast<EPyramid*>(this)->GetImage(level);
+}
+
 void EPyramid::SetReductionMode(IMG_PYRAMIDAL_REDUCTION_MODE mode) {
   EOk();
   if (mode != IMG_PYRAMIDAL_REDUCTION_AVERAGE && mode != IMG_PYRAMIDAL_REDUCTION_MINIMUM &&

@@ -72,6 +72,7 @@ class MIREL_API EPyramid {
   E_IMAGE_TYPES GetImageType() const { return image_type_; }
   // The image of a level, owned by the pyramid: an EImage of the level type.
   EGenericROI* GetImage(unsigned int level);
+  const EGenericROI* GetImage(unsigned int level) const;
 
   void SetReductionMode(IMG_PYRAMIDAL_REDUCTION_MODE mode);
   IMG_PYRAMIDAL_REDUCTION_MODE GetReductionMode() const { return reduction_mode_; }

@@ -490,7 +490,7 @@ short ImgHistogram(const EROI<EBW8>* src, EVector* histogram) {
   return frame.Done();
 }
 
-void ImgSetupEqualize(EVector* histogram, EVector* table) {
+void ImgSetupEqualize(const EVector* histogram, EVector* table) {
   mirel::ArmedFrame frame("ImgSetupEqualize ( EVector)");
   if (!frame.Check(kNotAHistogram, histogram != nullptr && histogram->IsSameVectType(2) != 0)) {
     frame.Fail();
@@ -531,7 +531,7 @@ void ImgSetupEqualize(EVector* histogram, EVector* table) {
 namespace {
 
 template <class R>
-short AnalyseUntyped(EVector* histogram, int min, int max, int feature, R& result, bool integerForm) {
+short AnalyseUntyped(const EVector* histogram, int min, int max, int feature, R& result, bool integerForm) {
   mirel::ArmedFrame frame("ImgAnalyseHistogram");
   MIREL_ARMED_CHECK(frame, E_ERROR_VECTOR_LENGTH,
                     histogram != nullptr && histogram->IsSameVectType(2) != 0 &&
@@ -556,10 +556,10 @@ short AnalyseUntyped(EVector* histogram, int min, int max, int feature, R& resul
 
 }  // namespace
 
-short ImgAnalyseHistogram(EVector* histogram, int min, int max, int feature, int& result) {
+short ImgAnalyseHistogram(const EVector* histogram, int min, int max, int feature, int& result) {
   return AnalyseUntyped(histogram, min, max, feature, result, true);
 }
 
-short ImgAnalyseHistogram(EVector* histogram, int min, int max, int feature, float& result) {
+short ImgAnalyseHistogram(const EVector* histogram, int min, int max, int feature, float& result) {
   return AnalyseUntyped(histogram, min, max, feature, result, false);
 }

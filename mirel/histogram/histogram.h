@@ -68,7 +68,7 @@ MIREL_API void ImgCumulateHistogram(const EBWHistogramVector* src, EBWHistogramV
 
 MIREL_API void ImgSetupEqualize(const EBWHistogramVector* histogram, EBW8Vector* table);
 // Older form: entry i is (c * 256) / N stored in a byte.
-MIREL_API void ImgSetupEqualize(EVector* histogram, EVector* table);
+MIREL_API void ImgSetupEqualize(const EVector* histogram, EVector* table);
 
 MIREL_API void ImgEqualize(const EROI<EBW8>* src, EROI<EBW8>* dst);
 MIREL_API void ImgEqualize(const EROI<EBW16>* src, EROI<EBW16>* dst);
@@ -80,7 +80,7 @@ MIREL_API float ImgAnalyseHistogramBW16(const EBWHistogramVector* histogram, IMG
                                         int min, int max);
 // Older forms: the int form answers features 0 to 6, the float form 7 and 8;
 // another feature leaves `result` alone and succeeds. No range check.
-MIREL_API short ImgAnalyseHistogram(EVector* histogram, int min, int max, int feature, int& result);
-MIREL_API short ImgAnalyseHistogram(EVector* histogram, int min, int max, int feature, float& result);
+MIREL_API short ImgAnalyseHistogram(const EVector* histogram, int min, int max, int feature, int& result);
+MIREL_API short ImgAnalyseHistogram(const EVector* histogram, int min, int max, int feature, float& result);
 
 #endif  // MIREL_HISTOGRAM_HISTOGRAM_H_

@@ -467,7 +467,7 @@ EBW8 ImgIsodataThreshold(const EBWHistogramVector* histogram, unsigned int min, 
   return EBW8(static_cast<unsigned char>(Isodata<uint32_t>(histogram->GetDataPtr(), min, max, c, w, false)));
 }
 
-unsigned int ImgIsodataThreshold(EVector* histogram, unsigned int min, unsigned int max) {
+unsigned int ImgIsodataThreshold(const EVector* histogram, unsigned int min, unsigned int max) {
   // The older frame: each code is armed before its test and stands while
   // the test runs; success ends with a clear state.
   static const char kLabel[] = "ImgIsodataThreshold ( EVector)";

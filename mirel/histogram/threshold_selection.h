@@ -128,7 +128,7 @@ MIREL_API EBW8 ImgIsodataThreshold(const EBWHistogramVector* histogram, unsigned
 // returns the starting midpoint (min + max + 1) / 2 rather than 0. The
 // cumulated sum of the bin products starts at bin min + 1 (bin min adds
 // its count but not its product). Label "ImgIsodataThreshold ( EVector)".
-MIREL_API unsigned int ImgIsodataThreshold(EVector* histogram, unsigned int min, unsigned int max);
+MIREL_API unsigned int ImgIsodataThreshold(const EVector* histogram, unsigned int min, unsigned int max);
 
 // The same on a 65536-bin histogram (64-bit sums). This form does not clear
 // the error state on entry; it clears it on success. Label

@@ -601,8 +601,9 @@ unsigned int ImgPixelCompare(const EROI<EBW1>* a, const EROI<EBW1>* b) {
 
 namespace {
 
-template <class P>
-unsigned int CountWhere(mirel::Frame& frame, EROI<P>* roi, int (*predicate)(P&)) {
+// P is the pixel type as the predicate takes it: const for a const ROI.
+template <class P, class Roi>
+unsigned int CountWhere(mirel::Frame& frame, Roi* roi, int (*predicate)(P&)) {
   if (!frame.NotVoid(roi) || !frame.Require(predicate != nullptr, E_ERROR_BAD_ARGUMENT)) return 0;
   const mirel::Rows<P> rows = mirel::RowsOf(roi);
   std::uint32_t count = 0;
@@ -764,4 +765,21 @@ float ImgVariance(const EROI<EBW8>* roi, float* mean, unsigned int* integerMean)
   if (!HistogramCenteredMoments(sums, &cm, &variance)) return 0.0f;
   if (mean != nullptr) *mean = static_cast<float>(cm);
   return static_cast<float>(variance);
+}
+
+// The same counts for a ROI held const: the predicate sees each pixel
+// read-only.
+unsigned int ImgCount(const EROI<EBW8>* roi, int (*predicate)(const EBW8&)) {
+  mirel::Frame frame("ImgCount ( BW8)");
+  return CountWhere(frame, roi, predicate);
+}
+
+unsigned int ImgCount(const EROI<EBW16>* roi, int (*predicate)(const EBW16&)) {
+  mirel::Frame frame("ImgCount ( BW16)");
+  return CountWhere(frame, roi, predicate);
+}
+
+unsigned int ImgCount(const EROI<EC24>* roi, int (*predicate)(const EC24&)) {
+  mirel::Frame frame("ImgCount ( C24)");
+  return CountWhere(frame, roi, predicate);
 }

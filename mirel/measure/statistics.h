@@ -106,6 +106,10 @@ MIREL_API unsigned int ImgPixelCompareAligned(const EROI<EBW1>* a, const EROI<EB
 MIREL_API unsigned int ImgCount(EROI<EBW8>* roi, int (*predicate)(EBW8&));
 MIREL_API unsigned int ImgCount(EROI<EBW16>* roi, int (*predicate)(EBW16&));
 MIREL_API unsigned int ImgCount(EROI<EC24>* roi, int (*predicate)(EC24&));
+// The same for a ROI held const, with a predicate that only reads the pixel.
+MIREL_API unsigned int ImgCount(const EROI<EBW8>* roi, int (*predicate)(const EBW8&));
+MIREL_API unsigned int ImgCount(const EROI<EBW16>* roi, int (*predicate)(const EBW16&));
+MIREL_API unsigned int ImgCount(const EROI<EC24>* roi, int (*predicate)(const EC24&));
 
 // ---------------------------------------------------------------- with run masks
 

@@ -41,4 +41,32 @@ MIREL_API void ImgBiLevelMorphoGradientDisk(EROI<EBW8>* src, EROI<EBW8>* dst = n
                                             unsigned int halfWidth = 1);
 MIREL_API void ImgBiLevelMedian(EROI<EBW8>* src, EROI<EBW8>* dst = nullptr);
 
+// For a source held const: the same operations into a destination that must
+// be given. A const source is never worked on in place: without a
+// destination the call is refused as a missing source is (1400 under the
+// operation's label) and nothing is written. A destination on the source's
+// own pixels still works in place.
+MIREL_API void ImgBiLevelErodeBox(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1,
+                                  unsigned int halfHeight = ~0u);
+MIREL_API void ImgBiLevelDilateBox(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1,
+                                   unsigned int halfHeight = ~0u);
+MIREL_API void ImgBiLevelOpenBox(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1,
+                                 unsigned int halfHeight = ~0u);
+MIREL_API void ImgBiLevelCloseBox(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1,
+                                  unsigned int halfHeight = ~0u);
+MIREL_API void ImgBiLevelWhiteTopHatBox(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1,
+                                        unsigned int halfHeight = ~0u);
+MIREL_API void ImgBiLevelBlackTopHatBox(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1,
+                                        unsigned int halfHeight = ~0u);
+MIREL_API void ImgBiLevelMorphoGradientBox(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1,
+                                           unsigned int halfHeight = ~0u);
+MIREL_API void ImgBiLevelErodeDisk(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBiLevelDilateDisk(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBiLevelOpenDisk(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBiLevelCloseDisk(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBiLevelWhiteTopHatDisk(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBiLevelBlackTopHatDisk(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBiLevelMorphoGradientDisk(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBiLevelMedian(const EROI<EBW8>* src, EROI<EBW8>* dst);
+
 #endif  // MIREL_MORPHOLOGY_BILEVEL_H_

@@ -92,4 +92,52 @@ MIREL_API void ImgWhiteTopHatDisk(EROI<EBW1>* src, EROI<EBW1>* dst = nullptr, un
 MIREL_API void ImgBlackTopHatDisk(EROI<EBW1>* src, EROI<EBW1>* dst = nullptr, unsigned int halfWidth = 1);
 MIREL_API void ImgMorphoGradientDisk(EROI<EBW1>* src, EROI<EBW1>* dst = nullptr, unsigned int halfWidth = 1);
 
+// For a source held const: the same operations into a destination that must
+// be given. A const source is never worked on in place: without a
+// destination the call is refused as a missing source is (1400, thrown by the
+// ...Aligned forms) and nothing is written. A destination on the source's
+// own pixels still works in place.
+MIREL_API void ImgErodeBoxAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                  unsigned int halfHeight = ~0u);
+MIREL_API void ImgDilateBoxAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                   unsigned int halfHeight = ~0u);
+MIREL_API void ImgOpenBoxAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                 unsigned int halfHeight = ~0u);
+MIREL_API void ImgCloseBoxAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                  unsigned int halfHeight = ~0u);
+MIREL_API void ImgWhiteTopHatBoxAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                        unsigned int halfHeight = ~0u);
+MIREL_API void ImgBlackTopHatBoxAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                        unsigned int halfHeight = ~0u);
+MIREL_API void ImgMorphoGradientBoxAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                           unsigned int halfHeight = ~0u);
+MIREL_API void ImgErodeDiskAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgDilateDiskAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgOpenDiskAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgCloseDiskAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgWhiteTopHatDiskAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBlackTopHatDiskAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgMorphoGradientDiskAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgErodeBox(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                           unsigned int halfHeight = ~0u);
+MIREL_API void ImgDilateBox(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                            unsigned int halfHeight = ~0u);
+MIREL_API void ImgOpenBox(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                          unsigned int halfHeight = ~0u);
+MIREL_API void ImgCloseBox(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                           unsigned int halfHeight = ~0u);
+MIREL_API void ImgWhiteTopHatBox(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                 unsigned int halfHeight = ~0u);
+MIREL_API void ImgBlackTopHatBox(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                 unsigned int halfHeight = ~0u);
+MIREL_API void ImgMorphoGradientBox(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1,
+                                    unsigned int halfHeight = ~0u);
+MIREL_API void ImgErodeDisk(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgDilateDisk(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgOpenDisk(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgCloseDisk(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgWhiteTopHatDisk(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgBlackTopHatDisk(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+MIREL_API void ImgMorphoGradientDisk(const EROI<EBW1>* src, EROI<EBW1>* dst, unsigned int halfWidth = 1);
+
 #endif  // MIREL_MORPHOLOGY_BIT_MORPHOLOGY_H_

@@ -34,4 +34,12 @@ MIREL_API void ImgMedian(const EROI<EC24>* src, EROI<EC24>* dst, EC24 border);
 MIREL_API void ImgMedianAligned(EROI<EBW1>* src, EROI<EBW1>* dst);
 MIREL_API void ImgMedian(EROI<EBW1>* src, EROI<EBW1>* dst);
 
+// For a source held const: the same operations into a destination that must
+// be given. A const source is never worked on in place: without a
+// destination the call is refused as a missing source is (1400 under the
+// operation's label) and nothing is written. A destination on the source's
+// own pixels still works in place.
+MIREL_API void ImgMedianAligned(const EROI<EBW1>* src, EROI<EBW1>* dst);
+MIREL_API void ImgMedian(const EROI<EBW1>* src, EROI<EBW1>* dst);
+
 #endif  // MIREL_MORPHOLOGY_MEDIAN_H_

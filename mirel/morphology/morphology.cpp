@@ -582,3 +582,87 @@ short ImgBlackTopHat(EROI<EBW8>* src, EROI<EBW8>* dst, int passes, int firstBord
   if (Ok()) ImgOper(ALO_SUBTRACT, static_cast<const EROI<EBW8>*>(dst), static_cast<const EROI<EBW8>*>(src), dst);
   return frame.Result();
 }
+
+// Const sources: the same operations, never in place (see the header).
+#define MIREL_CONST_BOX(Name, P)                                                     \
+  void Name(const EROI<P>* s, EROI<P>* d, unsigned int hw, unsigned int hh) {      \
+    Name(mirel::ReadOnlySource(s, d), d, hw, hh);                                  \
+  }
+#define MIREL_CONST_DISK(Name, P) \
+  void Name(const EROI<P>* s, EROI<P>* d, unsigned int r) { Name(mirel::ReadOnlySource(s, d), d, r); }
+MIREL_CONST_BOX(ImgErodeBox, EBW8)
+MIREL_CONST_BOX(ImgDilateBox, EBW8)
+MIREL_CONST_BOX(ImgOpenBox, EBW8)
+MIREL_CONST_BOX(ImgCloseBox, EBW8)
+MIREL_CONST_BOX(ImgWhiteTopHatBox, EBW8)
+MIREL_CONST_BOX(ImgBlackTopHatBox, EBW8)
+MIREL_CONST_BOX(ImgMorphoGradientBox, EBW8)
+MIREL_CONST_BOX(ImgErodeBox, EBW16)
+MIREL_CONST_BOX(ImgDilateBox, EBW16)
+MIREL_CONST_BOX(ImgOpenBox, EBW16)
+MIREL_CONST_BOX(ImgCloseBox, EBW16)
+MIREL_CONST_BOX(ImgWhiteTopHatBox, EBW16)
+MIREL_CONST_BOX(ImgBlackTopHatBox, EBW16)
+MIREL_CONST_BOX(ImgMorphoGradientBox, EBW16)
+MIREL_CONST_BOX(ImgErodeBox, EC24)
+MIREL_CONST_BOX(ImgDilateBox, EC24)
+MIREL_CONST_BOX(ImgOpenBox, EC24)
+MIREL_CONST_BOX(ImgCloseBox, EC24)
+MIREL_CONST_BOX(ImgWhiteTopHatBox, EC24)
+MIREL_CONST_BOX(ImgBlackTopHatBox, EC24)
+MIREL_CONST_BOX(ImgMorphoGradientBox, EC24)
+MIREL_CONST_DISK(ImgErodeDisk, EBW8)
+MIREL_CONST_DISK(ImgDilateDisk, EBW8)
+MIREL_CONST_DISK(ImgOpenDisk, EBW8)
+MIREL_CONST_DISK(ImgCloseDisk, EBW8)
+MIREL_CONST_DISK(ImgWhiteTopHatDisk, EBW8)
+MIREL_CONST_DISK(ImgBlackTopHatDisk, EBW8)
+MIREL_CONST_DISK(ImgMorphoGradientDisk, EBW8)
+MIREL_CONST_DISK(ImgErodeDisk, EBW16)
+MIREL_CONST_DISK(ImgDilateDisk, EBW16)
+MIREL_CONST_DISK(ImgOpenDisk, EBW16)
+MIREL_CONST_DISK(ImgCloseDisk, EBW16)
+MIREL_CONST_DISK(ImgWhiteTopHatDisk, EBW16)
+MIREL_CONST_DISK(ImgBlackTopHatDisk, EBW16)
+MIREL_CONST_DISK(ImgMorphoGradientDisk, EBW16)
+MIREL_CONST_DISK(ImgErodeDisk, EC24)
+MIREL_CONST_DISK(ImgDilateDisk, EC24)
+MIREL_CONST_DISK(ImgOpenDisk, EC24)
+MIREL_CONST_DISK(ImgCloseDisk, EC24)
+MIREL_CONST_DISK(ImgWhiteTopHatDisk, EC24)
+MIREL_CONST_DISK(ImgBlackTopHatDisk, EC24)
+MIREL_CONST_DISK(ImgMorphoGradientDisk, EC24)
+#undef MIREL_CONST_BOX
+#undef MIREL_CONST_DISK
+
+short ImgErode(const EROI<EBW8>* s, EROI<EBW8>* d, int passes, int border) {
+  return ImgErode(mirel::ReadOnlySource(s, d), d, passes, border);
+}
+short ImgDilate(const EROI<EBW8>* s, EROI<EBW8>* d, int passes, int border) {
+  return ImgDilate(mirel::ReadOnlySource(s, d), d, passes, border);
+}
+#define MIREL_CONST_TWO_BORDERS(Name)                                              \
+  short Name(const EROI<EBW8>* s, EROI<EBW8>* d, int passes, int first, int second) { \
+    return Name(mirel::ReadOnlySource(s, d), d, passes, first, second);              \
+  }
+MIREL_CONST_TWO_BORDERS(ImgOpen)
+MIREL_CONST_TWO_BORDERS(ImgClose)
+MIREL_CONST_TWO_BORDERS(ImgWhiteTopHat)
+MIREL_CONST_TWO_BORDERS(ImgBlackTopHat)
+#undef MIREL_CONST_TWO_BORDERS
+
+void ImgErode(const EROI<EC24>* s, EROI<EC24>* d, int passes, EC24 border) {
+  ImgErode(mirel::ReadOnlySource(s, d), d, passes, border);
+}
+void ImgDilate(const EROI<EC24>* s, EROI<EC24>* d, int passes, EC24 border) {
+  ImgDilate(mirel::ReadOnlySource(s, d), d, passes, border);
+}
+#define MIREL_CONST_TWO_BORDERS(Name)                                                  \
+  void Name(const EROI<EC24>* s, EROI<EC24>* d, int passes, EC24 first, EC24 second) { \
+    Name(mirel::ReadOnlySource(s, d), d, passes, first, second);                       \
+  }
+MIREL_CONST_TWO_BORDERS(ImgOpen)
+MIREL_CONST_TWO_BORDERS(ImgClose)
+MIREL_CONST_TWO_BORDERS(ImgWhiteTopHat)
+MIREL_CONST_TWO_BORDERS(ImgBlackTopHat)
+#undef MIREL_CONST_TWO_BORDERS

@@ -68,10 +68,42 @@
   MIREL_API void ImgBlackTopHatDisk(EROI<P>* src, EROI<P>* dst = nullptr, unsigned int halfWidth = 1); \
   MIREL_API void ImgMorphoGradientDisk(EROI<P>* src, EROI<P>* dst = nullptr, unsigned int halfWidth = 1);
 
+// For a source held const: the same operations into a destination that must
+// be given. A const source is never worked on in place: without a
+// destination the call is refused as a missing source is (1400 under the
+// operation's label) and nothing is written. A destination on the source's
+// own pixels still works in place.
+#define MIREL_MORPHOLOGY_DECLARE_CONST(P)                                                             \
+  MIREL_API void ImgErodeBox(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1,            \
+                             unsigned int halfHeight = ~0u);                                          \
+  MIREL_API void ImgDilateBox(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1,           \
+                              unsigned int halfHeight = ~0u);                                         \
+  MIREL_API void ImgOpenBox(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1,             \
+                            unsigned int halfHeight = ~0u);                                           \
+  MIREL_API void ImgCloseBox(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1,            \
+                             unsigned int halfHeight = ~0u);                                          \
+  MIREL_API void ImgWhiteTopHatBox(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1,      \
+                                   unsigned int halfHeight = ~0u);                                    \
+  MIREL_API void ImgBlackTopHatBox(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1,      \
+                                   unsigned int halfHeight = ~0u);                                    \
+  MIREL_API void ImgMorphoGradientBox(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1,   \
+                                      unsigned int halfHeight = ~0u);                                 \
+  MIREL_API void ImgErodeDisk(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1);          \
+  MIREL_API void ImgDilateDisk(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1);         \
+  MIREL_API void ImgOpenDisk(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1);           \
+  MIREL_API void ImgCloseDisk(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1);          \
+  MIREL_API void ImgWhiteTopHatDisk(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1);    \
+  MIREL_API void ImgBlackTopHatDisk(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1);    \
+  MIREL_API void ImgMorphoGradientDisk(const EROI<P>* src, EROI<P>* dst, unsigned int halfWidth = 1);
+
 MIREL_MORPHOLOGY_DECLARE(EBW8)
 MIREL_MORPHOLOGY_DECLARE(EBW16)
 MIREL_MORPHOLOGY_DECLARE(EC24)
+MIREL_MORPHOLOGY_DECLARE_CONST(EBW8)
+MIREL_MORPHOLOGY_DECLARE_CONST(EBW16)
+MIREL_MORPHOLOGY_DECLARE_CONST(EC24)
 #undef MIREL_MORPHOLOGY_DECLARE
+#undef MIREL_MORPHOLOGY_DECLARE_CONST
 
 // ---------------------------------------------------------------- older entry points
 MIREL_API short ImgErode(EROI<EBW8>* src, EROI<EBW8>* dst, int passes = 1, int border = 255);
@@ -93,5 +125,25 @@ MIREL_API void ImgWhiteTopHat(EROI<EC24>* src, EROI<EC24>* dst, int passes, EC24
                               EC24 secondBorder);
 MIREL_API void ImgBlackTopHat(EROI<EC24>* src, EROI<EC24>* dst, int passes, EC24 firstBorder,
                               EC24 secondBorder);
+
+// The older entry points for a source held const: a destination is required,
+// and without one the call is refused as a missing source is (with passes
+// <= 0 the 8-bit forms check nothing and write nothing, as above).
+MIREL_API short ImgErode(const EROI<EBW8>* src, EROI<EBW8>* dst, int passes = 1, int border = 255);
+MIREL_API short ImgDilate(const EROI<EBW8>* src, EROI<EBW8>* dst, int passes = 1, int border = 0);
+MIREL_API short ImgOpen(const EROI<EBW8>* src, EROI<EBW8>* dst, int passes = 1, int firstBorder = 255,
+                        int secondBorder = 0);
+MIREL_API short ImgClose(const EROI<EBW8>* src, EROI<EBW8>* dst, int passes = 1, int firstBorder = 0,
+                         int secondBorder = 255);
+MIREL_API short ImgWhiteTopHat(const EROI<EBW8>* src, EROI<EBW8>* dst, int passes = 1, int firstBorder = 255,
+                               int secondBorder = 0);
+MIREL_API short ImgBlackTopHat(const EROI<EBW8>* src, EROI<EBW8>* dst, int passes = 1, int firstBorder = 0,
+                               int secondBorder = 255);
+MIREL_API void ImgErode(const EROI<EC24>* src, EROI<EC24>* dst, int passes, EC24 border);
+MIREL_API void ImgDilate(const EROI<EC24>* src, EROI<EC24>* dst, int passes, EC24 border);
+MIREL_API void ImgOpen(const EROI<EC24>* src, EROI<EC24>* dst, int passes, EC24 firstBorder, EC24 secondBorder);
+MIREL_API void ImgClose(const EROI<EC24>* src, EROI<EC24>* dst, int passes, EC24 firstBorder, EC24 secondBorder);
+MIREL_API void ImgWhiteTopHat(const EROI<EC24>* src, EROI<EC24>* dst, int passes, EC24 firstBorder, EC24 secondBorder);
+MIREL_API void ImgBlackTopHat(const EROI<EC24>* src, EROI<EC24>* dst, int passes, EC24 firstBorder, EC24 secondBorder);
 
 #endif  // MIREL_MORPHOLOGY_MORPHOLOGY_H_

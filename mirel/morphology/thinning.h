@@ -98,4 +98,18 @@ MIREL_API void ImgThin(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* ke
 MIREL_API void ImgThick(const EROI<EC24>* src, EROI<EC24>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
                         int& iterations);
 
+// For a source held const: the same operations into a destination that must
+// be given. A const source is never worked on in place: without a
+// destination the call is refused as a missing source is (1400 under the
+// operation's label) and nothing is written. A destination on the source's
+// own pixels still works in place.
+MIREL_API short ImgThinAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
+                               int& iterations);
+MIREL_API short ImgThickAligned(const EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel,
+                                KERNEL_ROTATION rotation, int& iterations);
+MIREL_API short ImgThin(const EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
+                        int& iterations);
+MIREL_API short ImgThick(const EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel, KERNEL_ROTATION rotation,
+                         int& iterations);
+
 #endif  // MIREL_MORPHOLOGY_THINNING_H_

@@ -110,3 +110,14 @@ short ImgThin(EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel, KERNEL_RO
 short ImgThick(EROI<EBW1>* src, EROI<EBW1>* dst, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) {
   return mirel::thinning::ThinPlain("ImgThick (BW1)", src, dst, kernel, rotation, n, true);
 }
+
+// Const sources: the same operations, never in place (see the header).
+#define MIREL_CONST_SOURCE(Name)                                                                    \
+  short Name(const EROI<EBW1>* s, EROI<EBW1>* d, const EKernel* kernel, KERNEL_ROTATION rotation, int& n) { \
+    return Name(mirel::ReadOnlySource(s, d), d, kernel, rotation, n);                               \
+  }
+MIREL_CONST_SOURCE(ImgThinAligned)
+MIREL_CONST_SOURCE(ImgThickAligned)
+MIREL_CONST_SOURCE(ImgThin)
+MIREL_CONST_SOURCE(ImgThick)
+#undef MIREL_CONST_SOURCE

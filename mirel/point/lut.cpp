@@ -130,25 +130,25 @@ void ForEachPixel(const EROI<S>* src, EROI<D>* dst, F f, bool banded = true) {
 
 }  // namespace
 
-void ImgLut(const EROI<EBW8>* src, EROI<EBW8>* dst, EBW8* table) {
+void ImgLut(const EROI<EBW8>* src, EROI<EBW8>* dst, const EBW8* table) {
   const int mmx = EGetMMX();
   if (!CheckPairUntraced(src, dst)) return;
   ApplyLut8(src, dst, reinterpret_cast<const unsigned char*>(table), mmx);
 }
 
-void ImgLut(const EROI<EBW8>* src, EROI<EBW8>* dst, EBW8Vector* table) {
+void ImgLut(const EROI<EBW8>* src, EROI<EBW8>* dst, const EBW8Vector* table) {
   mirel::Frame frame("ImgLut");
   if (!frame.Require(table != nullptr && table->GetNumElements() == 256, E_ERROR_VECTOR_SIZE)) return;
   ImgLut(src, dst, table->GetDataPtr());
 }
 
-void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, EBW16* table) {
+void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, const EBW16* table) {
   mirel::Frame frame("ImgLut (BW16)");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
   ForEachPixel(src, dst, [table](EBW16 p) { return table[p.value]; });
 }
 
-void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, EBW16Vector* table) {
+void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, const EBW16Vector* table) {
   mirel::Frame frame("ImgLut (BW16)");
   if (!frame.Require(table != nullptr && table->GetNumElements() == 65536, E_ERROR_VECTOR_SIZE)) return;
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
@@ -156,7 +156,7 @@ void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, EBW16Vector* table) {
   ForEachPixel(src, dst, [t](EBW16 p) { return t[p.value]; });
 }
 
-void ImgLut(const EROI<EBW16>* src, EROI<EBW8>* dst, EBW8Vector* table, unsigned int shift) {
+void ImgLut(const EROI<EBW16>* src, EROI<EBW8>* dst, const EBW8Vector* table, unsigned int shift) {
   mirel::Frame frame("ImgLut ( BW16 to BW8)");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
   if (!frame.Require(table != nullptr, E_ERROR_VECTOR_SIZE)) return;

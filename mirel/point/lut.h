@@ -37,11 +37,11 @@
 #include "mirel/foundation/pixel.h"
 #include "mirel/foundation/vector.h"
 
-MIREL_API void ImgLut(const EROI<EBW8>* src, EROI<EBW8>* dst, EBW8* table);
-MIREL_API void ImgLut(const EROI<EBW8>* src, EROI<EBW8>* dst, EBW8Vector* table);
-MIREL_API void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, EBW16* table);
-MIREL_API void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, EBW16Vector* table);
-MIREL_API void ImgLut(const EROI<EBW16>* src, EROI<EBW8>* dst, EBW8Vector* table, unsigned int shift);
+MIREL_API void ImgLut(const EROI<EBW8>* src, EROI<EBW8>* dst, const EBW8* table);
+MIREL_API void ImgLut(const EROI<EBW8>* src, EROI<EBW8>* dst, const EBW8Vector* table);
+MIREL_API void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, const EBW16* table);
+MIREL_API void ImgLut(const EROI<EBW16>* src, EROI<EBW16>* dst, const EBW16Vector* table);
+MIREL_API void ImgLut(const EROI<EBW16>* src, EROI<EBW8>* dst, const EBW8Vector* table, unsigned int shift);
 
 MIREL_API void ImgGainOffset(const EROI<EBW8>* src, EROI<EBW8>* dst, float gain, float offset);
 MIREL_API void ImgGainOffset(const EROI<EC24>* src, EROI<EC24>* dst, EColor gain, EColor offset);

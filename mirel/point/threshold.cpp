@@ -299,7 +299,7 @@ void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 max
   });
 }
 
-void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, EColorLookup* lookup, EBW8 outside,
+void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, const EColorLookup* lookup, EBW8 outside,
                   EBW8 inside) {
   mirel::Frame frame("ImgThreshold ( C24 to BW8)");
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;

@@ -47,7 +47,7 @@ MIREL_API void ImgDoubleThreshold(const EROI<EBW16>* src, EROI<EBW16>* dst, unsi
                                   unsigned int highThreshold, EBW16 low, EBW16 middle, EBW16 high);
 
 MIREL_API void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum);
-MIREL_API void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, EColorLookup* lookup,
+MIREL_API void ImgThreshold(const EROI<EC24>* src, EROI<EBW8>* dst, EC24 minimum, EC24 maximum, const EColorLookup* lookup,
                             EBW8 outside, EBW8 inside);
 
 #endif  // MIREL_POINT_THRESHOLD_H_

@@ -218,7 +218,7 @@ TEST(BitMorphology, RefusedCalls) {
   BitRoi a(20, 3, 3, rng), other(21, 3, 5, rng);
   EImage<EBW1> none;
   const Buffer before = other.Snapshot();
-  ImgWhiteTopHatDisk(nullptr, &other.roi);
+  ImgWhiteTopHatDisk(static_cast<EROI<EBW1>*>(nullptr), &other.roi);
   EXPECT_EQ(EGetError(), E_ERROR_VOID_IMAGE);
   EXPECT_STREQ(EGetErrorTrace(), "ImgWhiteTophatDisk (BW1)");
   ImgWhiteTopHatDisk(&a.roi, &other.roi);

@@ -375,7 +375,7 @@ TEST(Thinning, BitFormsThrowAlignedAndReportPlain) {
   EXPECT_EQ(ImgThick(&a.roi, &b.roi, &tee, KERNEL_ROTATION_NONE, n), E_ERROR_BAD_ARGUMENT_3);
   EXPECT_STREQ(EGetErrorTrace(), "ImgThick (BW1)");
   EXPECT_EQ(b.Snapshot(), before);
-  EXPECT_EQ(ImgThick(nullptr, &b.roi, &tee, KERNEL_ROTATION_NONE, n), E_ERROR_VOID_IMAGE);
+  EXPECT_EQ(ImgThick(static_cast<EROI<EBW1>*>(nullptr), &b.roi, &tee, KERNEL_ROTATION_NONE, n), E_ERROR_VOID_IMAGE);
   EXPECT_STREQ(EGetErrorTrace(), "ImgThick (BW1)");
 }
 

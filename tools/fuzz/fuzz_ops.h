@@ -696,11 +696,13 @@ struct Arg<T*, std::enable_if_t<std::is_arithmetic<T>::value>> {
 
 // Lookup tables passed as bare arrays of 256 or 65536 entries.
 template <class T>
-struct Arg<T*, std::enable_if_t<std::is_same<T, EBW8>::value || std::is_same<T, EBW16>::value>> {
+struct Arg<T*, std::enable_if_t<std::is_same<std::remove_const_t<T>, EBW8>::value ||
+                                std::is_same<std::remove_const_t<T>, EBW16>::value>> {
+  using U = std::remove_const_t<T>;
   static T* Make(Ctx& c) {
-    std::vector<T>* table = c.Keep<std::vector<T>>(std::is_same<T, EBW8>::value ? 256 : 65536);
+    std::vector<U>* table = c.Keep<std::vector<U>>(std::is_same<U, EBW8>::value ? 256 : 65536);
     std::minstd_rand rng(c.in.U32() | 1u);
-    for (T& v : *table) v = T(static_cast<decltype(v.value)>(rng()));
+    for (U& v : *table) v = U(static_cast<decltype(v.value)>(rng()));
     return table->data();
   }
 };
