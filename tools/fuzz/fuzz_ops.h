@@ -882,6 +882,21 @@ template <>
 struct Arg<int (*)(EC24&)> {
   static auto Make(Ctx& c) { return c.in.OneIn(16) ? nullptr : &IsBright24; }
 };
+inline int IsOddConst8(const EBW8& p) { return p.value & 1; }
+inline int IsBrightConst24(const EC24& p) { return p.c[0] > 128; }
+inline int IsHighConst16(const EBW16& p) { return p.value > 30000; }
+template <>
+struct Arg<int (*)(const EBW8&)> {
+  static auto Make(Ctx& c) { return c.in.OneIn(16) ? nullptr : &IsOddConst8; }
+};
+template <>
+struct Arg<int (*)(const EBW16&)> {
+  static auto Make(Ctx& c) { return c.in.OneIn(16) ? nullptr : &IsHighConst16; }
+};
+template <>
+struct Arg<int (*)(const EC24&)> {
+  static auto Make(Ctx& c) { return c.in.OneIn(16) ? nullptr : &IsBrightConst24; }
+};
 template <>
 struct Arg<EBW8 (*)(EBW8)> {
   static auto Make(Ctx& c) { return c.in.OneIn(16) ? nullptr : &Invert8; }
