@@ -122,24 +122,7 @@ void ImgConvolRoberts(const EROI<EC24>* src, EROI<EC24>* dst) {
 // Const sources: the same filters, never in place (see the header).
 #define MIREL_CONST_SOURCE(Name) \
   void Name(const EROI<EC24>* s, EROI<EC24>* d) { Name(mirel::ReadOnlySource(s, d), d); }
-MIREL_CONST_SOURCE(ImgConvolSobelX)
-MIREL_CONST_SOURCE(ImgConvolSobelY)
-MIREL_CONST_SOURCE(ImgConvolSobel)
-MIREL_CONST_SOURCE(ImgConvolPrewittX)
-MIREL_CONST_SOURCE(ImgConvolPrewittY)
-MIREL_CONST_SOURCE(ImgConvolPrewitt)
-MIREL_CONST_SOURCE(ImgConvolGradientX)
-MIREL_CONST_SOURCE(ImgConvolGradientY)
-MIREL_CONST_SOURCE(ImgConvolGradient)
-MIREL_CONST_SOURCE(ImgConvolLaplacianX)
-MIREL_CONST_SOURCE(ImgConvolLaplacianY)
-MIREL_CONST_SOURCE(ImgConvolLaplacian4)
-MIREL_CONST_SOURCE(ImgConvolLaplacian8)
-MIREL_CONST_SOURCE(ImgConvolHighpass1)
-MIREL_CONST_SOURCE(ImgConvolHighpass2)
-MIREL_CONST_SOURCE(ImgConvolLowpass1)
-MIREL_CONST_SOURCE(ImgConvolLowpass2)
-MIREL_CONST_SOURCE(ImgConvolLowpass3)
+MIREL_PRESET_FILTER_NAMES(MIREL_CONST_SOURCE)
 #undef MIREL_CONST_SOURCE
 void ImgConvolGaussian(const EROI<EC24>* s, EROI<EC24>* d, unsigned int halfX, unsigned int halfY) {
   ImgConvolGaussian(mirel::ReadOnlySource(s, d), d, halfX, halfY);

@@ -166,4 +166,12 @@ void ImgConvolGaussianY(EROI<EBW16>* src, EROI<EBW16>* dst);  // "ImgConvolGauss
 void ImgConvolUniformX(EROI<EBW16>* src, EROI<EBW16>* dst);   // "ImgConvolUniformX (BW16)"
 void ConvolUniformY(EROI<EBW16>* src, EROI<EBW16>* dst);      // "ConvolUniformY (BW16)"
 
+// The exported preset filters that have a grey and a colour form, by name,
+// for the lists that define a form of each.
+#define MIREL_PRESET_FILTER_NAMES(X)                                                                   \
+  X(ImgConvolSobelX) X(ImgConvolSobelY) X(ImgConvolSobel) X(ImgConvolPrewittX) X(ImgConvolPrewittY)    \
+  X(ImgConvolPrewitt) X(ImgConvolGradientX) X(ImgConvolGradientY) X(ImgConvolGradient)                 \
+  X(ImgConvolLaplacianX) X(ImgConvolLaplacianY) X(ImgConvolLaplacian4) X(ImgConvolLaplacian8)          \
+  X(ImgConvolHighpass1) X(ImgConvolHighpass2) X(ImgConvolLowpass1) X(ImgConvolLowpass2) X(ImgConvolLowpass3)
+
 #endif  // MIREL_FILTER_PRESET_FILTERS_INTERNAL_H_

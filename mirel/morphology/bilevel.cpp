@@ -147,26 +147,5 @@ void ImgBiLevelMedian(EROI<EBW8>* src, EROI<EBW8>* dst) {
 }
 
 // Const sources: the same operations, never in place (see the header).
-#define MIREL_CONST_BOX(Name, P)                                                     \
-  void Name(const EROI<P>* s, EROI<P>* d, unsigned int hw, unsigned int hh) {      \
-    Name(mirel::ReadOnlySource(s, d), d, hw, hh);                                  \
-  }
-#define MIREL_CONST_DISK(Name, P) \
-  void Name(const EROI<P>* s, EROI<P>* d, unsigned int r) { Name(mirel::ReadOnlySource(s, d), d, r); }
-MIREL_CONST_BOX(ImgBiLevelErodeBox, EBW8)
-MIREL_CONST_BOX(ImgBiLevelDilateBox, EBW8)
-MIREL_CONST_BOX(ImgBiLevelOpenBox, EBW8)
-MIREL_CONST_BOX(ImgBiLevelCloseBox, EBW8)
-MIREL_CONST_BOX(ImgBiLevelWhiteTopHatBox, EBW8)
-MIREL_CONST_BOX(ImgBiLevelBlackTopHatBox, EBW8)
-MIREL_CONST_BOX(ImgBiLevelMorphoGradientBox, EBW8)
-MIREL_CONST_DISK(ImgBiLevelErodeDisk, EBW8)
-MIREL_CONST_DISK(ImgBiLevelDilateDisk, EBW8)
-MIREL_CONST_DISK(ImgBiLevelOpenDisk, EBW8)
-MIREL_CONST_DISK(ImgBiLevelCloseDisk, EBW8)
-MIREL_CONST_DISK(ImgBiLevelWhiteTopHatDisk, EBW8)
-MIREL_CONST_DISK(ImgBiLevelBlackTopHatDisk, EBW8)
-MIREL_CONST_DISK(ImgBiLevelMorphoGradientDisk, EBW8)
-#undef MIREL_CONST_BOX
-#undef MIREL_CONST_DISK
+MIREL_CONST_SOURCE_MORPHOLOGY(ImgBiLevel, , EBW8)
 void ImgBiLevelMedian(const EROI<EBW8>* s, EROI<EBW8>* d) { ImgBiLevelMedian(mirel::ReadOnlySource(s, d), d); }

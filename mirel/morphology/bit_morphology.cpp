@@ -12,6 +12,7 @@
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/morphology/bit_morphology_blocks_internal.h"
 #include "mirel/morphology/bit_morphology_internal.h"
+#include "mirel/morphology/morphology_internal.h"
 #include "mirel/morphology/median.h"
 #include "mirel/point/bits.h"
 #include "mirel/point/bits_internal.h"
@@ -318,41 +319,7 @@ void ImgMedian(EROI<EBW1>* src, EROI<EBW1>* dst) {
 }
 
 // Const sources: the same operations, never in place (see the header).
-#define MIREL_CONST_BOX(Name, P)                                                     \
-  void Name(const EROI<P>* s, EROI<P>* d, unsigned int hw, unsigned int hh) {      \
-    Name(mirel::ReadOnlySource(s, d), d, hw, hh);                                  \
-  }
-#define MIREL_CONST_DISK(Name, P) \
-  void Name(const EROI<P>* s, EROI<P>* d, unsigned int r) { Name(mirel::ReadOnlySource(s, d), d, r); }
-MIREL_CONST_BOX(ImgErodeBoxAligned, EBW1)
-MIREL_CONST_BOX(ImgDilateBoxAligned, EBW1)
-MIREL_CONST_BOX(ImgOpenBoxAligned, EBW1)
-MIREL_CONST_BOX(ImgCloseBoxAligned, EBW1)
-MIREL_CONST_BOX(ImgWhiteTopHatBoxAligned, EBW1)
-MIREL_CONST_BOX(ImgBlackTopHatBoxAligned, EBW1)
-MIREL_CONST_BOX(ImgMorphoGradientBoxAligned, EBW1)
-MIREL_CONST_DISK(ImgErodeDiskAligned, EBW1)
-MIREL_CONST_DISK(ImgDilateDiskAligned, EBW1)
-MIREL_CONST_DISK(ImgOpenDiskAligned, EBW1)
-MIREL_CONST_DISK(ImgCloseDiskAligned, EBW1)
-MIREL_CONST_DISK(ImgWhiteTopHatDiskAligned, EBW1)
-MIREL_CONST_DISK(ImgBlackTopHatDiskAligned, EBW1)
-MIREL_CONST_DISK(ImgMorphoGradientDiskAligned, EBW1)
-MIREL_CONST_BOX(ImgErodeBox, EBW1)
-MIREL_CONST_BOX(ImgDilateBox, EBW1)
-MIREL_CONST_BOX(ImgOpenBox, EBW1)
-MIREL_CONST_BOX(ImgCloseBox, EBW1)
-MIREL_CONST_BOX(ImgWhiteTopHatBox, EBW1)
-MIREL_CONST_BOX(ImgBlackTopHatBox, EBW1)
-MIREL_CONST_BOX(ImgMorphoGradientBox, EBW1)
-MIREL_CONST_DISK(ImgErodeDisk, EBW1)
-MIREL_CONST_DISK(ImgDilateDisk, EBW1)
-MIREL_CONST_DISK(ImgOpenDisk, EBW1)
-MIREL_CONST_DISK(ImgCloseDisk, EBW1)
-MIREL_CONST_DISK(ImgWhiteTopHatDisk, EBW1)
-MIREL_CONST_DISK(ImgBlackTopHatDisk, EBW1)
-MIREL_CONST_DISK(ImgMorphoGradientDisk, EBW1)
-#undef MIREL_CONST_BOX
-#undef MIREL_CONST_DISK
+MIREL_CONST_SOURCE_MORPHOLOGY(Img, Aligned, EBW1)
+MIREL_CONST_SOURCE_MORPHOLOGY(Img, , EBW1)
 void ImgMedianAligned(const EROI<EBW1>* s, EROI<EBW1>* d) { ImgMedianAligned(mirel::ReadOnlySource(s, d), d); }
 void ImgMedian(const EROI<EBW1>* s, EROI<EBW1>* d) { ImgMedian(mirel::ReadOnlySource(s, d), d); }

@@ -584,56 +584,9 @@ short ImgBlackTopHat(EROI<EBW8>* src, EROI<EBW8>* dst, int passes, int firstBord
 }
 
 // Const sources: the same operations, never in place (see the header).
-#define MIREL_CONST_BOX(Name, P)                                                     \
-  void Name(const EROI<P>* s, EROI<P>* d, unsigned int hw, unsigned int hh) {      \
-    Name(mirel::ReadOnlySource(s, d), d, hw, hh);                                  \
-  }
-#define MIREL_CONST_DISK(Name, P) \
-  void Name(const EROI<P>* s, EROI<P>* d, unsigned int r) { Name(mirel::ReadOnlySource(s, d), d, r); }
-MIREL_CONST_BOX(ImgErodeBox, EBW8)
-MIREL_CONST_BOX(ImgDilateBox, EBW8)
-MIREL_CONST_BOX(ImgOpenBox, EBW8)
-MIREL_CONST_BOX(ImgCloseBox, EBW8)
-MIREL_CONST_BOX(ImgWhiteTopHatBox, EBW8)
-MIREL_CONST_BOX(ImgBlackTopHatBox, EBW8)
-MIREL_CONST_BOX(ImgMorphoGradientBox, EBW8)
-MIREL_CONST_BOX(ImgErodeBox, EBW16)
-MIREL_CONST_BOX(ImgDilateBox, EBW16)
-MIREL_CONST_BOX(ImgOpenBox, EBW16)
-MIREL_CONST_BOX(ImgCloseBox, EBW16)
-MIREL_CONST_BOX(ImgWhiteTopHatBox, EBW16)
-MIREL_CONST_BOX(ImgBlackTopHatBox, EBW16)
-MIREL_CONST_BOX(ImgMorphoGradientBox, EBW16)
-MIREL_CONST_BOX(ImgErodeBox, EC24)
-MIREL_CONST_BOX(ImgDilateBox, EC24)
-MIREL_CONST_BOX(ImgOpenBox, EC24)
-MIREL_CONST_BOX(ImgCloseBox, EC24)
-MIREL_CONST_BOX(ImgWhiteTopHatBox, EC24)
-MIREL_CONST_BOX(ImgBlackTopHatBox, EC24)
-MIREL_CONST_BOX(ImgMorphoGradientBox, EC24)
-MIREL_CONST_DISK(ImgErodeDisk, EBW8)
-MIREL_CONST_DISK(ImgDilateDisk, EBW8)
-MIREL_CONST_DISK(ImgOpenDisk, EBW8)
-MIREL_CONST_DISK(ImgCloseDisk, EBW8)
-MIREL_CONST_DISK(ImgWhiteTopHatDisk, EBW8)
-MIREL_CONST_DISK(ImgBlackTopHatDisk, EBW8)
-MIREL_CONST_DISK(ImgMorphoGradientDisk, EBW8)
-MIREL_CONST_DISK(ImgErodeDisk, EBW16)
-MIREL_CONST_DISK(ImgDilateDisk, EBW16)
-MIREL_CONST_DISK(ImgOpenDisk, EBW16)
-MIREL_CONST_DISK(ImgCloseDisk, EBW16)
-MIREL_CONST_DISK(ImgWhiteTopHatDisk, EBW16)
-MIREL_CONST_DISK(ImgBlackTopHatDisk, EBW16)
-MIREL_CONST_DISK(ImgMorphoGradientDisk, EBW16)
-MIREL_CONST_DISK(ImgErodeDisk, EC24)
-MIREL_CONST_DISK(ImgDilateDisk, EC24)
-MIREL_CONST_DISK(ImgOpenDisk, EC24)
-MIREL_CONST_DISK(ImgCloseDisk, EC24)
-MIREL_CONST_DISK(ImgWhiteTopHatDisk, EC24)
-MIREL_CONST_DISK(ImgBlackTopHatDisk, EC24)
-MIREL_CONST_DISK(ImgMorphoGradientDisk, EC24)
-#undef MIREL_CONST_BOX
-#undef MIREL_CONST_DISK
+MIREL_CONST_SOURCE_MORPHOLOGY(Img, , EBW8)
+MIREL_CONST_SOURCE_MORPHOLOGY(Img, , EBW16)
+MIREL_CONST_SOURCE_MORPHOLOGY(Img, , EC24)
 
 short ImgErode(const EROI<EBW8>* s, EROI<EBW8>* d, int passes, int border) {
   return ImgErode(mirel::ReadOnlySource(s, d), d, passes, border);

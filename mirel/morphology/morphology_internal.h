@@ -193,4 +193,30 @@ MIREL_API void ImgDilateXY(EROI<EBW16>* src, EROI<EBW16>* dst);
 MIREL_API void TlmErodeBox(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int hw, unsigned int hh);
 MIREL_API void TlmDilateBox(EROI<EBW16>* src, EROI<EBW16>* dst, unsigned int hw, unsigned int hh);
 
+// Define the form of a box or disk operation for a const source: it hands
+// the source on to the writable form with its destination (see
+// mirel::ReadOnlySource in frame_internal.h).
+#define MIREL_CONST_SOURCE_BOX(Name, P)                                          \
+  void Name(const EROI<P>* s, EROI<P>* d, unsigned int hw, unsigned int hh) { \
+    Name(mirel::ReadOnlySource(s, d), d, hw, hh);                             \
+  }
+#define MIREL_CONST_SOURCE_DISK(Name, P) \
+  void Name(const EROI<P>* s, EROI<P>* d, unsigned int r) { Name(mirel::ReadOnlySource(s, d), d, r); }
+// All fourteen, named Prefix<Operation><Box|Disk>Suffix.
+#define MIREL_CONST_SOURCE_MORPHOLOGY(Prefix, Suffix, P)           \
+  MIREL_CONST_SOURCE_BOX(Prefix##ErodeBox##Suffix, P)             \
+  MIREL_CONST_SOURCE_BOX(Prefix##DilateBox##Suffix, P)            \
+  MIREL_CONST_SOURCE_BOX(Prefix##OpenBox##Suffix, P)              \
+  MIREL_CONST_SOURCE_BOX(Prefix##CloseBox##Suffix, P)             \
+  MIREL_CONST_SOURCE_BOX(Prefix##WhiteTopHatBox##Suffix, P)       \
+  MIREL_CONST_SOURCE_BOX(Prefix##BlackTopHatBox##Suffix, P)       \
+  MIREL_CONST_SOURCE_BOX(Prefix##MorphoGradientBox##Suffix, P)    \
+  MIREL_CONST_SOURCE_DISK(Prefix##ErodeDisk##Suffix, P)           \
+  MIREL_CONST_SOURCE_DISK(Prefix##DilateDisk##Suffix, P)          \
+  MIREL_CONST_SOURCE_DISK(Prefix##OpenDisk##Suffix, P)            \
+  MIREL_CONST_SOURCE_DISK(Prefix##CloseDisk##Suffix, P)           \
+  MIREL_CONST_SOURCE_DISK(Prefix##WhiteTopHatDisk##Suffix, P)     \
+  MIREL_CONST_SOURCE_DISK(Prefix##BlackTopHatDisk##Suffix, P)     \
+  MIREL_CONST_SOURCE_DISK(Prefix##MorphoGradientDisk##Suffix, P)
+
 #endif  // MIREL_MORPHOLOGY_MORPHOLOGY_INTERNAL_H_

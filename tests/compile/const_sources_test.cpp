@@ -103,21 +103,29 @@ TEST(ConstSources, ReadOnlyOperandsTakeConstObjects) {
   EXPECT_EQ(EGetError(), E_OK) << EGetErrorTrace();
 }
 
+// Random images of the four pixel types that the in-place operations take.
+struct Sources {
+  Sources(int width, int height, unsigned seed)
+      : g(width, height), g16(width, height), c(width, height), b(width, height) {
+    Rng rng(seed);
+    FillRandom(g, rng);
+    FillRandom(g16, rng);
+    FillRandom(c, rng);
+    FillRandom(b, rng);
+  }
+  EImage<EBW8> g;
+  EImage<EBW16> g16;
+  EImage<EC24> c;
+  EImage<EBW1> b;
+};
+
 // Every other operation that reads an image, with const images only.
 TEST(ConstSources, EveryReadingOperationTakesConstImages) {
-  EImage<EBW8> g(32, 24), d(32, 24), d2(32, 24);
-  EImage<EBW16> g16(32, 24), d16(32, 24);
-  EImage<EC24> c(32, 24), dc(32, 24);
-  EImage<EBW1> b(32, 24), db(32, 24);
-  Rng rng(11);
-  FillRandom(g, rng);
-  FillRandom(g16, rng);
-  FillRandom(c, rng);
-  FillRandom(b, rng);
-  const EImage<EBW8>& s8 = g;
-  const EImage<EBW16>& s16 = g16;
-  const EImage<EC24>& sc = c;
-  const EImage<EBW1>& sb = b;
+  const auto& [s8, s16, sc, sb] = Sources(32, 24, 11);
+  EImage<EBW8> d(32, 24), d2(32, 24);
+  EImage<EBW16> d16(32, 24);
+  EImage<EC24> dc(32, 24);
+  EImage<EBW1> db(32, 24);
   int n = 0;
 
   // The forms that would work in place on a writable source.
@@ -138,7 +146,8 @@ TEST(ConstSources, EveryReadingOperationTakesConstImages) {
   MIREL_OK(Img##Op##Box(&s8, &d, 2)); MIREL_OK(Img##Op##Disk(&s16, &d16, 2));                           \
   MIREL_OK(Img##Op##Box(&sc, &dc, 1, 2)); MIREL_OK(ImgBiLevel##Op##Box(&s8, &d, 1));                     \
   MIREL_OK(ImgBiLevel##Op##Disk(&s8, &d, 2)); MIREL_OK(Img##Op##Box(&sb, &db, 2, 1));                    \
-  MIREL_OK(Img##Op##Disk(&sb, &db)); MIREL_OK(Img##Op##BoxAligned(&sb, &db)); MIREL_OK(Img##Op##DiskAligned(&sb, &db, 2));
+  MIREL_OK(Img##Op##Disk(&sb, &db)); MIREL_OK(Img##Op##BoxAligned(&sb, &db));                           \
+  MIREL_OK(Img##Op##DiskAligned(&sb, &db, 2));
   MIREL_MORPHS(MIREL_CALL_MORPH)
 #undef MIREL_CALL_MORPH
   MIREL_OK(ImgBiLevelMedian(&s8, &d));
@@ -364,20 +373,12 @@ TEST(ConstSources, ConstFormsGiveTheBytesOfTheWritableForms) {
 // code, the operation's own label, and the source untouched. The Aligned
 // bit forms throw instead.
 TEST(ConstSources, ConstSourceWithoutDestinationIsRefused) {
-  Rng rng(31);
-  EImage<EBW8> g(20, 12);
-  EImage<EBW16> g16(20, 12);
-  EImage<EC24> c(20, 12);
-  EImage<EBW1> b(24, 12);
-  FillRandom(g, rng);
-  FillRandom(g16, rng);
-  FillRandom(c, rng);
-  FillRandom(b, rng);
-  const EImage<EBW8>& s8 = g;
-  const EImage<EBW16>& s16 = g16;
-  const EImage<EC24>& sc = c;
-  const EImage<EBW1>& sb = b;
-  const auto k8 = Snapshot(g), k16 = Snapshot(g16), kc = Snapshot(c), kb = Snapshot(b);
+  const Sources src(24, 12, 31);  // named images: lambdas below take them
+  const EImage<EBW8>& s8 = src.g;
+  const EImage<EBW16>& s16 = src.g16;
+  const EImage<EC24>& sc = src.c;
+  const EImage<EBW1>& sb = src.b;
+  const auto k8 = Snapshot(s8), k16 = Snapshot(s16), kc = Snapshot(sc), kb = Snapshot(sb);
   const EKernel tee(KERNEL_PATTERN_TEE);
   int n = 1;
   const struct {
@@ -408,10 +409,10 @@ TEST(ConstSources, ConstSourceWithoutDestinationIsRefused) {
   }
   EXPECT_THROW(ImgErodeBoxAligned(&sb, nullptr), Corvane::Talmeer::Exception);
   EXPECT_THROW(ImgThickAligned(&sb, nullptr, &tee, KERNEL_ROTATION_NONE, n), Corvane::Talmeer::Exception);
-  EXPECT_EQ(Snapshot(g), k8);
-  EXPECT_EQ(Snapshot(g16), k16);
-  EXPECT_EQ(Snapshot(c), kc);
-  EXPECT_EQ(Snapshot(b), kb);
+  EXPECT_EQ(Snapshot(s8), k8);
+  EXPECT_EQ(Snapshot(s16), k16);
+  EXPECT_EQ(Snapshot(sc), kc);
+  EXPECT_EQ(Snapshot(sb), kb);
 }
 
 // A writable source with a null, a literal 0 or an omitted destination still
