@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/frame_internal.h"
 
 namespace {
@@ -17,11 +18,13 @@ void Convert(const char* label, const EROI<S>* src, EROI<D>* dst, F f) {
   if (!CheckSizeThenVoid(frame, src, dst)) return;
   const mirel::Rows<const S> s = mirel::RowsOf(src);
   const mirel::Rows<D> d = mirel::RowsOf(dst);
-  for (int y = 0; y < s.height; ++y) {
-    const S* sp = s.Row(y);
-    D* dp = d.Row(y);
-    for (int x = 0; x < s.width; ++x) dp[x] = f(sp[x]);
-  }
+  mirel::RowwiseBands(dst, {src}, static_cast<double>(sizeof(S) + sizeof(D)), [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const S* sp = s.Row(y);
+      D* dp = d.Row(y);
+      for (int x = 0; x < s.width; ++x) dp[x] = f(sp[x]);
+    }
+  });
 }
 
 }  // namespace
