@@ -7,9 +7,12 @@
 // sorting included.
 #include <cstring>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <thread>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include "test_support.h"
@@ -33,58 +36,47 @@ void Restore(EImage<T>& image, const std::vector<unsigned char>& bytes) {
   if (!bytes.empty()) std::memcpy(image.GetImagePtr(0, 0), bytes.data(), bytes.size());
 }
 
-template <class S, class D, class Op>
-Task Unary(std::string name, Rng& rng, Op op) {
-  struct Images {
-    EImage<S> si;
-    EROI<S> s;
-    EImage<D> di;
-    EROI<D> d;
-    std::vector<unsigned char> fresh;
-  };
-  auto im = std::make_shared<Images>();
+// Images of w x h pixels placed at random in random parents, filled at
+// random; the last is the destination.
+template <class... T>
+struct Images {
+  std::tuple<EImage<T>...> parents;
+  std::tuple<EROI<T>...> rois;
+  std::vector<unsigned char> fresh;
+  Images(Rng& rng, int w, int h) {
+    Place(rng, w, h, std::index_sequence_for<T...>{});
+    fresh = testsupport::Snapshot(Destination());
+  }
+  auto& Destination() { return std::get<sizeof...(T) - 1>(parents); }
+  template <std::size_t... I>
+  void Place(Rng& rng, int w, int h, std::index_sequence<I...>) {
+    (void)std::initializer_list<int>{(testsupport::PlaceRandom(std::get<I>(parents), std::get<I>(rois), w, h, rng),
+                                      testsupport::FillRandom(std::get<I>(parents), rng), 0)...};
+  }
+};
+
+// op(&roi...) on images of its own; the last ROI is the destination.
+template <class... T, class Op>
+Task Make(std::string name, Rng& rng, Op op) {
   const int w = 1 + static_cast<int>(rng() % 70), h = 1 + static_cast<int>(rng() % 40);
-  testsupport::PlaceRandom(im->si, im->s, w, h, rng);
-  testsupport::FillRandom(im->si, rng);
-  testsupport::PlaceRandom(im->di, im->d, w, h, rng);
-  testsupport::FillRandom(im->di, rng);
-  im->fresh = testsupport::Snapshot(im->di);
+  auto im = std::make_shared<Images<T...>>(rng, w, h);
   return {std::move(name),
           [im, op] {
-            Restore(im->di, im->fresh);
-            op(&im->s, &im->d);
+            Restore(im->Destination(), im->fresh);
+            std::apply([&](auto&... roi) { op(&roi...); }, im->rois);
           },
-          [im] { return testsupport::Snapshot(im->di); },
+          [im] { return testsupport::Snapshot(im->Destination()); },
           {}};
+}
+
+template <class S, class D, class Op>
+Task Unary(std::string name, Rng& rng, Op op) {
+  return Make<S, D>(std::move(name), rng, op);
 }
 
 template <class A, class B, class D, class Op>
 Task Binary(std::string name, Rng& rng, Op op) {
-  struct Images {
-    EImage<A> ai;
-    EROI<A> a;
-    EImage<B> bi;
-    EROI<B> b;
-    EImage<D> di;
-    EROI<D> d;
-    std::vector<unsigned char> fresh;
-  };
-  auto im = std::make_shared<Images>();
-  const int w = 1 + static_cast<int>(rng() % 70), h = 1 + static_cast<int>(rng() % 40);
-  testsupport::PlaceRandom(im->ai, im->a, w, h, rng);
-  testsupport::FillRandom(im->ai, rng);
-  testsupport::PlaceRandom(im->bi, im->b, w, h, rng);
-  testsupport::FillRandom(im->bi, rng);
-  testsupport::PlaceRandom(im->di, im->d, w, h, rng);
-  testsupport::FillRandom(im->di, rng);
-  im->fresh = testsupport::Snapshot(im->di);
-  return {std::move(name),
-          [im, op] {
-            Restore(im->di, im->fresh);
-            op(&im->a, &im->b, &im->d);
-          },
-          [im] { return testsupport::Snapshot(im->di); },
-          {}};
+  return Make<A, B, D>(std::move(name), rng, op);
 }
 
 // A 3x3 kernel of small random integers with rectifier 2: the packed
