@@ -30,5 +30,13 @@ if(DEFINED ENV{WINEDEBUG})
 else()
   set(_mirel_winedebug "-all")
 endif()
+# Wine's Windows folders live in the build tree (tools/windows.sh makes them
+# before the tests run side by side) unless WINEPREFIX names others.
+if(DEFINED ENV{WINEPREFIX})
+  set(_mirel_wineprefix "$ENV{WINEPREFIX}")
+else()
+  set(_mirel_wineprefix "${CMAKE_BINARY_DIR}/wine")
+endif()
 set(CMAKE_CROSSCOMPILING_EMULATOR
-    env "WINEPATH=${_mirel_stdcxx_dir}\\;${_mirel_pthread_dir}" "WINEDEBUG=${_mirel_winedebug}" wine)
+    env "WINEPATH=${_mirel_stdcxx_dir}\\;${_mirel_pthread_dir}" "WINEDEBUG=${_mirel_winedebug}"
+        "WINEPREFIX=${_mirel_wineprefix}" wine)

@@ -1,11 +1,9 @@
 // What only a Windows build has: the library as a DLL that exports its
-// operations, and an entry point that turns off thread notifications.
+// operations, and a per-thread error state without thread notices.
 #if defined(_WIN32)
 
 #include <windows.h>
-#include <winternl.h>
 
-#include <cstring>
 #include <cwchar>
 #include <string>
 #include <thread>
@@ -20,24 +18,6 @@ HMODULE ModuleOf(const void* address) {
   GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                      static_cast<LPCWSTR>(address), &module);
   return module;
-}
-
-// The loader's flags for a module, read from its entry in the process's
-// module list; 0x40000 is set once the module declined thread attach and
-// detach calls.
-constexpr ULONG kNoThreadCalls = 0x40000;
-bool LoaderFlags(HMODULE module, ULONG& flags) {
-  const PEB* peb = NtCurrentTeb()->ProcessEnvironmentBlock;
-  const LIST_ENTRY* head = &peb->Ldr->InMemoryOrderModuleList;
-  for (const LIST_ENTRY* link = head->Flink; link != head; link = link->Flink) {
-    const auto* entry = CONTAINING_RECORD(link, LDR_DATA_TABLE_ENTRY, InMemoryOrderLinks);
-    if (entry->DllBase != module) continue;
-    // The full entry has the base name (16 bytes) behind the full name,
-    // then the flags: the second of the header's three reserved pointers.
-    std::memcpy(&flags, &entry->Reserved5[1], sizeof flags);
-    return true;
-  }
-  return false;
 }
 
 }  // namespace
@@ -55,17 +35,6 @@ TEST(WindowsBuild, OperationsComeFromTheLibraryDll) {
     const wchar_t* name = std::wcsrchr(path, L'\\');
     EXPECT_EQ(std::wcsncmp(name ? name + 1 : path, L"libmirelimage", 13), 0);
   }
-}
-
-TEST(WindowsBuild, LibraryDeclinesThreadNotifications) {
-  const HMODULE library = ModuleOf(reinterpret_cast<const void*>(&EOk));
-  ULONG flags = 0;
-  ASSERT_TRUE(LoaderFlags(library, flags));
-  EXPECT_NE(flags & kNoThreadCalls, 0u);
-  // The test program itself never asked, so the flag tells the two apart.
-  ULONG own = 0;
-  ASSERT_TRUE(LoaderFlags(GetModuleHandleW(nullptr), own));
-  EXPECT_EQ(own & kNoThreadCalls, 0u);
 }
 
 #endif  // !MIREL_STATIC
