@@ -28,10 +28,12 @@ using testsupport::Rng;
 using Pixels = std::vector<std::uint32_t>;  // 0xRRGGBB, row after row
 
 // A w x h memory device context over a top-down 32-bit DIB section and, beside
-// it, an EC24 image of the same pixels for the raster adapter.
+// it, an EC24 image of the same pixels for the raster adapter, red in the
+// component that `order` names.
 class Surfaces {
  public:
-  Surfaces(int w, int h, Rng& rng) : w_(w), h_(h), image_(w, h), raster_(&image_) {
+  Surfaces(int w, int h, Rng& rng, Corvane::ColorOrder order = Corvane::ColorOrder::RedGreenBlue)
+      : w_(w), h_(h), red_(order == Corvane::ColorOrder::BlueGreenRed ? 2 : 0), image_(w, h), raster_(&image_, order) {
     dc_ = CreateCompatibleDC(nullptr);
     BITMAPINFO info{};
     info.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
@@ -48,7 +50,10 @@ class Surfaces {
     for (int y = 0; y < h; ++y)
       for (int x = 0; x < w; ++x) {
         const std::uint32_t p = start[static_cast<size_t>(y) * w + x];
-        image_.SetPixel(EC24(p >> 16 & 255, p >> 8 & 255, p & 255), x, y);
+        EC24 c;
+        c[red_] = static_cast<unsigned char>(p >> 16), c[1] = static_cast<unsigned char>(p >> 8);
+        c[2 - red_] = static_cast<unsigned char>(p);
+        image_.SetPixel(c, x, y);
       }
   }
   ~Surfaces() {
@@ -71,7 +76,7 @@ class Surfaces {
     for (int y = 0; y < h_; ++y)
       for (int x = 0; x < w_; ++x) {
         const EC24 p = image_.GetPixel(x, y);
-        out.push_back(static_cast<std::uint32_t>(p[0]) << 16 | p[1] << 8 | p[2]);
+        out.push_back(static_cast<std::uint32_t>(p[red_]) << 16 | p[1] << 8 | p[2 - red_]);
       }
     return out;
   }
@@ -84,6 +89,7 @@ class Surfaces {
 
  private:
   int w_, h_;
+  int red_;  // the component of the raster image that holds red
   HDC dc_ = nullptr;
   HBITMAP bitmap_ = nullptr;
   HGDIOBJ old_ = nullptr;
@@ -228,17 +234,16 @@ void ExpectImagePixels(Rng& rng, const char* what) {
     EImage<T> image;
     EROI<T> roi;
     RandomRoi(image, roi, 5 + static_cast<int>(rng() % 13), 3 + static_cast<int>(rng() % 7), rng);
-    Surfaces s(48, 36, rng);
+    // Bitmaps hold blue first: so does the raster surface, and both take
+    // a colour image's component 0 as blue.
+    Surfaces s(48, 36, rng, Corvane::ColorOrder::BlueGreenRed);
     ASSERT_TRUE(s.Ready());
-    // Bitmaps hold blue first: the raster surface takes colour images so.
-    s.Raster().SetColorOrder(Corvane::ColorOrder::BlueGreenRed);
     const int x = static_cast<int>(rng() % 20) - 4, y = static_cast<int>(rng() % 14) - 3;
     const float zoom = trial % 2 ? 2.0f : 1.0f;
     s.Both([&](DrawAdapter& t) { t.DrawImage(&roi, x, y, zoom, 0.0f, 1.0, CurrentColor); });
     ASSERT_EQ(s.Gdi(), s.RasterPixels()) << what << " trial " << trial;
     // Blended and tinted: GDI rounds the blend its own way.
-    Surfaces b(48, 36, rng);
-    b.Raster().SetColorOrder(Corvane::ColorOrder::BlueGreenRed);
+    Surfaces b(48, 36, rng, Corvane::ColorOrder::BlueGreenRed);
     b.Both([&](DrawAdapter& t) { t.DrawImage(&roi, x, y, 1.0f, 0.0f, 0.5, DrawColor(255, 128, 0)); });
     const Pixels g = b.Gdi(), r = b.RasterPixels();
     for (size_t i = 0; i < g.size(); ++i)
