@@ -12,10 +12,11 @@ command -v pkg-config >/dev/null || need+=(pkg-config)
 for pkg in libpng-dev libjpeg-dev libtiff-dev; do
   dpkg -s "$pkg" >/dev/null 2>&1 || need+=("$pkg")
 done
-# The Python module and its tests (pybind11 and numpy), unless the build is
+# The Python module and its tests (pybind11, numpy, and dask with its
+# distributed scheduler for the chunked runs), unless the build is
 # asked to leave them out with MIREL_BUILD_PYTHON=OFF in the environment.
 if [ "${MIREL_BUILD_PYTHON:-ON}" != "OFF" ]; then
-  for pkg in pybind11-dev python3-dev python3-numpy python3-pytest; do
+  for pkg in pybind11-dev python3-dev python3-numpy python3-pytest python3-dask python3-distributed; do
     dpkg -s "$pkg" >/dev/null 2>&1 || need+=("$pkg")
   done
 fi

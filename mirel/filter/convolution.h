@@ -35,6 +35,10 @@
 // right of the centre (element 7 of the table is not used there), and on the
 // frame the kernel's Offset selects the rectifier mode while nothing is added.
 //
+// Threads: the packed coefficients of the fixed-point forms are made for
+// each call in storage of its own, so calls on several threads at once give
+// what each gives alone.
+//
 // In place: with src and dst on the same pixels, the 8-bit fixed-point
 // arithmetic gives what a separate destination would. The other arithmetics
 // read the image they write: the rows above and the pixels to the left of a

@@ -5,10 +5,11 @@
 // of the destination misses, the store buffer fills and a streaming loop
 // stalls on each store in turn, whatever its vector width. Asking for the
 // lines of the next destination row before working on the current one keeps
-// those fetches in flight while the current row is computed. On a 2448x2048
-// frame copy, fill and the memory-bound pixelwise operations gain a few
-// percent on a quiet machine and 15 to 30 percent when other cores load the
-// shared cache. A prefetch is only a hint: it never faults, never changes a
+// those fetches in flight while the current row is computed. The plain byte
+// streams (copy, fill, the byte operations, the 8-bit threshold, lookup and
+// gain) do without it: their loops are short enough for the hardware's own
+// stream prefetch, and the hint measured slower on frames already in the
+// cache. A prefetch is only a hint: it never faults, never changes a
 // byte, and a line it brings in stays in the caches for whatever reads the
 // result next (unlike a non-temporal store, which would send it to memory).
 #ifndef MIREL_FOUNDATION_PREFETCH_INTERNAL_H_

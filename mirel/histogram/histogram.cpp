@@ -7,6 +7,7 @@
 #include <new>
 
 #include "mirel/foundation/armed_frame_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/run_walk_internal.h"
 #include "mirel/foundation/untyped_vector.h"
@@ -121,13 +122,9 @@ bool LooksSmooth(const mirel::Rows<const EBW8>& rows) {
 // Above this many pixels the pair table pays for its clearing and summing.
 constexpr long long kPairCounterPixels = 1 << 20;
 
-// Counts the pixels of an EBW8 ROI, or of its runs, into `out` (256 bins,
-// already cleared).
-void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
-  const int runCount = src->GetNumRuns();
-  const mirel::Rows<const EBW8> rows = mirel::RowsOf(src);
-  if (fast && runCount <= 0 && static_cast<long long>(rows.width) * rows.height >= kPairCounterPixels &&
-      LooksSmooth(rows)) {
+// Counts the pixels of rows into `out` (256 bins, added to).
+void CountRows(const mirel::Rows<const EBW8>& rows, unsigned int* out, bool fast) {
+  if (fast && static_cast<long long>(rows.width) * rows.height >= kPairCounterPixels && LooksSmooth(rows)) {
     std::unique_ptr<std::uint32_t[]> table(new (std::nothrow) std::uint32_t[65536]());
     if (table != nullptr) {
       PairCounter pairs(table.get());
@@ -136,6 +133,34 @@ void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
       pairs.Flush(out);
       return;
     }
+  }
+  ByteCounter counter;  // 4 KiB on the stack
+  for (int y = 0; y < rows.height; ++y) {
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(rows.Row(y));
+    if (fast) counter.Add(p, static_cast<std::size_t>(rows.width));
+    else CountBytesPlain(p, static_cast<std::size_t>(rows.width), out);
+  }
+  if (fast) counter.Flush(out);
+}
+
+// Counts the pixels of an EBW8 ROI, or of its runs, into `out` (256 bins,
+// already cleared). Without runs the rows are counted in bands, each into
+// bins of its own, added together afterwards: 32-bit counts that wrap give
+// the same sums in any order.
+void CountBW8(const EROI<EBW8>* src, unsigned int* out, bool fast) {
+  const mirel::Rows<const EBW8> rows = mirel::RowsOf(src);
+  if (src->GetNumRuns() <= 0) {
+    const mirel::Bands bands(rows.height, mirel::RowCost(rows.width, 1.0));
+    std::unique_ptr<unsigned int[]> partial;
+    if (bands.Count() > 1) partial.reset(new (std::nothrow) unsigned int[256 * static_cast<std::size_t>(bands.Count())]());
+    if (partial == nullptr) {
+      CountRows(rows, out, fast);
+      return;
+    }
+    bands.Run([&](int band, int y0, int y1) { CountRows(mirel::Band(rows, y0, y1), partial.get() + 256 * band, fast); });
+    for (int band = 0; band < bands.Count(); ++band)
+      for (int v = 0; v < 256; ++v) out[v] += partial[256 * static_cast<std::size_t>(band) + v];
+    return;
   }
   ByteCounter* counter = nullptr;
   ByteCounter local;  // 4 KiB on the stack

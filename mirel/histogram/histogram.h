@@ -43,7 +43,7 @@
 
 #include "mirel/foundation/untyped_vector.h"
 
-enum IMG_HISTOGRAM_FEATURE {
+enum IMG_HISTOGRAM_FEATURE : int {
   IMG_FEATURE_MAX_COUNT_BIN = 0,  // index of the largest bin (lowest on a tie); 0 when all are 0
   IMG_FEATURE_MAX_COUNT = 1,      // count in the largest bin
   IMG_FEATURE_MIN_COUNT_BIN = 2,  // index of the smallest non-zero bin; 0 when none

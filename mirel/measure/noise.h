@@ -21,7 +21,7 @@
 #include "mirel/foundation/export.h"
 #include "mirel/foundation/image.h"
 
-enum IMG_REFERENCE_NOISE {
+enum IMG_REFERENCE_NOISE : int {
   IMG_REFERENCE_NOISELESS = 0,
   IMG_REFERENCE_INDEPENDENT = 1,
   IMG_REFERENCE_INCLUDES_SOURCE = 2

@@ -10,6 +10,9 @@
 // component, with the border's bytes in reverse order (component 0 gets
 // byte 2, component 2 byte 0).
 //
+// The sorted columns are kept for each call (each band) on its own, so
+// calls on several threads at once give what each gives alone.
+//
 // src and dst may lie on the same pixels: the source is then read from a
 // copy. Errors: 1400 void image, 1403 sizes differ, 1303 memory for the
 // copy. The older form returns 0 or the error code.

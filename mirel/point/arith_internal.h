@@ -31,7 +31,6 @@ using BlockRun = void (*)(const unsigned char* a, const unsigned char* b, unsign
 // the operation has no block form. Picked once per call, run once per row.
 BlockRun PickSse2(int op, int form);
 BlockRun PickAvx2(int op, int form);
-BlockRun PickAvx512(int op, int form);
 #endif
 
 }  // namespace arith

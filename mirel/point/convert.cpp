@@ -1,8 +1,16 @@
 #include "mirel/point/convert.h"
 
+#include <cstddef>
 #include <cstdint>
 
+#include "mirel/foundation/bands_internal.h"
+#include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
+#include "mirel/point/convert_internal.h"
+
+#if defined(MIREL_X86_SIMD)
+#include <emmintrin.h>
+#endif
 
 namespace {
 
@@ -11,17 +19,85 @@ bool CheckSizeThenVoid(mirel::Frame& frame, const EGenericROI* src, const EGener
   return frame.SameSize(src, dst) && frame.NotVoid(src) && frame.NotVoid(dst);
 }
 
+// A vector stretch of a conversion row: converts the first pixels of a row
+// of n with the shift, and returns how many it did (the rest is the scalar
+// formula's).
+template <class SV, class DV>
+using VectorRun = std::size_t (*)(const SV* s, DV* d, std::size_t n, unsigned int shift);
+
+#if defined(MIREL_X86_SIMD)
+// x << shift into 16 bits; a count above 15 gives 0, as the formula does.
+std::size_t WidenSSE2(const unsigned char* s, unsigned short* d, std::size_t n, unsigned int shift) {
+  const __m128i count = _mm_cvtsi32_si128(static_cast<int>(shift));
+  const __m128i zero = _mm_setzero_si128();
+  std::size_t i = 0;
+  for (; i + 16 <= n; i += 16) {
+    const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_sll_epi16(_mm_unpacklo_epi8(x, zero), count));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i + 8), _mm_sll_epi16(_mm_unpackhi_epi8(x, zero), count));
+  }
+  return i;
+}
+
+// The low byte of x >> shift; a count above 15 gives 0.
+std::size_t NarrowSSE2(const unsigned short* s, unsigned char* d, std::size_t n, unsigned int shift) {
+  const __m128i count = _mm_cvtsi32_si128(static_cast<int>(shift));
+  const __m128i low = _mm_set1_epi16(0xFF);
+  std::size_t i = 0;
+  for (; i + 16 <= n; i += 16) {
+    const __m128i a = _mm_and_si128(_mm_srl_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i)), count), low);
+    const __m128i b =
+        _mm_and_si128(_mm_srl_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i + 8)), count), low);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_packus_epi16(a, b));
+  }
+  return i;
+}
+constexpr VectorRun<unsigned char, unsigned short> kWiden = &WidenSSE2;
+constexpr VectorRun<unsigned char, unsigned short> kWidenAVX2 = &mirel::point::WidenAVX2;
+constexpr VectorRun<unsigned short, unsigned char> kNarrow = &NarrowSSE2;
+#else
+constexpr VectorRun<unsigned char, unsigned short> kWiden = nullptr;
+constexpr VectorRun<unsigned char, unsigned short> kWidenAVX2 = nullptr;
+constexpr VectorRun<unsigned short, unsigned char> kNarrow = nullptr;
+#endif
+
+// The vector stretch of a conversion on this call's path, or null; `avx2`
+// may be null where the SSE2 stretch serves that level too.
+template <class SV, class DV>
+VectorRun<SV, DV> PickVector(VectorRun<SV, DV> sse2, VectorRun<SV, DV> avx2 = nullptr) {
+#if defined(MIREL_X86_SIMD)
+  if (EGetMMX() != 0) {
+    const int level = mirel::cpu::ActiveSimdLevel();
+    if (level >= mirel::cpu::kAVX2 && avx2 != nullptr) return avx2;
+    if (level >= mirel::cpu::kSSE2) return sse2;
+  }
+#endif
+  (void)sse2;
+  (void)avx2;
+  return nullptr;
+}
+
+// dst = f(src) on the pixels' plain values, in bands, with a vector stretch
+// at the start of each row when `vector` is given.
 template <class S, class D, class F>
-void Convert(const char* label, const EROI<S>* src, EROI<D>* dst, F f) {
+void Convert(const char* label, const EROI<S>* src, EROI<D>* dst, F f,
+             VectorRun<decltype(S::value), decltype(D::value)> vector = nullptr, unsigned int shift = 0) {
+  using SV = decltype(S::value);
+  using DV = decltype(D::value);
+  static_assert(sizeof(S) == sizeof(SV) && sizeof(D) == sizeof(DV), "pixels are their values");
   mirel::Frame frame(label);
   if (!CheckSizeThenVoid(frame, src, dst)) return;
   const mirel::Rows<const S> s = mirel::RowsOf(src);
   const mirel::Rows<D> d = mirel::RowsOf(dst);
-  for (int y = 0; y < s.height; ++y) {
-    const S* sp = s.Row(y);
-    D* dp = d.Row(y);
-    for (int x = 0; x < s.width; ++x) dp[x] = f(sp[x]);
-  }
+  const std::size_t w = static_cast<std::size_t>(s.width);
+  mirel::RowwiseBands(dst, {src}, static_cast<double>(sizeof(S) + sizeof(D)), [&, f](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const SV* sp = &s.Row(y)->value;
+      DV* dp = &d.Row(y)->value;
+      std::size_t x = vector != nullptr ? vector(sp, dp, w, shift) : 0;
+      for (; x < w; ++x) dp[x] = f(sp[x]);
+    }
+  });
 }
 
 }  // namespace
@@ -29,40 +105,42 @@ void Convert(const char* label, const EROI<S>* src, EROI<D>* dst, F f) {
 void ImgConvert(const EROI<EBW16>* src, EROI<EBW8>* dst, unsigned int shift) {
   const unsigned int n = shift & 31u;
   Convert("ImgConvert ( BW16 to BW8)", src, dst,
-          [n](EBW16 p) { return EBW8(static_cast<unsigned char>(static_cast<std::uint32_t>(p.value) >> n)); });
+          [n](unsigned short p) { return static_cast<unsigned char>(static_cast<std::uint32_t>(p) >> n); },
+          PickVector<unsigned short, unsigned char>(kNarrow), n);
 }
 
 void ImgConvert(const EROI<EBW32>* src, EROI<EBW8>* dst, unsigned int shift) {
   const unsigned int n = shift & 31u;
   Convert("ImgConvert ( BW32 to BW8)", src, dst,
-          [n](EBW32 p) { return EBW8(static_cast<unsigned char>(p.value >> n)); });
+          [n](std::uint32_t p) { return static_cast<unsigned char>(p >> n); });
 }
 
 void ImgConvert(const EROI<EBW32>* src, EROI<EBW16>* dst, unsigned int shift) {
   const unsigned int n = shift & 31u;
   Convert("ImgConvert ( BW32 to BW16)", src, dst,
-          [n](EBW32 p) { return EBW16(static_cast<unsigned short>(p.value >> n)); });
+          [n](std::uint32_t p) { return static_cast<unsigned short>(p >> n); });
 }
 
 void ImgConvert(const EROI<EBW8>* src, EROI<EBW16>* dst, unsigned int shift) {
   const unsigned int n = shift & 31u;
   Convert("ImgConvert ( BW8 to BW16)", src, dst,
-          [n](EBW8 p) { return EBW16(static_cast<unsigned short>(static_cast<std::uint32_t>(p.value) << n)); });
+          [n](unsigned char p) { return static_cast<unsigned short>(static_cast<std::uint32_t>(p) << n); },
+          PickVector<unsigned char, unsigned short>(kWiden, kWidenAVX2), n);
 }
 
 void ImgConvert(const EROI<EBW8>* src, EROI<EBW32>* dst, unsigned int shift) {
   const unsigned int n = shift & 31u;
   Convert("ImgConvert ( BW8 to BW32)", src, dst,
-          [n](EBW8 p) { return EBW32(static_cast<std::uint32_t>(p.value) << n); });
+          [n](unsigned char p) { return static_cast<std::uint32_t>(p) << n; });
 }
 
 void ImgConvert(const EROI<EBW16>* src, EROI<EBW32>* dst, unsigned int shift) {
   const unsigned int n = shift & 31u;
   Convert("ImgConvert ( BW16 to BW32)", src, dst,
-          [n](EBW16 p) { return EBW32(static_cast<std::uint32_t>(p.value) << n); });
+          [n](unsigned short p) { return static_cast<std::uint32_t>(p) << n; });
 }
 
 void ImgConvertTo422(const EROI<EBW8>* src, EROI<EBW16>* dst) {
   Convert("ImgConvertTo422 ( BW8 to BW16)", src, dst,
-          [](EBW8 p) { return EBW16(static_cast<unsigned short>(0x8000u + p.value)); });
+          [](unsigned char p) { return static_cast<unsigned short>(0x8000u + p); });
 }

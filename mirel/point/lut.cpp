@@ -209,7 +209,6 @@ void ImgGainOffset(const EROI<EBW8>* src, EROI<EBW8>* dst, float gain, float off
     for (int y = y0; y < y1; ++y) {
       const unsigned char* sp = reinterpret_cast<const unsigned char*>(s.Row(y));
       unsigned char* dp = reinterpret_cast<unsigned char*>(d.Row(y));
-      mirel::PrefetchRowForWrite(d, y + 1, width);
       // Head up to an 8-byte aligned destination, 8-byte blocks, tail: the
       // blocks take the 16-bit formula, head and tail the table.
       const std::size_t head = static_cast<std::size_t>((0u - reinterpret_cast<std::uintptr_t>(dp)) & 7u);

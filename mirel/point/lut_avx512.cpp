@@ -32,7 +32,6 @@ MIREL_TARGET_VBMI void LutRowsVbmi(const Rows<const EBW8>& src, const Rows<EBW8>
   for (int y = 0; y < src.height; ++y) {
     const unsigned char* s = reinterpret_cast<const unsigned char*>(src.Row(y));
     unsigned char* d = reinterpret_cast<unsigned char*>(dst.Row(y));
-    PrefetchRowForWrite(dst, y + 1, n);
     std::size_t i = 0;
     for (; i + 128 <= n; i += 128) {
       const __m512i x0 = _mm512_loadu_si512(s + i);

@@ -7,7 +7,6 @@
 #include <cstdint>
 
 #include "mirel/foundation/frame_internal.h"
-#include "mirel/foundation/prefetch_internal.h"
 
 namespace mirel {
 namespace point {

@@ -29,7 +29,6 @@ void Run(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const Levels& level
   for (int y = 0; y < src.height; ++y) {
     const unsigned char* s = reinterpret_cast<const unsigned char*>(src.Row(y));
     unsigned char* d = reinterpret_cast<unsigned char*>(dst.Row(y));
-    PrefetchRowForWrite(dst, y + 1, static_cast<std::size_t>(w));
     int x = 0;
     for (; x + 64 <= w; x += 64) {
       const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + x));

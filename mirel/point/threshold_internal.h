@@ -4,7 +4,6 @@
 
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/pixel.h"
-#include "mirel/foundation/prefetch_internal.h"
 
 namespace mirel {
 namespace thr {

@@ -25,6 +25,9 @@ issued as :class:`mirel.Warning`.
 reach, the margin of source pixels around a block of the result that the
 operation reads (``mirel.reach(name, *args, **kwargs)``; None when the result
 depends on the whole image).
+
+``mirel.dask`` (imported on its own; it needs dask) runs the operations
+that have a reach on dask arrays, chunk by chunk, with the bytes of one call.
 """
 
 from typing import Any, Callable, Dict, NamedTuple, Optional, Tuple

@@ -155,14 +155,15 @@ struct FillAccepts {
   static constexpr bool value = std::is_invocable<decltype(kCopy), T, EROI<T>*>::value;
 };
 
-// A fixed threshold reaches no neighbour; a mode reads the whole histogram.
+// A fixed threshold reaches no neighbour, nor does the non-zero test of
+// to_bits without one; a mode reads the whole histogram.
 py::object ThresholdReach() {
   return Registry::ReachOf(
       [](const py::object& t, const py::args&, const py::kwargs&) -> py::object {
-        if (py::isinstance<py::str>(t) || ThresholdValue(t) > 65535) return py::none();
+        if (!t.is_none() && (py::isinstance<py::str>(t) || ThresholdValue(t) > 65535)) return py::none();
         return py::make_tuple(0, 0);
       },
-      py::arg("threshold"));
+      py::arg("threshold") = py::none());
 }
 
 // Conversion calls: grey depths take a shift, bits an "on" value, the rest

@@ -285,6 +285,39 @@ std::vector<Case> Cases() {
       ImgTransform(s, d, [](EBW8 p) { return EBW8(static_cast<unsigned char>(p.value * 3)); }, 1);
     });
   });
+
+  // Depth conversions.
+  add("Convert BW16 to BW8", [](Rng& r) {
+    const unsigned shift = r() % 12;
+    return Unary<EBW16, EBW8>(r, [shift](auto s, auto d) { ImgConvert(s, d, shift); });
+  });
+  add("Convert BW8 to BW32", [](Rng& r) {
+    const unsigned shift = r() % 30;
+    return Unary<EBW8, EBW32>(r, [shift](auto s, auto d) { ImgConvert(s, d, shift); });
+  });
+  add("ConvertTo422", [](Rng& r) { return Unary<EBW8, EBW16>(r, [](auto s, auto d) { ImgConvertTo422(s, d); }); });
+
+  // Histograms counted in bands and merged; a large smooth image takes the
+  // pair counter on one thread and byte counters in bands.
+  auto histogram = [](const EROI<EBW8>* src) {
+    EBWHistogramVector bins;
+    ImgHistogram(src, &bins);
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(bins.GetDataPtr());
+    return Result{std::vector<unsigned char>(p, p + bins.GetNumElements() * sizeof(unsigned int)), EGetError(),
+                  EGetErrorTrace()};
+  };
+  add("Histogram BW8", [histogram](Rng& r) {
+    Placed<EBW8> src(r, Width(r), Height(r));
+    return histogram(&src.roi);
+  });
+  add("Histogram BW8 smooth", [histogram](Rng& r) {
+    EImage<EBW8> image(1040, 1024);
+    const int phase = static_cast<int>(r() % 64);
+    for (int y = 0; y < image.GetHeight(); ++y)
+      for (int x = 0; x < image.GetWidth(); ++x)
+        image.GetImagePtr(x, y)->value = static_cast<unsigned char>((x + y + phase) / 9 + (x * y) % 3);
+    return histogram(&image);
+  });
   return cases;
 }
 

@@ -245,17 +245,17 @@ void SameTypeForms(uint32_t seed, const std::string& n, const char* unary_label)
     const Bytes sa = testsupport::Snapshot(a.image), sb = testsupport::Snapshot(b.image);
     if (op == 34 && !colour) {
       // The byte form reads its rows as triples, reaching up to two bytes
-      // behind the row but never past an image's last pixel (bytes there
-      // read as 0 and are not written): model them from the images' own
-      // buffers.
+      // behind the row but never past the last pixel of any of the three
+      // images (bytes there are neither read nor written, those of `b`
+      // count as 0): model them from the images' own buffers.
       model = [&](Bytes& e) {
-        const auto get = [](const Bytes& s, size_t o, size_t end) { return o < end ? s[o] : 0; };
         for (int y = 0; y < h; ++y)
           for (int i = 0; i < w; i += 3) {
             const size_t oa = a.Off(0, y) + i, ob = b.Off(0, y) + i, od = out.Off(0, y) + i;
-            const bool any = get(sb, ob, b.End()) || get(sb, ob + 1, b.End()) || get(sb, ob + 2, b.End());
-            for (int k = 0; k < 3; ++k)
-              if (od + k < out.End()) e[od + k] = any ? get(sb, ob + k, b.End()) : get(sa, oa + k, a.End());
+            const size_t n = std::min<size_t>({3, a.End() - oa, b.End() - ob, out.End() - od});
+            bool any = false;
+            for (size_t k = 0; k < n; ++k) any = any || sb[ob + k];
+            for (size_t k = 0; k < n; ++k) e[od + k] = any ? sb[ob + k] : sa[oa + k];
           }
       };
     }

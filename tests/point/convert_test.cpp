@@ -28,6 +28,25 @@ TEST(ConvertDepth, EveryPairOnRandomRois) {
   }
 }
 
+// The widening and narrowing conversions run vector blocks with a scalar
+// rest: every width from 1 across several blocks, at random ROI origins.
+TEST(ConvertDepth, VectorBlocksAtEveryWidth) {
+  Rng rng(23);
+  for (int width = 1; width <= 80; ++width) {
+    const unsigned int shift = rng() % 20;
+    pointtest::RoiPair<EBW8, EBW16> widen(width, 2, rng);
+    widen.ExpectOnEveryPath([&] { ImgConvert(&widen.src, &widen.dst, shift); },
+                            [&](int x, int y) {
+                              return EBW16(static_cast<uint16_t>(uint32_t{widen.src.GetPixel(x, y).value} << shift));
+                            },
+                            "widen " + std::to_string(width));
+    pointtest::RoiPair<EBW16, EBW8> narrow(width, 2, rng);
+    narrow.ExpectOnEveryPath([&] { ImgConvert(&narrow.src, &narrow.dst, shift); },
+                             [&](int x, int y) { return EBW8(static_cast<uint8_t>(narrow.src.GetPixel(x, y).value >> shift)); },
+                             "narrow " + std::to_string(width));
+  }
+}
+
 // The packed 4:2:2 word: the grey byte, then 128.
 TEST(ConvertDepth, To422) {
   Rng rng(22);

@@ -51,6 +51,19 @@ void SingleAndDoubleMatchModel(uint32_t seed, int iters, unsigned int range) {
 TEST(Threshold, SingleAndDoubleMatchModelOnEveryPath) { SingleAndDoubleMatchModel<EBW8>(1, 150, 256); }
 TEST(Threshold16, SingleAndDoubleMatchModelOnEveryPath) { SingleAndDoubleMatchModel<EBW16>(12, 40, 65536); }
 
+// The vector loops end each row with a shorter block or a masked one: every
+// width from 1 across several 64-pixel blocks, at random ROI origins.
+TEST(Threshold, EveryWidthOnEveryPath) {
+  Rng rng(5);
+  for (int width = 1; width <= 140; ++width) {
+    RoiPair<EBW8, EBW8> p(width, 2, rng);
+    const unsigned int t = rng() % 256;
+    p.ExpectOnEveryPath([&] { ImgThreshold(&p.src, &p.dst, t, 3, 250, 0.f); },
+                        [&](int x, int y) { return EBW8(p.src.GetPixel(x, y).value >= t ? 250 : 3); },
+                        "width " + std::to_string(width));
+  }
+}
+
 TEST(Threshold, Worked) {
   EImage<EBW8> src(32, 1), dst(32, 1);
   for (int x = 0; x < 32; ++x) src.GetImagePtr(x, 0)->value = static_cast<unsigned char>(x * 8);

@@ -183,7 +183,7 @@ struct Operation {
 #define MIREL_CLI_OP(name, help, size, body, ...)                                                             \
   Operation {                                                                                                  \
     name, help, {__VA_ARGS__}, [](Picture& p, const std::string& out, const Args& a) {                         \
-      auto op = [&a](auto* s, auto* d) -> decltype(body) { return body; };                                     \
+      auto op = [&](auto* s, auto* d) -> decltype(body) { return body; };                                     \
       (void)a;                                                                                                 \
       switch (p.type) {                                                                                        \
         case E_IMAGE_TYPE_BW16: return Apply(p.bw16, out, a, size, op, name);                                   \

@@ -1,24 +1,28 @@
 #!/usr/bin/env bash
 # Bounded fuzz runs: vector file loading, then every exported operation.
-# Builds the libFuzzer targets with AddressSanitizer and UndefinedBehavior-
-# Sanitizer in their own build directory (build-fuzz) and runs each for
-# about a minute on its seed corpus. Skipped when clang is missing.
+# Usage: tools/fuzz/run.sh [build-dir]
+# Runs the libFuzzer targets of a build made by tools/sanitize.sh when given
+# its directory (CI does so: one sanitizer build serves the tests and the
+# fuzzers); otherwise builds them with clang, AddressSanitizer and
+# UndefinedBehaviorSanitizer in build-fuzz. Each target runs for about a
+# minute on its seed corpus. Skipped when clang or libFuzzer is missing.
 # A longer local run of the operations (FUZZ_OPS_SECONDS=1800, say) is the
 # robustness worker's command; see the README.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-if ! command -v clang++ >/dev/null 2>&1; then
-  echo "fuzz run skipped: clang++ not found"
-  exit 0
+build="${1:-build-fuzz}"
+if [ ! -f "$build/CMakeCache.txt" ]; then
+  if ! command -v clang++ >/dev/null 2>&1; then
+    echo "fuzz run skipped: clang++ not found"
+    exit 0
+  fi
+  flags="-fsanitize=address,undefined,fuzzer-no-link -fno-omit-frame-pointer -fno-sanitize-recover=undefined"
+  CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_SHARED_LIBS=OFF \
+    -DMIREL_BUILD_TESTS=OFF -DMIREL_BUILD_BENCH=OFF -DMIREL_BUILD_EXAMPLES=OFF -DMIREL_BUILD_FUZZ=ON \
+    -DMIREL_BUILD_PYTHON=OFF -DMIREL_BUILD_CLI=OFF -DCMAKE_CXX_FLAGS="$flags" \
+    -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=address,undefined" >/dev/null
 fi
-
-build=build-fuzz
-flags="-fsanitize=address,undefined,fuzzer-no-link -fno-omit-frame-pointer -fno-sanitize-recover=undefined"
-CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DBUILD_SHARED_LIBS=OFF \
-  -DMIREL_BUILD_TESTS=OFF -DMIREL_BUILD_BENCH=OFF -DMIREL_BUILD_EXAMPLES=OFF -DMIREL_BUILD_FUZZ=ON \
-  -DCMAKE_CXX_FLAGS="$flags" \
-  -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=address,undefined" >/dev/null
 if ! grep -q '^MIREL_HAVE_LIBFUZZER:INTERNAL=1' "$build/CMakeCache.txt"; then
   echo "fuzz run skipped: libFuzzer not available to clang++"
   exit 0
