@@ -155,6 +155,36 @@ std::vector<Case> Cases() {
     });
   }
 
+  // Sliding box sums of any window, and the local deviation.
+  auto half = [](Rng& r) { return static_cast<unsigned>(r() % 2 ? r() % 9 : r() % 70); };
+  add("ConvolUniform BW8", [half](Rng& r) {
+    const unsigned hx = 2 + half(r), hy = half(r);
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgConvolUniform(s, d, hx, hy); });
+  });
+  add("LocalAverage BW16", [half](Rng& r) {
+    const unsigned hx = half(r), hy = 2 + half(r);
+    return Unary<EBW16>(r, [=](auto s, auto d) { ImgLocalAverage(s, d, hx, hy); });
+  });
+  add("ConvolUniform overlapping", [half](Rng& r) {
+    const unsigned hx = 2 + half(r), hy = 2 + half(r);
+    return Shared<EBW8>(r, true, [=](auto s, auto d) { ImgConvolUniform(s, d, hx, hy); });
+  });
+  add("LocalDeviation BW8", [half](Rng& r) {
+    const unsigned hx = half(r);
+    const int hy = static_cast<int>(half(r));
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgLocalDeviation(s, d, hx, hy); });
+  });
+  add("LocalDeviation BW16 overlapping", [half](Rng& r) {
+    const unsigned hx = half(r);
+    const int hy = static_cast<int>(half(r));
+    return Shared<EBW16>(r, true, [=](auto s, auto d) { ImgLocalDeviation(s, d, hx, hy); });
+  });
+  add("LocalDeviation BW16", [half](Rng& r) {
+    const unsigned hx = half(r);
+    const int hy = static_cast<int>(half(r));
+    return Unary<EBW16>(r, [=](auto s, auto d) { ImgLocalDeviation(s, d, hx, hy); });
+  });
+
   // Medians.
   add("Median BW8", [](Rng& r) { return Unary<EBW8>(r, [](auto s, auto d) { ImgMedian(s, d); }); });
   add("Median BW16", [](Rng& r) { return Unary<EBW16>(r, [](auto s, auto d) { ImgMedian(s, d); }); });
