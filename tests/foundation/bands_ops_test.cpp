@@ -3,6 +3,7 @@
 // on random images with random ROI geometry (heights from 1, so that bands
 // of one row occur) and on the scalar and the best path.
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -183,6 +184,27 @@ std::vector<Case> Cases() {
     const unsigned hx = half(r);
     const int hy = static_cast<int>(half(r));
     return Unary<EBW16>(r, [=](auto s, auto d) { ImgLocalDeviation(s, d, hx, hy); });
+  });
+
+  // Gradients: pairs of differences, and their lookup in a random table.
+  add("GradientVector BW8", [](Rng& r) {
+    return Unary<EBW8, EBW32>(r, [](auto s, auto d) { ImgGradientVector(s, d); });
+  });
+  add("GradientVector BW16", [](Rng& r) {
+    return Unary<EBW16, EBW32>(r, [](auto s, auto d) { ImgGradientVector(s, d); });
+  });
+  auto table = std::make_shared<EImage<EBW8>>(512, 512);
+  add("GradientScalar BW8", [table](Rng& r) {
+    testsupport::FillRandom(*table, r);
+    return Unary<EBW8>(r, [table](auto s, auto d) { ImgGradientScalar(s, d, table.get()); });
+  });
+  add("GradientScalar BW8 in place", [table](Rng& r) {
+    testsupport::FillRandom(*table, r);
+    return Shared<EBW8>(r, false, [table](auto s, auto d) { ImgGradientScalar(s, d, table.get()); });
+  });
+  add("GradientScalar BW32 pairs", [table](Rng& r) {
+    testsupport::FillRandom(*table, r);
+    return Unary<EBW32, EBW8>(r, [table](auto s, auto d) { ImgGradientScalar(s, d, table.get()); });
   });
 
   // Medians.
