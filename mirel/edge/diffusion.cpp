@@ -18,6 +18,7 @@
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/point/arith.h"
+#include "mirel/foundation/float_math_internal.h"
 
 namespace mirel {
 namespace edge {
@@ -27,7 +28,7 @@ float ConductionFactor(int number, int g, int k) {
   const int k2 = k * k, g2 = g * g;
   switch (number) {
     case 1: return 1.0f / static_cast<float>(g2 / k2 + 1);
-    case 2: return std::exp(-static_cast<float>(g2) / static_cast<float>(k2));
+    case 2: return mirel::Exp(-static_cast<float>(g2) / static_cast<float>(k2));
     case 3: {
       if (std::abs(g) > k) return 0.0f;
       const float r = 1.0f - static_cast<float>(g2) / static_cast<float>(k2);

@@ -22,6 +22,7 @@
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/prefetch_internal.h"
+#include "mirel/foundation/float_math_internal.h"
 
 namespace mirel {
 namespace edge {
@@ -96,9 +97,9 @@ void Rotations(int n, float step, std::vector<float>& wr, std::vector<float>& wi
   wi.assign(wr.size(), 0.0f);
   for (int m = 1; m < n; m *= 2) {
     const float fm = static_cast<float>(m);
-    const float h = std::sin(-1.5707964f / fm);
+    const float h = mirel::Sin(-1.5707964f / fm);
     const float c = 1.0f + -2.0f * (h * h);
-    const float d = std::sin(step / fm);
+    const float d = mirel::Sin(step / fm);
     float r = 1.0f, i = 0.0f;
     for (int j = 0; j < m; ++j) {
       wr[static_cast<size_t>(m - 1 + j)] = r;
@@ -209,7 +210,7 @@ bool PowerOfTwo(int n) { return n > 0 && (n & (n - 1)) == 0; }
 void SlowTable(int n, std::vector<EComplex64>& table) {
   table.resize(static_cast<size_t>(n));
   const float a = -6.2831855f / static_cast<float>(n);
-  const float c = std::cos(a), s = std::sin(a);
+  const float c = mirel::Cos(a), s = mirel::Sin(a);
   float wr = 1.0f, wi = 0.0f;
   for (int k = 0; k < n; ++k) {
     table[static_cast<size_t>(k)] = EComplex64(wr, wi);
@@ -287,7 +288,7 @@ struct ModulusArgs {
 inline float Modulus(const EComplex64& c) { return std::sqrt(c.re * c.re + c.im * c.im); }
 
 inline EBW8 ModulusByte(float m, const ModulusArgs& a) {
-  if (a.logarithmic != 0) m = std::log(m + 1.0f) * a.logScale;
+  if (a.logarithmic != 0) m = mirel::Log(m + 1.0f) * a.logScale;
   return CapByte(m);
 }
 
@@ -322,7 +323,7 @@ void ArgumentRows(const Rows<const EComplex64>& s, const Rows<EBW8>& d, int y0, 
     for (int x = 0; x < s.width; ++x) {
       float t = 0.0f;
       if (in[x].re != 0.0f || in[x].im != 0.0f) {
-        t = std::atan2(in[x].im, in[x].re) * 0.15915494f;
+        t = mirel::Atan2(in[x].im, in[x].re) * 0.15915494f;
         if (t < 0.0f) t += 1.0f;
       }
       out[x] = CapByte(t * 256.0f);

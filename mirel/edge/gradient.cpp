@@ -21,6 +21,7 @@
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/runtime.h"
+#include "mirel/foundation/float_math_internal.h"
 
 namespace mirel {
 namespace edge {
@@ -314,7 +315,7 @@ void ImgArgumentImage(EImage<EBW8>* lookup, EBW8 origin, float period) {
   const float base = static_cast<float>(origin.value) + 256.5f;
   edge::FillTable(lookup, 256, [k, base](int x, int y) {
     if (x == 0 && y == 0) return EBW8(0);
-    const float a = std::atan2(static_cast<float>(y), static_cast<float>(x));
+    const float a = mirel::Atan2(static_cast<float>(y), static_cast<float>(x));
     return EBW8(static_cast<unsigned char>(mirel::filter::TruncToInt32(a * k + base) & 255));
   });
 }

@@ -17,6 +17,7 @@
 #include "mirel/foundation/runtime.h"
 #include "mirel/geometry/affine_internal.h"
 #include "mirel/point/arith.h"
+#include "mirel/foundation/float_math_internal.h"
 
 namespace mirel {
 namespace geometry {
@@ -378,7 +379,7 @@ void Transform16(const EROI<EBW16>* src, EROI<EBW16>* dst, const Steps& st, int 
 // source pivot on the destination pivot.
 void ScaleRotateMap(float px, float py, float qx, float qy, float sx, float sy, float angle, float k[6]) {
   const float t = EToRadians(angle);
-  const float ct = std::cos(t), st = std::sin(t);
+  const float ct = mirel::Cos(t), st = mirel::Sin(t);
   const float a = sx * ct, b = sy * st, d = -sx * st, e = sy * ct;
   const float c = qx - (a * px + b * py);
   const float f = qy - (d * px + e * py);

@@ -16,6 +16,7 @@
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/geometry/temporal_average_internal.h"
+#include "mirel/foundation/float_math_internal.h"
 
 namespace mirel {
 namespace geometry {
@@ -230,7 +231,7 @@ void ImgSetRecursiveAverageLUT(EBW16Vector* lut, float reduction, float width) {
     // tanh(i / W) = (e - 1) / (e + 1) with e = exp(2 i / W) as a running
     // product; once e passes the range of a float the tangent is 1.
     const float w16 = 16.0f * width, k = (1.0f - r2) / (1.0f + r2);
-    const float factor = std::exp(2.0f / w16);
+    const float factor = mirel::Exp(2.0f / w16);
     float e = 1.0f;
     for (int i = 0; i <= kTableCentre; ++i) {
       const float th = std::isinf(e) ? 1.0f : (e - 1.0f) / (e + 1.0f);

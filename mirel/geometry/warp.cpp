@@ -11,6 +11,7 @@
 #include "mirel/foundation/color_route_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/runtime.h"
+#include "mirel/foundation/float_math_internal.h"
 
 namespace {
 
@@ -114,7 +115,7 @@ void ImgSetCircleWarp(float centreX, float centreY, int height, float lastRowRad
   for (int i = 0; i < width; ++i) {
     const float t = (static_cast<float>(width - 1 - i) * first + static_cast<float>(i) * last) /
                     static_cast<float>(width - 1);
-    const float c = std::cos(t), s = std::sin(t);
+    const float c = mirel::Cos(t), s = mirel::Sin(t);
     const float firstRowX = c * firstRowRadius + centreX, lastRowX = c * lastRowRadius + centreX;
     const float firstRowY = s * firstRowRadius + centreY, lastRowY = s * lastRowRadius + centreY;
     float a = 0.0f, b = 1.0f;

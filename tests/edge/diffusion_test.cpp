@@ -3,6 +3,7 @@
 // factors' worked values; refusals.
 #include <cmath>
 
+#include "mirel/foundation/float_math_internal.h"
 #include "edge_model.h"
 #include "mirel/edge/diffusion_internal.h"
 
@@ -42,7 +43,7 @@ Img ModelPass(const Img& p) {
   const int kk = static_cast<uint8_t>(k);
   auto c = [&](long long g) {
     if (kk == 0) return g == 0 ? 1.0f : 0.0f;
-    return std::exp(-static_cast<float>(g * g) / static_cast<float>(kk * kk));
+    return mirel::Exp(-static_cast<float>(g * g) / static_cast<float>(kk * kk));
   };
   Img q(p.w, p.h);
   for (int y = 0; y < p.h; ++y)

@@ -6,6 +6,7 @@
 #include <complex>
 #include <cstring>
 
+#include "mirel/foundation/float_math_internal.h"
 #include "edge_model.h"
 
 namespace {
@@ -37,8 +38,8 @@ void ModelFft(std::complex<float>* a, int n, int stride, float step) {
     j |= k;
   }
   for (int m = 1; m < n; m *= 2) {
-    const float h = std::sin(-1.5707964f / static_cast<float>(m));
-    const float c = 1.0f + -2.0f * (h * h), d = std::sin(step / static_cast<float>(m));
+    const float h = mirel::Sin(-1.5707964f / static_cast<float>(m));
+    const float c = 1.0f + -2.0f * (h * h), d = mirel::Sin(step / static_cast<float>(m));
     float wr = 1.0f, wi = 0.0f;
     for (int j = 0; j < m; ++j) {
       for (int i = j; i < n; i += 2 * m) {
@@ -223,11 +224,11 @@ TEST(ComplexImages, ModulusRescaledModulusAndArgumentMatchTheirModels) {
       for (int x = 0; x < w; ++x) {
         const EComplex64 c = s.GetImagePtr(0, y)[x];
         const float m = std::sqrt(c.re * c.re + c.im * c.im);
-        auto finish = [&](float v) { return Cap(logarithmic ? std::log(v + 1.0f) * logScale : v); };
+        auto finish = [&](float v) { return Cap(logarithmic ? mirel::Log(v + 1.0f) * logScale : v); };
         mod.at(x, y) = finish(m * scale);
         const float dx = x - cx, dy = y - cy;
         res.at(x, y) = x < h ? finish(m * (dx * dx + dy * dy) * q) : 0x5A;
-        float t = c.re == 0 && c.im == 0 ? 0.0f : std::atan2(c.im, c.re) * 0.15915494f;
+        float t = c.re == 0 && c.im == 0 ? 0.0f : mirel::Atan2(c.im, c.re) * 0.15915494f;
         if (t < 0) t += 1.0f;
         arg.at(x, y) = Cap(t * 256.0f);
       }
