@@ -16,6 +16,7 @@
 
 #include "mirel/edge/gradient_internal.h"
 #include "mirel/filter/convolution_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
@@ -176,13 +177,34 @@ void PairLookupRows(const Rows<const EBW32>& s, const Rows<L>& d, const T& table
   }
 }
 
+// Calls rows(y0, y1) over bands of dst's rows for a worker that reads a
+// window of src rows and, when given, a lookup table: one band when dst
+// shares pixels with either, since a band would then read another's output.
+template <class F>
+void WindowBands(const EGenericROI* src, const EGenericROI* dst, const EGenericROI* lookup, double unitsPerPixel,
+                 F&& rows) {
+  const bool apart = !Overlap(src, dst) && (lookup == nullptr || !Overlap(lookup, dst));
+  RunBands(dst->GetHeight(), apart ? RowCost(dst->GetWidth(), unitsPerPixel) : kOneBand, rows);
+}
+
 template <class P>
 void GradientVector(const char* label, const EROI<P>* src, EROI<EBW32>* dst, bool fast) {
   Frame frame(label);
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst)) return;
   const auto blocks = Depth<P>::Blocks(ActiveEdgeRows(fast));
   const Rows<const P> s = RowsOf(src);
-  PairRows<P>(s, RowsOf(dst), 0, s.height, blocks);
+  const Rows<EBW32> d = RowsOf(dst);
+  WindowBands(src, dst, nullptr, 3.0 * sizeof(P) + 4.0, [&](int y0, int y1) { PairRows<P>(s, d, y0, y1, blocks); });
+}
+
+// The pixelwise lookup of stored pairs in bands.
+template <class L, class T>
+void PairLookupBands(const EROI<EBW32>* src, EROI<L>* dst, const EROI<L>* lookup, const T& table) {
+  const Rows<const EBW32> s = RowsOf(src);
+  const Rows<L> d = RowsOf(dst);
+  const bool apart = RowsIndependent(src, dst) && !Overlap(lookup, dst);
+  RunBands(s.height, apart ? RowCost(s.width, 6.0) : kOneBand,
+           [&](int y0, int y1) { PairLookupRows(s, d, table, y0, y1); });
 }
 
 // The checks of a lookup: the sources and dst are not void, dst has the
@@ -246,31 +268,32 @@ void ImgGradientScalar(const EROI<EBW8>* src, EROI<EBW8>* dst, const EROI<EBW8>*
   Frame frame("ImgGradientScalar");
   if (!edge::CheckLookup(frame, src, dst, lookup, 256)) return;
   const auto s = RowsOf(src);
+  const auto d = RowsOf(dst);
   const edge::ByteTable table(edge::TableOf(lookup, 256));
-  edge::GreyLookupRows(s, RowsOf(dst), table, 0, s.height,
-                       edge::ActiveEdgeRows(mmx != 0).bw8);
+  const auto blocks = edge::ActiveEdgeRows(mmx != 0).bw8;
+  edge::WindowBands(src, dst, lookup, 6.0, [&](int y0, int y1) { edge::GreyLookupRows(s, d, table, y0, y1, blocks); });
 }
 
 void ImgGradientScalar(const EROI<EBW32>* src, EROI<EBW8>* dst, const EROI<EBW8>* lookup) {
   Frame frame("ImgGradientScalar");
   if (!edge::CheckLookup(frame, src, dst, lookup, 256)) return;
-  const auto s = RowsOf(src);
   const edge::ByteTable table(edge::TableOf(lookup, 256));
-  edge::PairLookupRows(s, RowsOf(dst), table, 0, s.height);
+  edge::PairLookupBands(src, dst, lookup, table);
 }
 
 void ImgGradientScalar(const EROI<EBW16>* src, EROI<EBW16>* dst, const EROI<EBW16>* lookup) {
   Frame frame("ImgGradientScalar (BW16)");
   if (!edge::CheckLookup(frame, src, dst, lookup, 65536)) return;
   const auto s = RowsOf(src);
-  edge::GreyLookupRows16(s, RowsOf(dst), edge::TableOf(lookup, 65536), 0, s.height);
+  const auto d = RowsOf(dst);
+  const auto table = edge::TableOf(lookup, 65536);
+  edge::WindowBands(src, dst, lookup, 8.0, [&](int y0, int y1) { edge::GreyLookupRows16(s, d, table, y0, y1); });
 }
 
 void ImgGradientScalar(const EROI<EBW32>* src, EROI<EBW16>* dst, const EROI<EBW16>* lookup) {
   Frame frame("ImgGradientScalar (BW16)");
   if (!edge::CheckLookup(frame, src, dst, lookup, 65536)) return;
-  const auto s = RowsOf(src);
-  edge::PairLookupRows(s, RowsOf(dst), edge::TableOf(lookup, 65536), 0, s.height);
+  edge::PairLookupBands(src, dst, lookup, edge::TableOf(lookup, 65536));
 }
 
 void ImgModulusImage(EImage<EBW8>* lookup, float scale) {

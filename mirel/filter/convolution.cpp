@@ -10,9 +10,12 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "mirel/filter/alloc_internal.h"
 #include "mirel/filter/convolution_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
@@ -129,6 +132,12 @@ void SingleTaps(const Window& w, const std::int32_t* coef, Window& out, std::int
 
 // ---------------------------------------------------------------- fixed point
 
+// The band runner's cost of a row of `width` pixels under a window of
+// `taps` taps.
+inline double KernelRowCost(int width, int taps, std::size_t pixelBytes) {
+  return RowCost(width, (2.0 + taps / 2.0) * static_cast<double>(pixelBytes));
+}
+
 // How a window sum becomes a pixel.
 struct FixedArith {
   std::uint32_t offset;  // added to the sum, before the shift
@@ -204,15 +213,15 @@ void PrepareBlockJob(const Window& w, const std::int32_t* coef, const FixedArith
   job.absolute = a.absolute;
 }
 
-// Runs a fixed-point window over the ROI. `scalarCoef` serves the pixels
-// computed one by one; `blockCoef`, when given, the block stretches (with
-// frameRowsByPixel, of the interior rows only). Pixels are produced in row
-// order, reading the source as it is at that moment, so a source that is
-// also the destination sees the pixels already written.
+// Runs a fixed-point window over rows [y0, y1) of the ROI. `scalarCoef`
+// serves the pixels computed one by one; `blockCoef`, when given, the block
+// stretches (with frameRowsByPixel, of the interior rows only). Pixels are
+// produced in row order, reading the source as it is at that moment, so a
+// source that is also the destination sees the pixels already written.
 template <class Pix>
 void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_t* blockCoef,
               const FixedArith& a, const Rows<const Pix>& s, const Rows<Pix>& d,
-              const SimdRoutines& simd, bool frameRowsByPixel) {
+              const SimdRoutines& simd, bool frameRowsByPixel, int y0, int y1) {
   using P = typename GreyOf<Pix>::P;
   const int r = w.radius;
   const int width = s.width, height = s.height;
@@ -225,7 +234,7 @@ void RunFixed(const Window& w, const std::int32_t* scalarCoef, const std::int32_
   }
 
   const P* rows[7];
-  for (int y = 0; y < height; ++y) {
+  for (int y = y0; y < y1; ++y) {
     WindowRows(s, y, r, rows);
     P* out = reinterpret_cast<P*>(d.Row(y));
     int x = 0;
@@ -388,8 +397,14 @@ void FixedRoutine(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel, i
         RunFixedInPlace(w, coef, arith, RowsOf(dst), simd))
       return;
   }
+  // A destination on the source's pixels reads what it has written: one
+  // band then.
   const SimdRoutines simd = inPlace ? SimdRoutines{} : ActiveRoutines();
-  RunFixed(w, coef, coef, arith, RowsOf(src), RowsOf(dst), simd, false);
+  const Rows<const Pix> s = RowsOf(src);
+  const Rows<Pix> d = RowsOf(dst);
+  RunBands(s.height, inPlace ? kOneBand : KernelRowCost(s.width, w.terms, sizeof(P)), [&](int y0, int y1) {
+    RunFixed(w, coef, coef, arith, s, d, simd, false, y0, y1);
+  });
 }
 
 // The eight-bit arithmetic (3x3, rectifier 2). The coefficients are kept in
@@ -425,8 +440,13 @@ void EightBit(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
     s.pitch = static_cast<std::ptrdiff_t>(rowPixels * sizeof(P));
   }
   // As in the fast form's layout, blocks cover the interior rows only.
+  // The source is apart from the destination now (a copy when they
+  // overlapped), so every band reads only pixels no band writes.
   const bool wideOneByOne = sizeof(P) == 1 && simd.block != nullptr;
-  RunFixed(w, wideOneByOne ? wide : narrow, narrow, arith, s, RowsOf(dst), simd, true);
+  const Rows<Pix> d = RowsOf(dst);
+  RunBands(s.height, KernelRowCost(s.width, 9, sizeof(P)), [&](int y0, int y1) {
+    RunFixed(w, wideOneByOne ? wide : narrow, narrow, arith, s, d, simd, true, y0, y1);
+  });
   Free(copy);
 }
 
@@ -476,27 +496,36 @@ void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
   const Rows<const Pix> s = RowsOf(src);
   const Rows<Pix> d = RowsOf(dst);
   const int width = s.width, height = s.height;
-  // Blocks only when the source is not being overwritten: in place, each
-  // pixel reads the pixels written before it.
-  const SimdRoutines simd = Overlap(src, dst) ? SimdRoutines{}
-                                              : ActiveRoutines();
+  // Blocks and bands only when the source is not being overwritten: in
+  // place, each pixel reads the pixels written before it.
+  const bool overlap = Overlap(src, dst);
+  const SimdRoutines simd = overlap ? SimdRoutines{} : ActiveRoutines();
   const auto floatRow = FloatRowOf(simd, static_cast<const P*>(nullptr));
-  float* k = Allocate<float>(static_cast<std::size_t>(count));
-  std::int32_t* sums = nullptr;
-  const P** rowPtrs = nullptr;
-  if (k != nullptr && floatRow != nullptr) {
-    sums = Allocate<std::int32_t>(static_cast<std::size_t>(width));
-    rowPtrs = Allocate<const P*>(static_cast<std::size_t>(sy));
+  const Bands bands(height, overlap ? kOneBand : KernelRowCost(width, count, sizeof(P)));
+  // The coefficients, then each band's row of sums and window row pointers,
+  // all had before any pixel is written.
+  struct Scratch {
+    std::int32_t* sums = nullptr;
+    const P** rowPtrs = nullptr;
+    ~Scratch() {
+      Free(sums);
+      Free(rowPtrs);
+    }
+  };
+  std::unique_ptr<float, void (*)(float*)> k(Allocate<float>(static_cast<std::size_t>(count)), Free<float>);
+  std::unique_ptr<Scratch[]> scratch(new (std::nothrow) Scratch[static_cast<std::size_t>(bands.Count())]);
+  bool had = k != nullptr && scratch != nullptr;
+  for (int b = 0; had && floatRow != nullptr && b < bands.Count(); ++b) {
+    scratch[b].sums = Allocate<std::int32_t>(static_cast<std::size_t>(width));
+    scratch[b].rowPtrs = Allocate<const P*>(static_cast<std::size_t>(sy));
+    had = scratch[b].sums != nullptr && scratch[b].rowPtrs != nullptr;
   }
-  if (k == nullptr || (floatRow != nullptr && (sums == nullptr || rowPtrs == nullptr))) {
-    Free(k);
-    Free(sums);
-    Free(rowPtrs);
+  if (!had) {
     ESetError(E_ERROR_OUT_OF_MEMORY);
     return;
   }
   const float g = EffectiveGainOfTable(kernel->Gain, kernel->Data, count);
-  for (int i = 0; i < count; ++i) k[i] = g * kernel->Data[i];
+  for (int i = 0; i < count; ++i) k.get()[i] = g * kernel->Data[i];
   const double outside = static_cast<double>(static_cast<std::int32_t>(kernel->OutsideValue));
   const std::int64_t offset = kernel->Offset;
   const std::int64_t rectifier = kernel->Rectifier;
@@ -506,24 +535,28 @@ void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
     return static_cast<double>(reinterpret_cast<const P*>(s.Row(y))[x]);
   };
   const int ax = sx / 2, ay = sy / 2;
+  const float* const kf = k.get();
   auto general = [&](int x, int y) {
     double sum = 0.0;
     const bool inside = x - ax >= 0 && y - ay >= 0 && x - ax + sx <= width && y - ay + sy <= height;
     if (inside) {
       for (int ky = 0; ky < sy; ++ky) {
         const P* row = reinterpret_cast<const P*>(s.Row(y - ay + ky)) + (x - ax);
-        const float* kr = k + sx * ky;
+        const float* kr = kf + sx * ky;
         for (int kx = 0; kx < sx; ++kx) sum += static_cast<double>(kr[kx]) * row[kx];
       }
     } else {
       for (int ky = 0; ky < sy; ++ky)
         for (int kx = 0; kx < sx; ++kx)
-          sum += static_cast<double>(k[sx * ky + kx]) * at(x - ax + kx, y - ay + ky);
+          sum += static_cast<double>(kf[sx * ky + kx]) * at(x - ax + kx, y - ay + ky);
     }
     reinterpret_cast<P*>(d.Row(y))[x] = Rectify<P>(TruncToInt32(sum), rectifier, offset);
   };
-  // Pixels x0..x1-1 of row y, by blocks where the whole window lies inside.
-  auto span = [&](int y, int x0, int x1) {
+  // Pixels x0..x1-1 of row y, by blocks where the whole window lies inside,
+  // with the sums and row pointers of one band.
+  auto span = [&](const Scratch& band, int y, int x0, int x1) {
+    std::int32_t* const sums = band.sums;
+    const P** const rowPtrs = band.rowPtrs;
     int x = x0;
     const int in0 = ax, in1 = width - sx + ax + 1;  // windows inside: [in0, in1)
     const bool rowInside = y - ay >= 0 && y - ay + sy <= height;
@@ -533,7 +566,7 @@ void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
         for (; x < b0; ++x) general(x, y);
         for (int ky = 0; ky < sy; ++ky)
           rowPtrs[ky] = reinterpret_cast<const P*>(s.Row(y - ay + ky)) + (b0 - ax);
-        const int done = floatRow(k, sx, sy, rowPtrs, b1 - b0, sums);
+        const int done = floatRow(kf, sx, sy, rowPtrs, b1 - b0, sums);
         RectifyRun(sums, done, rectifier, offset, reinterpret_cast<P*>(d.Row(y)) + b0);
         x = b0 + done;
       }
@@ -541,22 +574,26 @@ void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
     for (; x < x1; ++x) general(x, y);
   };
 
-  if (sx != 3 || sy != 3) {
-    for (int y = 0; y < height; ++y) span(y, 0, width);
-  } else {
-    // 3x3: the interior first, then the frame from the upper left.
-    for (int y = 1; y < height - 1; ++y) span(y, 1, width - 1);
+  bands.Run([&](int b, int y0, int y1) {
+    const Scratch& band = scratch[b];
+    if (sx != 3 || sy != 3) {
+      for (int y = y0; y < y1; ++y) span(band, y, 0, width);
+      return;
+    }
+    // 3x3: the interior of the band's rows first, then their frame pixels
+    // from the upper left.
+    for (int y = y0 > 1 ? y0 : 1; y < y1 && y < height - 1; ++y) span(band, y, 1, width - 1);
     // On the frame the pixel below the centre meets the coefficient right of
     // the centre, and the offset and the rectifier trade places.
     static const int kFrameCoef[9] = {0, 1, 2, 3, 4, 5, 6, 5, 8};
     auto frame = [&](int x, int y) {
       double sum = 0.0;
       for (int i = 0; i < 9; ++i)
-        sum += static_cast<double>(k[kFrameCoef[i]]) * at(x + i % 3 - 1, y + i / 3 - 1);
+        sum += static_cast<double>(kf[kFrameCoef[i]]) * at(x + i % 3 - 1, y + i / 3 - 1);
       reinterpret_cast<P*>(d.Row(y))[x] = Rectify<P>(TruncToInt32(sum), offset, rectifier);
     };
     // A ROI with no columns has no frame pixels.
-    for (int y = 0; y < height && width > 0; ++y) {
+    for (int y = y0; y < y1 && width > 0; ++y) {
       if (y == 0 || y == height - 1) {
         for (int x = 0; x < width; ++x) frame(x, y);
       } else {
@@ -564,10 +601,7 @@ void FloatPath(const EROI<Pix>* src, EROI<Pix>* dst, const EKernel* kernel) {
         if (width > 1) frame(width - 1, y);
       }
     }
-  }
-  Free(k);
-  Free(sums);
-  Free(rowPtrs);
+  });
 }
 
 // Sizes that the table can hold.

@@ -16,12 +16,15 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "mirel/filter/alloc_internal.h"
 #include "mirel/filter/convolution_internal.h"
 #include "mirel/filter/preset_filters.h"
 #include "mirel/filter/preset_filters_internal.h"
 #include "mirel/filter/smoothing_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
@@ -161,14 +164,25 @@ struct Buffers {
   }
 };
 
-// Rows [y0, y1) of the sliding uniform filter; false when the buffers
-// cannot be had (nothing written then). The product of a sum of 16-bit
-// pixels and the scale wraps at 32 bits.
+// Runs rows(buffers, y0, y1) over bands of `height` rows of `width`
+// pixels, in one band unless `banded`; each band has its buffers before any
+// band starts. False when they cannot be had (nothing written then).
+template <class F>
+bool SlidingBands(int width, int height, bool withSquares, bool banded, double unitsPerPixel, F&& rows) {
+  const Bands bands(height, banded ? RowCost(width, unitsPerPixel) : kOneBand);
+  std::unique_ptr<Buffers[]> buffers(new (std::nothrow) Buffers[static_cast<std::size_t>(bands.Count())]);
+  if (buffers == nullptr) return false;
+  for (int b = 0; b < bands.Count(); ++b)
+    if (!buffers[b].Get(width, withSquares)) return false;
+  bands.Run([&](int b, int y0, int y1) { rows(buffers[b], y0, y1); });
+  return true;
+}
+
+// Rows [y0, y1) of the sliding uniform filter with the buffers of a band.
+// The product of a sum of 16-bit pixels and the scale wraps at 32 bits.
 template <class Pix>
-bool UniformRows(const Rows<const Pix>& s, const Rows<Pix>& d, int rx, int ry, int y0, int y1) {
+void UniformRows(const Rows<const Pix>& s, const Rows<Pix>& d, int rx, int ry, Buffers& buf, int y0, int y1) {
   using P = typename GreyOf<Pix>::P;
-  Buffers buf;
-  if (!buf.Get(s.width, false)) return false;
   const U32 n = static_cast<U32>(2 * ry + 1) * static_cast<U32>(2 * rx + 1);
   const U32 scale = 16777216u / n;
   const int w = s.width;
@@ -193,17 +207,15 @@ bool UniformRows(const Rows<const Pix>& s, const Rows<Pix>& d, int rx, int ry, i
     for (; i < x1 - x0; ++i) o[i] = static_cast<P>(((hi[i] - lo[i]) * scale) >> 24);
     for (int x = x1; x < w; ++x) out[x] = pixel(x);
   }
-  return true;
 }
 
-// Rows [y0, y1) of the local deviation; false when the buffers cannot be
-// had. The squares of 16-bit pixels fit 32 bits; their sums wrap.
+// Rows [y0, y1) of the local deviation with the buffers of a band. The
+// squares of 16-bit pixels fit 32 bits; their sums wrap.
 template <class Pix>
-bool DeviationRows(const Rows<const Pix>& s, const Rows<Pix>& d, long long rx, long long ry, int y0, int y1) {
+void DeviationRows(const Rows<const Pix>& s, const Rows<Pix>& d, long long rx, long long ry, Buffers& buf, int y0,
+                   int y1) {
   using P = typename GreyOf<Pix>::P;
   constexpr int kMax = GreyOf<Pix>::kMax;
-  Buffers buf;
-  if (!buf.Get(s.width, true)) return false;
   const U32 n = static_cast<U32>(2 * ry + 1) * static_cast<U32>(2 * rx + 1);
   const double dn = static_cast<double>(n);
   const int w = s.width;
@@ -222,7 +234,6 @@ bool DeviationRows(const Rows<const Pix>& s, const Rows<Pix>& d, long long rx, l
       out[x] = dev >= kMax ? static_cast<P>(kMax) : static_cast<P>(dev);
     }
   }
-  return true;
 }
 
 }  // namespace
@@ -255,7 +266,13 @@ void Uniform(const char* label, EROI<Pix>* src, EROI<Pix>* dst, unsigned int hal
   if (w == 0 || h == 0) return;  // no pixel, and no window to clamp the halves to
   const int rx = halfX > static_cast<unsigned>(w - 1) ? w - 1 : static_cast<int>(halfX);
   const int ry = halfY > static_cast<unsigned>(h - 1) ? h - 1 : static_cast<int>(halfY);
-  if (!UniformRows(mirel::RowsOf(static_cast<const EROI<Pix>*>(src)), mirel::RowsOf(dst), rx, ry, 0, h))
+  // A destination that overlaps the source reads rows already written: one
+  // band then.
+  const Rows<const Pix> s = mirel::RowsOf(static_cast<const EROI<Pix>*>(src));
+  const Rows<Pix> d = mirel::RowsOf(dst);
+  if (!SlidingBands(w, h, false, !Overlap(src, dst), 4.0 * sizeof(Pix), [&](Buffers& buf, int y0, int y1) {
+        UniformRows(s, d, rx, ry, buf, y0, y1);
+      }))
     frame.Fail(E_ERROR_OUT_OF_MEMORY);
 }
 
@@ -292,7 +309,10 @@ void Deviation(const char* label, const EROI<Pix>* src, EROI<Pix>* dst, unsigned
   mirel::Frame frame(label);
   if (!frame.NotVoid(src, dst) || !frame.SameSize(src, dst) || !frame.Require(halfY >= 0, E_ERROR_BAD_ARGUMENT))
     return;
-  if (!DeviationRows(mirel::RowsOf(src), mirel::RowsOf(dst), halfX, halfY, 0, src->GetHeight()))
+  const Rows<const Pix> s = mirel::RowsOf(src);
+  const Rows<Pix> d = mirel::RowsOf(dst);
+  if (!SlidingBands(s.width, s.height, true, !Overlap(src, dst), 12.0 * sizeof(Pix),
+                    [&](Buffers& buf, int y0, int y1) { DeviationRows(s, d, halfX, halfY, buf, y0, y1); }))
     frame.Fail(E_ERROR_OUT_OF_MEMORY);
 }
 

@@ -10,7 +10,7 @@
 // the helpers already inside it.
 //
 // The pool is joined when the library is unloaded (the holder's destructor
-// at exit).
+// at exit), except in a Windows DLL at process exit (see DllMain below).
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
@@ -262,3 +262,20 @@ void ImgSetThreads(int n) {
 }
 
 int ImgGetThreads() { return mirel::t_threads; }
+
+#if defined(_WIN32) && !defined(MIREL_STATIC)
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#ifndef WIN32_LEAN_AND_MEAN
+#define WIN32_LEAN_AND_MEAN
+#endif
+#include <windows.h>
+// When the process ends, the system has ended every other thread, the pool's
+// among them, before the library is unloaded; the holder's destructor would
+// wait for them forever, so the pool is dropped without joining them.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID reserved) {
+  if (reason == DLL_PROCESS_DETACH && reserved != nullptr) mirel::g_holder.pool = nullptr;
+  return TRUE;
+}
+#endif

@@ -126,12 +126,3 @@ Exception::~Exception() = default;
 const char* Exception::Text() const { return EGetErrorText(code_); }
 }  // namespace Talmeer
 }  // namespace Corvane
-
-#if defined(_WIN32) && !defined(MIREL_STATIC)
-#include <windows.h>
-// The library keeps no per-thread state of its own that needs notices.
-BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
-  if (reason == DLL_PROCESS_ATTACH) DisableThreadLibraryCalls(instance);
-  return TRUE;
-}
-#endif

@@ -18,4 +18,14 @@
 #define MIREL_API __attribute__((visibility("default")))
 #endif
 
+// Class templates: on Windows every module makes its own instances, since a
+// DLL can export only the instances it made itself and programs instantiate
+// the templates with element types of their own. Elsewhere the instances keep
+// default visibility, so that their type information is one across modules.
+#if defined(_WIN32)
+#define MIREL_TEMPLATE_API
+#else
+#define MIREL_TEMPLATE_API MIREL_API
+#endif
+
 #endif  // MIREL_FOUNDATION_EXPORT_H_

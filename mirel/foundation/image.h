@@ -181,7 +181,7 @@ class RunMask<EBW8> {
 }  // namespace mirel
 
 template <class T>
-class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
+class MIREL_TEMPLATE_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
  public:
   static constexpr bool kBits = std::is_same<T, EBW1>::value;
 
@@ -277,7 +277,7 @@ class MIREL_API EROI : public EGenericROI, public mirel::detail::RunMask<T> {
 };
 
 template <class T>
-class MIREL_API EImage : public EROI<T> {
+class MIREL_TEMPLATE_API EImage : public EROI<T> {
  public:
   EImage() = default;
   EImage(int width, int height) { SetSize(width, height); }

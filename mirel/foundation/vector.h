@@ -77,7 +77,7 @@ constexpr unsigned long long kVectorFileEagerBytes = 16ull << 20;
 }  // namespace mirel
 
 template <class T>
-class MIREL_API EVectorTemplate {
+class MIREL_TEMPLATE_API EVectorTemplate {
  public:
   EVectorTemplate() = default;
   // n zeroed elements, capacity n; 1303 if storage fails (pointer null, count n).
@@ -437,7 +437,7 @@ class MIREL_API EVectorTemplate {
 
 // Pixel vectors with an unsigned flag that the library only carries.
 template <class T>
-class MIREL_API EFlaggedPixelVector : public EVectorTemplate<T> {
+class MIREL_TEMPLATE_API EFlaggedPixelVector : public EVectorTemplate<T> {
  public:
   explicit EFlaggedPixelVector(unsigned int n = 0, int flag = 1) : EVectorTemplate<T>(n), unsigned_(flag) {}
   int GetUnsigned() const { return unsigned_; }

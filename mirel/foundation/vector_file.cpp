@@ -22,7 +22,8 @@ unsigned char g_vector_file_formats[5][2] = {
     {0x01, 0x0B},
 };
 
-// UTF-16 to UTF-8; false on an unpaired surrogate.
+#if !defined(_WIN32)
+// UTF-16 to UTF-8 for the narrow file calls; false on an unpaired surrogate.
 bool ToUtf8(const unsigned short* path, std::string& out) {
   for (const unsigned short* p = path; *p != 0; ++p) {
     unsigned long cp = *p;
@@ -52,6 +53,7 @@ bool ToUtf8(const unsigned short* path, std::string& out) {
   }
   return true;
 }
+#endif
 
 }  // namespace
 

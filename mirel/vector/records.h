@@ -119,7 +119,7 @@ struct VectorFileSlot<EBW16Path> {
 
 // A vector of points with two reserved words and a closed flag.
 template <class T>
-class MIREL_API EPathVectorOf : public EVectorTemplate<T> {
+class MIREL_TEMPLATE_API EPathVectorOf : public EVectorTemplate<T> {
  public:
   EPathVectorOf() = default;
   explicit EPathVectorOf(unsigned int n) { this->SetMaxElements(n, 1); }

@@ -3,9 +3,11 @@
 // on random images with random ROI geometry (heights from 1, so that bands
 // of one row occur) and on the scalar and the best path.
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "mirel/filter/alloc_internal.h"
 #include "test_support.h"
 
 namespace {
@@ -79,6 +81,17 @@ struct Case {
 template <class P>
 using Fn2 = void (*)(EROI<P>*, EROI<P>*);
 
+// A kernel of size `sx` x `sy` with random coefficients, gain, offset,
+// outside value and rectifier; square kernels of 3, 5 or 7 take floating
+// point only with rectifier 0 (`floating`).
+EKernel RandomKernel(Rng& rng, short sx, short sy, bool floating) {
+  const short rectifier = static_cast<short>(floating ? 0 : 1 + rng() % 3);
+  EKernel k(sx, sy, 0.25f + static_cast<float>(rng() % 8) / 4.0f, static_cast<unsigned>(rng() % 40), rectifier,
+            static_cast<unsigned>(rng() % 300));
+  for (int i = 0; i < sx * sy; ++i) k.GetDataPtr()[i] = static_cast<float>(static_cast<int>(rng() % 9) - 4);
+  return k;
+}
+
 std::vector<Case> Cases() {
   std::vector<Case> cases;
   auto add = [&](std::string name, std::function<Result(Rng&)> run) { cases.push_back({std::move(name), run}); };
@@ -106,6 +119,93 @@ std::vector<Case> Cases() {
   add("Gaussian5x5 overlapping",
       [](Rng& r) { return Shared<EBW8>(r, true, static_cast<Fixed8>(ImgConvolGaussian5x5)); });
   add("Uniform5x5 in place", [](Rng& r) { return Shared<EBW8>(r, false, static_cast<Fixed8>(ImgConvolUniform5x5)); });
+
+  // Kernels of every route: the three fixed-point arithmetics (3x3, 5x5,
+  // 7x7 by rectifier) and floating point (rectifier 0, other sizes).
+  struct Shape {
+    short sx, sy;
+    bool floating;
+  };
+  for (const Shape& sh : {Shape{3, 3, false}, Shape{5, 5, false}, Shape{7, 7, false}, Shape{3, 3, true},
+                          Shape{7, 7, true}, Shape{4, 3, true}, Shape{1, 6, true}, Shape{9, 9, true}}) {
+    const std::string kind = " " + std::to_string(sh.sx) + "x" + std::to_string(sh.sy) + (sh.floating ? " r0" : "");
+    add("ConvolKernel BW8" + kind, [sh](Rng& r) {
+      const EKernel k = RandomKernel(r, sh.sx, sh.sy, sh.floating);
+      return Unary<EBW8>(r, [&k](auto s, auto d) { ImgConvolKernel(s, d, &k); });
+    });
+    add("ConvolKernel BW16" + kind, [sh](Rng& r) {
+      const EKernel k = RandomKernel(r, sh.sx, sh.sy, sh.floating);
+      return Unary<EBW16>(r, [&k](auto s, auto d) { ImgConvolKernel(s, d, &k); });
+    });
+    add("ConvolKernel overlapping" + kind, [sh](Rng& r) {
+      const EKernel k = RandomKernel(r, sh.sx, sh.sy, sh.floating);
+      return Shared<EBW8>(r, true, [&k](auto s, auto d) { ImgConvolKernel(s, d, &k); });
+    });
+    add("ConvolKernel in place" + kind, [sh](Rng& r) {
+      const EKernel k = RandomKernel(r, sh.sx, sh.sy, sh.floating);
+      return Shared<EBW8>(r, false, [&k](auto s, auto d) { ImgConvolKernel(s, d, &k); });
+    });
+    if (sh.floating || sh.sx != sh.sy) continue;
+    add("ConvolSymmetricKernel BW8" + kind, [sh](Rng& r) {
+      const EKernel k = RandomKernel(r, sh.sx, sh.sy, false);
+      return Unary<EBW8>(r, [&k](auto s, auto d) { ImgConvolSymmetricKernel(s, d, &k); });
+    });
+    add("ConvolSymmetricKernel BW16" + kind, [sh](Rng& r) {
+      const EKernel k = RandomKernel(r, sh.sx, sh.sy, false);
+      return Unary<EBW16>(r, [&k](auto s, auto d) { ImgConvolSymmetricKernel(s, d, &k); });
+    });
+  }
+
+  // Sliding box sums of any window, and the local deviation.
+  auto half = [](Rng& r) { return static_cast<unsigned>(r() % 2 ? r() % 9 : r() % 70); };
+  add("ConvolUniform BW8", [half](Rng& r) {
+    const unsigned hx = 2 + half(r), hy = half(r);
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgConvolUniform(s, d, hx, hy); });
+  });
+  add("LocalAverage BW16", [half](Rng& r) {
+    const unsigned hx = half(r), hy = 2 + half(r);
+    return Unary<EBW16>(r, [=](auto s, auto d) { ImgLocalAverage(s, d, hx, hy); });
+  });
+  add("ConvolUniform overlapping", [half](Rng& r) {
+    const unsigned hx = 2 + half(r), hy = 2 + half(r);
+    return Shared<EBW8>(r, true, [=](auto s, auto d) { ImgConvolUniform(s, d, hx, hy); });
+  });
+  add("LocalDeviation BW8", [half](Rng& r) {
+    const unsigned hx = half(r);
+    const int hy = static_cast<int>(half(r));
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgLocalDeviation(s, d, hx, hy); });
+  });
+  add("LocalDeviation BW16 overlapping", [half](Rng& r) {
+    const unsigned hx = half(r);
+    const int hy = static_cast<int>(half(r));
+    return Shared<EBW16>(r, true, [=](auto s, auto d) { ImgLocalDeviation(s, d, hx, hy); });
+  });
+  add("LocalDeviation BW16", [half](Rng& r) {
+    const unsigned hx = half(r);
+    const int hy = static_cast<int>(half(r));
+    return Unary<EBW16>(r, [=](auto s, auto d) { ImgLocalDeviation(s, d, hx, hy); });
+  });
+
+  // Gradients: pairs of differences, and their lookup in a random table.
+  add("GradientVector BW8", [](Rng& r) {
+    return Unary<EBW8, EBW32>(r, [](auto s, auto d) { ImgGradientVector(s, d); });
+  });
+  add("GradientVector BW16", [](Rng& r) {
+    return Unary<EBW16, EBW32>(r, [](auto s, auto d) { ImgGradientVector(s, d); });
+  });
+  auto table = std::make_shared<EImage<EBW8>>(512, 512);
+  add("GradientScalar BW8", [table](Rng& r) {
+    testsupport::FillRandom(*table, r);
+    return Unary<EBW8>(r, [table](auto s, auto d) { ImgGradientScalar(s, d, table.get()); });
+  });
+  add("GradientScalar BW8 in place", [table](Rng& r) {
+    testsupport::FillRandom(*table, r);
+    return Shared<EBW8>(r, false, [table](auto s, auto d) { ImgGradientScalar(s, d, table.get()); });
+  });
+  add("GradientScalar BW32 pairs", [table](Rng& r) {
+    testsupport::FillRandom(*table, r);
+    return Unary<EBW32, EBW8>(r, [table](auto s, auto d) { ImgGradientScalar(s, d, table.get()); });
+  });
 
   // Medians.
   add("Median BW8", [](Rng& r) { return Unary<EBW8>(r, [](auto s, auto d) { ImgMedian(s, d); }); });
@@ -365,6 +465,14 @@ TEST(BandsOps, RefusalInsideTheBandsWritesNothing) {
   ImgOper(ALO_COPY, &src.roi, EBW8(3), &dst.roi);
   EXPECT_EQ(EGetError(), E_ERROR_INTERNAL);
   EXPECT_STREQ(EGetErrorTrace(), "ImgOper ( BW8 Image, Const to Image)");
+  EXPECT_EQ(testsupport::Snapshot(dst.image), before);
+  // Scratch refused before the bands: the kernel's floating-point table.
+  EKernel floating = RandomKernel(rng, 5, 4, true);
+  mirel::testing::FailFilterAllocations(1);
+  ImgConvolKernel(&src.roi, &dst.roi, &floating);
+  mirel::testing::FailFilterAllocations(0);
+  EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgConvolKernel BW8");
   EXPECT_EQ(testsupport::Snapshot(dst.image), before);
   ImgOper(ALO_ADD, &src.roi, EBW8(3), &dst.roi);
   EXPECT_EQ(EGetError(), E_OK);

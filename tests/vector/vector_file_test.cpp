@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using Bytes = std::vector<unsigned char>;
 
-Bytes Read(const std::string& path) {
+Bytes Read(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
   return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
@@ -194,14 +194,21 @@ std::vector<unsigned short> Utf16(const std::u16string& s) {
 }
 
 TEST_F(VectorFile, SixteenBitPathsAreUtf16) {
-  const std::u16string full = (dir_ / "").u16string() + u"v\u00e9\u20ac\U0001D11E.vec";
+  const std::u16string name = u"v\u00e9\u20ac\U0001D11E.vec";
+  const std::u16string full = (dir_ / "").u16string() + name;
   EPathVector v, back;
   v.AddElement(EPath{77, 0});
   v.Save(Utf16(full).data());
   ASSERT_EQ(EGetError(), E_OK);
-  // The same file under its UTF-8 name.
+  // The directory holds that one name (UTF-16 on Windows, UTF-8 elsewhere).
+  const fs::directory_iterator entry(dir_);
+  ASSERT_NE(entry, fs::directory_iterator());
+  EXPECT_EQ(entry->path().filename().u16string(), name);
+#if !defined(_WIN32)
   EXPECT_EQ(Read((dir_ / "").string() + "v\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E.vec"),
             (Bytes{0x45, 0x06, 0x01, 0x42, 1, 0, 0, 0, 77, 0, 0, 0}));
+#endif
+  EXPECT_EQ(Read(dir_ / fs::path(name)), (Bytes{0x45, 0x06, 0x01, 0x42, 1, 0, 0, 0, 77, 0, 0, 0}));
   back.Load(Utf16(full).data());
   ASSERT_EQ(EGetError(), E_OK);
   EXPECT_EQ(back[0].m_n16X, 77);

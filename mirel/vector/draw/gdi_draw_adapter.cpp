@@ -5,7 +5,9 @@
 #undef DrawText
 
 #include <cmath>
+#include <cstring>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "mirel/histogram/histogram_vector.h"
@@ -263,43 +265,51 @@ void GDIDrawAdapter::DrawImage(const EGenericROI* image, int x, int y, float zoo
   if (opacity > 1.0) opacity = 1.0;
   if (zoomY == 0.0f) zoomY = zoomX;
   const int width = image->GetWidth(), height = image->GetHeight();
+  if (width <= 0 || height <= 0) return;
 
-  // Grey images of 16 and 32 bits go through an 8-bit copy of their high
-  // bytes; a tinted grey image through a 24-bit copy (component 0 blue, as
-  // bitmaps hold it).
-  const EGenericROI* source = image;
-  EImage<EBW8> grey;
-  EImage<EC24> tinted;
-  std::vector<unsigned char> row(static_cast<std::size_t>(width) * 3);
-  if (type <= 3 && tint != CurrentColor && opacity != 1.0) {
-    const unsigned char bytes[3] = {static_cast<unsigned char>(tint.m_n32Blue),
-                                    static_cast<unsigned char>(tint.m_n32Green),
-                                    static_cast<unsigned char>(tint.m_n32Red)};
-    const mirel::draw::ImageRowReader reader(image, type, bytes);
-    tinted.SetSize(width, height);
-    if (tinted.Void()) return;
-    tinted.SetColorSystem(E_COLOR_SYSTEM_RGB);
-    for (int j = 0; j < height; ++j) reader.Read(j, reinterpret_cast<unsigned char*>(tinted.GetImagePtr(0, j)));
-    source = &tinted;
-    type = 6;
-  } else if (type == 2 || type == 3) {
-    const mirel::draw::ImageRowReader reader(image, type, nullptr);
-    grey.SetSize(width, height);
-    if (grey.Void()) return;
-    for (int j = 0; j < height; ++j) {
-      reader.Read(j, row.data());
-      EBW8* out = grey.GetImagePtr(0, j);
-      for (int i = 0; i < width; ++i) out[i] = row[3 * static_cast<std::size_t>(i)];
-    }
-    source = &grey;
-    type = 1;
-  }
-
+  // The bitmap is a packed copy of the rows: GDI reads whole rows of a
+  // 4-byte multiple, which the image's own rows need not be (a borrowed
+  // buffer has any pitch and nothing behind its last pixel), and a bit ROI
+  // may start inside a byte. Grey images of 16 and 32 bits become 8 bits of
+  // their high bytes; a tinted grey image becomes 24 bits (component 0 blue,
+  // as bitmaps hold it).
+  const bool tinted = type <= 3 && tint != CurrentColor && opacity != 1.0;
+  const unsigned char tintBytes[3] = {static_cast<unsigned char>(tint.m_n32Blue),
+                                      static_cast<unsigned char>(tint.m_n32Green),
+                                      static_cast<unsigned char>(tint.m_n32Red)};
+  const mirel::draw::ImageRowReader reader(image, type, tinted ? tintBytes : nullptr);
+  const int sourceType = type;
+  if (tinted) type = 6;
+  else if (type == 2 || type == 3) type = 1;
   static const int kBits[8] = {1, 8, 8, 8, 16, 16, 24, 32};
   const int bits = kBits[type];
+  const std::size_t stride = (static_cast<std::size_t>(width) * bits + 31) / 32 * 4;
+  std::vector<unsigned char> packed, row;
+  try {
+    packed.resize(stride * static_cast<std::size_t>(height));
+    row.resize(static_cast<std::size_t>(width) * 3);
+  } catch (const std::bad_alloc&) {
+    return;
+  }
+  for (int j = 0; j < height; ++j) {
+    unsigned char* out = packed.data() + stride * static_cast<std::size_t>(j);
+    if (tinted) {
+      reader.Read(j, out);
+    } else if (sourceType == 0 || sourceType == 2 || sourceType == 3) {
+      reader.Read(j, row.data());
+      for (int i = 0; i < width; ++i) {
+        const unsigned char grey = row[3 * static_cast<std::size_t>(i)];
+        if (sourceType != 0) out[i] = grey;
+        else if (grey != 0) out[i >> 3] = static_cast<unsigned char>(out[i >> 3] | (0x80 >> (i & 7)));
+      }
+    } else {
+      std::memcpy(out, image->GetImagePtr(0, j), static_cast<std::size_t>(width) * (bits / 8));
+    }
+  }
+
   DibInfo info{};
   info.header.biSize = 40;
-  info.header.biWidth = source->GetRowPitch() * 8 / bits;
+  info.header.biWidth = width;
   info.header.biHeight = -height;
   info.header.biPlanes = 1;
   info.header.biBitCount = static_cast<WORD>(bits);
@@ -317,7 +327,7 @@ void GDIDrawAdapter::DrawImage(const EGenericROI* image, int x, int y, float zoo
     else masks[0] = 0xF800, masks[1] = 0x7E0, masks[2] = 0x1F;
   }
   const BITMAPINFO* bmi = reinterpret_cast<const BITMAPINFO*>(&info);
-  const void* pixels = source->GetImagePtr(0, 0);
+  const void* pixels = packed.data();
 
   HPALETTE oldPalette = nullptr;
   const bool palette = (GetDeviceCaps(m_hDC, RASTERCAPS) & RC_PALETTE) != 0;

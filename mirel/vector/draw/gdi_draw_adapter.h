@@ -14,13 +14,13 @@
 //   polygons  the points truncated, then Polygon
 //   text      10-point "MS Sans Serif" made at each call, drawn transparent
 //             and centred by DrawTextA in (x, y, x + w + 4, y + h + 2)
-//   images    a device-independent bitmap straight from the image's rows:
-//             SetDIBitsToDevice, StretchDIBits when zoomed, AlphaBlend
-//             through a DIB section when the opacity is below 1. 16 and
-//             32-bit grey go through an 8-bit copy of their high bytes; a
-//             tinted grey image through a 24-bit copy. On palette devices a
-//             grey palette (8-bit images) or a 6 x 6 x 6 colour cube is made
-//             once and kept.
+//   images    a device-independent bitmap of a packed copy of the image's
+//             rows (only the ROI's pixels are read): SetDIBitsToDevice,
+//             StretchDIBits when zoomed, AlphaBlend through a DIB section
+//             when the opacity is below 1. 16 and 32-bit grey become 8 bits
+//             of their high bytes; a tinted grey image 24 bits. On palette
+//             devices a grey palette (8-bit images) or a 6 x 6 x 6 colour
+//             cube is made once and kept.
 #ifndef MIREL_VECTOR_DRAW_GDI_DRAW_ADAPTER_H_
 #define MIREL_VECTOR_DRAW_GDI_DRAW_ADAPTER_H_
 

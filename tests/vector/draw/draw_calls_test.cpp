@@ -77,7 +77,7 @@ TYPED_TEST(PathDraw, OnePointEmptyPathsAndANullAdapter) {
   EXPECT_TRUE(none.calls.empty());
   EXPECT_EQ(EGetError(), E_OK);
 
-  one.Draw(nullptr, 1, 1, 0, 0);
+  one.Draw(static_cast<Corvane::DrawAdapter*>(nullptr), 1, 1, 0, 0);  // not the HDC form
   EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
   const std::string label = std::is_same<TypeParam, EPathVector>::value       ? "EPathVector::Draw"
                             : std::is_same<TypeParam, EBW8PathVector>::value  ? "EBW8PathVector::Draw"
@@ -182,7 +182,7 @@ TEST(HistogramDraw, OneBinSpansTheAreaAndAnEmptyHistogramDrawsOnlyItsFrame) {
   EXPECT_EQ(none.histogram.GetPlot().GetYMax(), 1.0);
   EXPECT_FALSE(none.adapter.Of("DrawRectangle").empty());
 
-  none.histogram.Draw(nullptr, 0, 0, 100, 100);
+  none.histogram.Draw(static_cast<Corvane::DrawAdapter*>(nullptr), 0, 0, 100, 100);
   EXPECT_EQ(EGetError(), E_ERROR_BAD_ARGUMENT);
   EXPECT_STREQ(EGetErrorTrace(), "EBWHistogramVector::Draw");
 }
