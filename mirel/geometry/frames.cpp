@@ -101,7 +101,8 @@ void GetFrame(const EROI<T>* src, EROI<T>* dst, int frame) {
     return;
   const Rows<const EBW8> s{reinterpret_cast<const EBW8*>(src->GetImagePtr(0, 0)), src->GetRowPitch(), 0, h};
   const Rows<EBW8> d{reinterpret_cast<EBW8*>(dst->GetImagePtr(0, 0)), dst->GetRowPitch(), 0, dst->GetHeight()};
-  for (int y = frame != 0 ? 1 : 0; y < h; y += 2) std::memcpy(d.Row(y / 2), s.Row(y), RowBytes(src));
+  // Row by row with memmove: a source and destination on one image may share rows.
+  for (int y = frame != 0 ? 1 : 0; y < h; y += 2) std::memmove(d.Row(y / 2), s.Row(y), RowBytes(src));
 }
 
 template <class T>
@@ -114,7 +115,7 @@ void SetFrame(const EROI<T>* src, EROI<T>* dst, int frame) {
     return;
   const Rows<const EBW8> s{reinterpret_cast<const EBW8*>(src->GetImagePtr(0, 0)), src->GetRowPitch(), 0, 0};
   const Rows<EBW8> d{reinterpret_cast<EBW8*>(dst->GetImagePtr(0, 0)), dst->GetRowPitch(), 0, h};
-  for (int y = frame != 0 ? 1 : 0; y < h; y += 2) std::memcpy(d.Row(y), s.Row(y / 2), RowBytes(src));
+  for (int y = frame != 0 ? 1 : 0; y < h; y += 2) std::memmove(d.Row(y), s.Row(y / 2), RowBytes(src));
 }
 
 // The first row written by Realign and Rebuild: the frame that stays is the
