@@ -71,6 +71,12 @@ void MovingAverage(const EROI<EBW8>* src, EROI<EBW8>* dst, unsigned int size, in
 void KernelMembers(EKernel* kernel, int x, int y, float value, unsigned int allocated, short sizeX, short sizeY,
                    KERNEL_TYPE type) {
   if (kernel == nullptr) return;
+  // A kernel of 32767 x 32767 is 4 GB that the caller asked for, not a
+  // fault: sizes stay within what the fuzzer's images can use, negative and
+  // zero ones included.
+  sizeX = static_cast<short>(sizeX % 300);
+  sizeY = static_cast<short>(sizeY % 300);
+  allocated %= 1u << 20;
   float read = 0.0f;
   kernel->GetKernelData(x, y, read);
   kernel->SetKernelData(x, y, value);
