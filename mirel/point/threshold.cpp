@@ -112,6 +112,7 @@ void ClassifyRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, const Levels& 
   }
 #else
   (void)mmx;
+  (void)levels;  // only the vector paths read the levels; the table holds them too
 #endif
   for (int y = 0; y < s.height; ++y) {
     const unsigned char* sp = reinterpret_cast<const unsigned char*>(s.Row(y));
