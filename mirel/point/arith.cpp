@@ -643,6 +643,21 @@ bool MixedDepthChecks(mirel::Frame& frame, const EGenericROI* a, const EGenericR
   return frame.SameSize(a, d) && frame.SameSize(b, d) && frame.NotVoid(a, b, d);
 }
 
+inline unsigned At(const u8* row, int x) { return row[x]; }
+inline unsigned At(const u16* row, int x) { return Get16(row, x); }
+
+// The pixel loop of the mixed-depth forms: d = f(a, b) over every pixel of
+// the rows, the operation chosen by the caller once, outside the loop.
+template <class RowsA, class F>
+void MixedRows(const RowsA& a, const ByteRows& b, const WordRows& d, F f) {
+  for (int y = 0; y < d.height; ++y) {
+    const auto* pa = a.Row(y);
+    const u8* pb = b.Row(y);
+    u16* pd = d.Row(y);
+    for (int x = 0; x < d.width; ++x) Put16(pd, x, f(At(pa, x), pb[x]));
+  }
+}
+
 }  // namespace
 
 // ================================================================ ImgCopy
@@ -870,21 +885,12 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW8>* a, const EROI<EBW8>* b
     const ByteRows ra = BytesOf(a, y0, y1);
     const ByteRows rb = BytesOf(b, y0, y1);
     const WordRows d = WordsOf(dst, y0, y1);
-    for (int y = 0; y < d.height; ++y) {
-      const u8* pa = ra.Row(y);
-      const u8* pb = rb.Row(y);
-      u16* pd = d.Row(y);
-      for (int x = 0; x < d.width; ++x) {
-        const unsigned va = pa[x], vb = pb[x];
-        unsigned r = 0;
-        switch (op) {
-          case ALO_ADD: r = va + vb; break;
-          case ALO_SUBTRACT: r = va > vb ? va - vb : 0; break;
-          case ALO_MULTIPLY: r = va * vb; break;
-          default: r = vb == 0 ? 65535u : va / vb; break;
-        }
-        Put16(pd, x, r);
-      }
+    const auto run = [&](auto f) { MixedRows(ra, rb, d, f); };
+    switch (op) {
+      case ALO_ADD: run([](unsigned va, unsigned vb) { return va + vb; }); break;
+      case ALO_SUBTRACT: run([](unsigned va, unsigned vb) { return va > vb ? va - vb : 0u; }); break;
+      case ALO_MULTIPLY: run([](unsigned va, unsigned vb) { return va * vb; }); break;
+      default: run([](unsigned va, unsigned vb) { return vb == 0 ? 65535u : va / vb; }); break;
     }
   });
 }
@@ -898,29 +904,21 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* a, const EROI<EBW8>* 
     const WordRows ra = WordsOf(a, y0, y1);
     const ByteRows rb = BytesOf(b, y0, y1);
     const WordRows d = WordsOf(dst, y0, y1);
-    for (int y = 0; y < d.height; ++y) {
-      const u16* pa = ra.Row(y);
-      const u8* pb = rb.Row(y);
-      u16* pd = d.Row(y);
-      for (int x = 0; x < d.width; ++x) {
-        const std::uint32_t va = Get16(pa, x), vb = pb[x];
-        std::uint32_t r = 0;
-        switch (op) {
-          case ALO_ADD: r = va + vb > 65535u ? 65535u : va + vb; break;
-          case ALO_SUBTRACT: r = va > vb ? va - vb : 0; break;
-          case ALO_MULTIPLY: {
-            // Deliberately not a saturation: up to 65535 gives 65535, above
-            // it the low 16 bits are kept.
-            const std::uint32_t p = va * vb;
-            r = p <= 65535u ? 65535u : (p & 0xFFFFu);
-            break;
-          }
-          case ALO_DIVIDE: r = vb == 0 ? 65535u : va / vb; break;
-          case ALO_WRAPPED_ADD: r = (va + vb) & 0xFFFFu; break;
-          default: r = (va - vb) & 0xFFFFu; break;
-        }
-        Put16(pd, x, r);
-      }
+    const auto run = [&](auto f) { MixedRows(ra, rb, d, f); };
+    switch (op) {
+      case ALO_ADD: run([](unsigned va, unsigned vb) { return va + vb > 65535u ? 65535u : va + vb; }); break;
+      case ALO_SUBTRACT: run([](unsigned va, unsigned vb) { return va > vb ? va - vb : 0u; }); break;
+      case ALO_MULTIPLY:
+        // Deliberately not a saturation: up to 65535 gives 65535, above it
+        // the low 16 bits are kept.
+        run([](unsigned va, unsigned vb) {
+          const unsigned p = va * vb;
+          return p <= 65535u ? 65535u : (p & 0xFFFFu);
+        });
+        break;
+      case ALO_DIVIDE: run([](unsigned va, unsigned vb) { return vb == 0 ? 65535u : va / vb; }); break;
+      case ALO_WRAPPED_ADD: run([](unsigned va, unsigned vb) { return (va + vb) & 0xFFFFu; }); break;
+      default: run([](unsigned va, unsigned vb) { return (va - vb) & 0xFFFFu; }); break;
     }
   });
 }
@@ -944,9 +942,11 @@ void ImgOper(ARITH_LOGIC_OPERATIONS op, const EROI<EBW16>* src, EROI<EBW16>* dst
     for (int y = 0; y < d.height; ++y) {
       const u16* ps = s.Row(y);
       u16* pd = d.Row(y);
-      for (int x = 0; x < d.width; ++x) {
-        const unsigned v = Get16(ps, x);
-        Put16(pd, x, op == ALO_INVERT ? (~v & 0xFFFFu) : v);
+      if (op == ALO_INVERT) {
+        for (int x = 0; x < d.width; ++x) Put16(pd, x, ~Get16(ps, x) & 0xFFFFu);
+      } else {
+        // Pixel by pixel, as the inverse: a ROI shifted along its own row reads what it wrote.
+        for (int x = 0; x < d.width; ++x) Put16(pd, x, Get16(ps, x));
       }
     }
   });
