@@ -30,6 +30,23 @@ fi
 cmake --build "$build" --target mirel_fuzz_load mirel_fuzz_ops -j"$(nproc)" >/dev/null
 target="$build/tools/fuzz/mirel_fuzz_load"
 
+# fuzz NAME TARGET ARGS...: runs one target under the sanitizers, shows the
+# end of its report and stops the script on a finding.
+fuzz() {
+  local name=$1 bin=$2
+  shift 2
+  set +e
+  ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+    "$bin" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 "$@" 2>&1 | tail -n 20
+  local status=${PIPESTATUS[0]}
+  set -e
+  if [ "$status" -ne 0 ]; then
+    echo "$name FAILED (status $status)"
+    exit "$status"
+  fi
+  echo "$name passed"
+}
+
 corpus=$(mktemp -d)
 trap 'rm -rf "$corpus"' EXIT
 # Seeds: an empty file, an empty vector of each record type, short bodies.
@@ -43,16 +60,7 @@ printf 'E\x0b\x01O\x01\x00\x00\x00\x09\x00\x0a\x00\xef\xbe' > "$corpus/bw16"
 printf 'E\x09\x01M\xff\xff\xff\xff\x00\x00' > "$corpus/huge"
 printf 'E\x06\x01B\x09\x00\x00\x00\x01\x00' > "$corpus/short"
 
-set +e
-ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-  "$target" -max_total_time=40 -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 "$corpus" 2>&1 | tail -n 20
-status=${PIPESTATUS[0]}
-set -e
-if [ "$status" -ne 0 ]; then
-  echo "fuzz run FAILED (status $status)"
-  exit "$status"
-fi
-echo "fuzz run passed"
+fuzz "fuzz run" "$target" -max_total_time=40 "$corpus"
 
 # The operations: two seeds for every table entry, written by the target
 # itself, and the inputs kept in the tree (tools/fuzz/corpus/ops).
@@ -60,14 +68,4 @@ ops="$build/tools/fuzz/mirel_fuzz_ops"
 seeds="$corpus/ops"
 mkdir -p "$seeds"
 MIREL_FUZZ_OPS_SEEDS="$seeds" "$ops"
-set +e
-ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-  "$ops" -max_total_time="${FUZZ_OPS_SECONDS:-80}" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 \
-  "$seeds" tools/fuzz/corpus/ops 2>&1 | tail -n 20
-status=${PIPESTATUS[0]}
-set -e
-if [ "$status" -ne 0 ]; then
-  echo "operation fuzz run FAILED (status $status)"
-  exit "$status"
-fi
-echo "operation fuzz run passed"
+fuzz "operation fuzz run" "$ops" -max_total_time="${FUZZ_OPS_SECONDS:-80}" "$seeds" tools/fuzz/corpus/ops
