@@ -397,6 +397,104 @@ std::vector<Case> Cases() {
   });
   add("ConvertTo422", [](Rng& r) { return Unary<EBW8, EBW16>(r, [](auto s, auto d) { ImgConvertTo422(s, d); }); });
 
+  // Colour and float conversions, normalisation and flat-field correction.
+  add("Convert C24 to BW8", [](Rng& r) { return Unary<EC24, EBW8>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert BW8 to C24", [](Rng& r) { return Unary<EBW8, EC24>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert C24 to C15", [](Rng& r) { return Unary<EC24, EC15>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert C16 to C24", [](Rng& r) { return Unary<EC16, EC24>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert C24 to C24A", [](Rng& r) { return Unary<EC24, EC24A>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert F32 to BW16", [](Rng& r) {
+    return Unary<EFLOAT32, EBW16>(r, [](auto s, auto d) { ImgConvert(s, d); });
+  });
+  add("Convert F64 to BW32", [](Rng& r) {
+    return Unary<EFLOAT64, EBW32>(r, [](auto s, auto d) { ImgConvert(s, d); });
+  });
+  add("Convert BW8 to F32", [](Rng& r) {
+    return Unary<EBW8, EFLOAT32>(r, [](auto s, auto d) { ImgConvert(s, d); });
+  });
+  add("Convert C24 with alpha", [](Rng& r) {
+    return Binary<EC24, EBW8, EC24A>(r, [](auto s, auto a, auto d) { ImgConvert(s, a, d); });
+  });
+  add("Convert C24A to C24 and alpha", [](Rng& r) {
+    const int w = Width(r), h = Height(r);
+    Placed<EC24A> src(r, w, h);
+    Placed<EC24> dst(r, w, h);
+    Placed<EBW8> alpha(r, w, h);
+    ImgConvert(&src.roi, &dst.roi, &alpha.roi);
+    Result got = Left(dst.image);
+    const auto a = testsupport::Snapshot(alpha.image);
+    got.bytes.insert(got.bytes.end(), a.begin(), a.end());
+    return got;
+  });
+  add("Normalize BW16", [](Rng& r) {
+    return Unary<EBW16>(r, [](auto s, auto d) { ImgNormalize(s, d, 30000.f, 9000.f); });
+  });
+  add("Uniformize BW8 light/dark", [](Rng& r) {
+    return Binary<EBW8>(r, [](auto s, auto l, auto d) { ImgUniformize(s, EBW8(200), l, EBW8(20), s, d); });
+  });
+  add("Uniformize BW16 multiplicative in place", [](Rng& r) {
+    return Shared<EBW16>(r, false, [](auto s, auto d) { ImgUniformize(s, EBW16(40000), s, d, 1); });
+  });
+  add("Uniformize C24 vector", [](Rng& r) {
+    return Unary<EC24>(r, [&r](auto s, auto d) {
+      EC24Vector ref;
+      for (int i = 0; i < d->GetWidth(); ++i) ref.AddElement(EC24(static_cast<unsigned char>(r()), 7, static_cast<unsigned char>(r())));
+      ImgUniformize(s, EC24(250, 128, 9), &ref, d, static_cast<int>(r() % 2));
+    });
+  });
+
+  // Shrinking: each destination row from a block of source rows.
+  auto shrink = [](auto zero, bool overlapping) {
+    using P = decltype(zero);
+    return [overlapping](Rng& r) {
+      const int w = Width(r), h = Height(r), dw = 1 + static_cast<int>(r() % w), dh = 1 + static_cast<int>(r() % h);
+      Placed<P> src(r, w, h);
+      Placed<P> other(r, dw, dh);
+      EROI<P> near(&src.image, 0, 0, dw, dh);
+      ImgShrink(&src.roi, overlapping ? &near : &other.roi);
+      return Left(overlapping ? src.image : other.image);
+    };
+  };
+  add("Shrink BW8", shrink(EBW8{}, false));
+  add("Shrink BW16", shrink(EBW16{}, false));
+  add("Shrink C24", shrink(EC24{}, false));
+  add("Shrink BW8 overlapping", shrink(EBW8{}, true));
+
+  // Warps: two maps drawing 0 outside, and one packed map whose first entry
+  // outside the source stops the call.
+  auto map = [](Rng& r, int w, int h, int range) {
+    auto m = std::make_shared<EImage<EBW16>>(w, h);
+    for (int y = 0; y < h; ++y)
+      for (int x = 0; x < w; ++x)
+        m->GetImagePtr(x, y)->value = static_cast<unsigned short>(static_cast<int>(r() % range) - 3);
+    return m;
+  };
+  add("Warp BW8 two maps", [map](Rng& r) {
+    return Unary<EBW8>(r, [&](auto s, auto d) {
+      auto mx = map(r, d->GetWidth(), d->GetHeight(), 80), my = map(r, d->GetWidth(), d->GetHeight(), 40);
+      ImgWarp(s, d, mx.get(), my.get(), 1, -1);
+    });
+  });
+  add("Warp C24 two maps", [map](Rng& r) {
+    return Unary<EC24>(r, [&](auto s, auto d) {
+      auto mx = map(r, d->GetWidth(), d->GetHeight(), 80), my = map(r, d->GetWidth(), d->GetHeight(), 40);
+      ImgWarp(s, d, mx.get(), my.get(), 0, 2);
+    });
+  });
+  add("Warp BW8 packed map", [](Rng& r) {
+    return Unary<EBW8>(r, [&r](auto s, auto d) {
+      EImage<EBW32> m(d->GetWidth() + static_cast<int>(r() % 3), d->GetHeight());
+      const bool outside = r() % 2 != 0;  // some entry outside the source, at most one in 200
+      for (int y = 0; y < m.GetHeight(); ++y)
+        for (int x = 0; x < m.GetWidth(); ++x) {
+          unsigned px = r() % s->GetWidth(), py = r() % s->GetHeight();
+          if (outside && r() % 200 == 0) px += s->GetWidth();
+          m.GetImagePtr(x, y)->value = px | (py << 16);
+        }
+      ImgWarp(s, d, &m);
+    });
+  });
+
   // Histograms counted in bands and merged; a large smooth image takes the
   // pair counter on one thread and byte counters in bands.
   auto histogram = [](const EROI<EBW8>* src) {
