@@ -234,6 +234,34 @@ std::vector<Case> Cases() {
     return Shared<EBW8>(r, true, [=](auto s, auto d) { ImgDilateBox(s, d, hw, hh); });
   });
 
+  add("ErodeBox small in place", [](Rng& r) {
+    const unsigned hw = r() % 4, hh = r() % 4;
+    return Shared<EBW8>(r, false, [=](auto s, auto) { ImgErodeBox(s, nullptr, hw, hh); });
+  });
+  add("DilateBox small overlapping", [](Rng& r) {
+    const unsigned hw = r() % 4, hh = r() % 4;
+    return Shared<EBW16>(r, true, [=](auto s, auto d) { ImgDilateBox(s, d, hw, hh); });
+  });
+  add("DilateDisk BW16 in place", [](Rng& r) {
+    const unsigned radius = r() % 5;
+    return Shared<EBW16>(r, false, [=](auto s, auto) { ImgDilateDisk(s, nullptr, radius); });
+  });
+  add("ErodeDisk C24", [](Rng& r) {
+    const unsigned radius = r() % 4;
+    return Unary<EC24>(r, [=](auto s, auto d) { ImgErodeDisk(s, d, radius); });
+  });
+  add("Erode older passes", [](Rng& r) {
+    const int passes = static_cast<int>(r() % 4), border = static_cast<int>(r() % 256);
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgErode(s, d, passes, border); });
+  });
+  add("Open older in place", [](Rng& r) {
+    const int passes = 1 + static_cast<int>(r() % 3);
+    return Shared<EBW8>(r, false, [=](auto s, auto d) { ImgOpen(s, d, passes, 0, 255); });
+  });
+  add("Dilate older C24", [](Rng& r) {
+    return Unary<EC24>(r, [](auto s, auto d) { ImgDilate(s, d, 2, EC24(9, 0, 200)); });
+  });
+
   // Resampling.
   for (int bits : {0, 4, 8}) {
     add("ScaleRotate BW8 bits " + std::to_string(bits), [bits](Rng& r) {
