@@ -525,6 +525,73 @@ std::vector<Case> Cases() {
 
   // Histograms counted in bands and merged; a large smooth image takes the
   // pair counter on one thread and byte counters in bands.
+  // Reductions merged from bands: what they give, packed as bytes.
+  auto packed = [](std::initializer_list<std::pair<const void*, std::size_t>> parts) {
+    Result out{{}, EGetError(), EGetErrorTrace()};
+    for (const auto& part : parts) {
+      const unsigned char* p = static_cast<const unsigned char*>(part.first);
+      out.bytes.insert(out.bytes.end(), p, p + part.second);
+    }
+    return out;
+  };
+  auto field = [packed](auto zero) {
+    using P = decltype(zero);
+    return [packed](Rng& r) {
+      Placed<P> src(r, Width(r), Height(r));
+      const unsigned bits = 1 + r() % 8, msb = bits - 1 + r() % (sizeof(P) * 8 - bits + 1);
+      EBWHistogramVector bins;
+      ImgHistogram(&src.roi, &bins, msb, bits, static_cast<int>(r() % 2));
+      return packed({{bins.GetDataPtr(), bins.GetNumElements() * sizeof(unsigned int)}});
+    };
+  };
+  add("Histogram BW16 field", field(EBW16{}));
+  add("Histogram BW32 field", field(EBW32{}));
+  auto project = [packed](auto zero, auto vector, bool onRow) {
+    using P = decltype(zero);
+    using V = decltype(vector);
+    return [packed, onRow](Rng& r) {
+      Placed<P> src(r, Width(r), Height(r));
+      V v;
+      if (onRow) ImgProjectOnARow(&src.roi, &v);
+      else ImgProjectOnAColumn(&src.roi, &v);
+      return packed({{v.GetDataPtr(), v.GetNumElements() * sizeof(*v.GetDataPtr())}});
+    };
+  };
+  add("ProjectOnARow BW8 sum", project(EBW8{}, EBW32Vector{}, true));
+  add("ProjectOnAColumn BW8 sum", project(EBW8{}, EBW32Vector{}, false));
+  add("ProjectOnARow BW16 average", project(EBW16{}, EBW16Vector{}, true));
+  add("ProjectOnAColumn BW16 sum", project(EBW16{}, EBW32Vector{}, false));
+  add("ProjectOnARow C24", project(EC24{}, EC24Vector{}, true));
+  add("ProjectOnAColumn C24", project(EC24{}, EC24Vector{}, false));
+  add("PixelCount BW8", [packed](Rng& r) {
+    Placed<EBW8> src(r, Width(r), Height(r));
+    int c[3] = {};
+    ImgPixelCount(&src.roi, static_cast<unsigned char>(r()), static_cast<unsigned char>(r()), c[0], c[1], c[2]);
+    return packed({{c, sizeof c}});
+  });
+  add("PixelCount BW16", [packed](Rng& r) {
+    Placed<EBW16> src(r, Width(r), Height(r));
+    int c[3] = {};
+    ImgPixelCount(&src.roi, EBW16(static_cast<unsigned short>(r())), EBW16(40000), c[0], c[1], c[2]);
+    return packed({{c, sizeof c}});
+  });
+  add("PixelAverage BW8 BW16 C24", [packed](Rng& r) {
+    const int w = Width(r), h = Height(r);
+    Placed<EBW8> a(r, w, h);
+    Placed<EBW16> b(r, w, h);
+    Placed<EC24> c(r, w, h);
+    float m[5] = {};
+    ImgPixelAverage(&a.roi, m[0]);
+    ImgPixelAverage(&b.roi, m[1]);
+    ImgPixelAverage(&c.roi, m[2], m[3], m[4]);
+    return packed({{m, sizeof m}});
+  });
+  add("Count C24", [packed](Rng& r) {
+    Placed<EC24> src(r, Width(r), Height(r));
+    const unsigned n = ImgCount(&src.roi, [](EC24& p) { return p.c[0] > p.c[2] ? 1 : 0; });
+    return packed({{&n, sizeof n}});
+  });
+
   auto histogram = [](const EROI<EBW8>* src) {
     EBWHistogramVector bins;
     ImgHistogram(src, &bins);
