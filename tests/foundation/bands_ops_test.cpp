@@ -667,6 +667,30 @@ TEST(BandsOps, RefusalInsideTheBandsWritesNothing) {
   EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
   EXPECT_STREQ(EGetErrorTrace(), "ImgConvolKernel BW8");
   EXPECT_EQ(testsupport::Snapshot(dst.image), before);
+  // A shrink to a larger size is refused before any band starts.
+  Placed<EBW8> small(rng, 30, 20);
+  ImgShrink(&small.roi, &dst.roi);
+  EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgShrink");
+  EXPECT_EQ(testsupport::Snapshot(dst.image), before);
+  // A packed warp entry outside the source in the last band: the rows
+  // before it are drawn, nothing from it on.
+  EImage<EBW32> map(64, 40);
+  for (int y = 0; y < 40; ++y)
+    for (int x = 0; x < 64; ++x) map.GetImagePtr(x, y)->value = y == 35 && x == 7 ? 64u : 1u << 16;
+  std::vector<unsigned char> old;
+  for (int y = 0; y < 40; ++y)
+    for (int x = 0; x < 64; ++x) old.push_back(dst.roi.GetImagePtr(x, y)->value);
+  ImgWarp(&src.roi, &dst.roi, &map);
+  EXPECT_EQ(EGetError(), E_ERROR_WARP_OUTSIDE);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgWarp");
+  for (int y = 0; y < 40; ++y)
+    for (int x = 0; x < 64; ++x) {
+      const bool drawn = y < 35 || (y == 35 && x < 7);
+      ASSERT_EQ(dst.roi.GetImagePtr(x, y)->value,
+                drawn ? src.roi.GetImagePtr(0, 1)->value : old[static_cast<std::size_t>(y * 64 + x)])
+          << x << ", " << y;
+    }
   ImgOper(ALO_ADD, &src.roi, EBW8(3), &dst.roi);
   EXPECT_EQ(EGetError(), E_OK);
   EXPECT_NE(testsupport::Snapshot(dst.image), before);
