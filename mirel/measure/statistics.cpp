@@ -647,12 +647,14 @@ unsigned int ImgPixelCompare(const EROI<EBW1>* a, const EROI<EBW1>* b) {
 namespace {
 
 // P is the pixel type as the predicate takes it: const for a const ROI.
+// The caller's predicate is called on the calling thread only (one band),
+// since nothing says that it may run on several threads at once.
 template <class P, class Roi>
 unsigned int CountWhere(mirel::Frame& frame, Roi* roi, int (*predicate)(P&)) {
   if (!frame.NotVoid(roi) || !frame.Require(predicate != nullptr, E_ERROR_BAD_ARGUMENT)) return 0;
   const mirel::Rows<P> rows = mirel::RowsOf(roi);
   using T1 = Totals<std::uint32_t, 1>;
-  return BandTotals<T1>(rows.height, mirel::RowCost(rows.width, 4.0), [&](int y0, int y1) {
+  return BandTotals<T1>(rows.height, mirel::kOneBand, [&](int y0, int y1) {
     T1 part{0};
     for (int y = y0; y < y1; ++y) {
       P* p = rows.Row(y);
