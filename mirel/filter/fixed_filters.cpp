@@ -213,6 +213,9 @@ void RunFilter(FixedFilter kind, const EROI<Pix>* src, EROI<Pix>* dst, const cha
   using P = typename GreyOf<Pix>::P;
   mirel::Frame frame(label);
   if (!frame.NotVoid(src) || !frame.SameSize(src, dst) || !frame.NotVoid(dst)) return;
+  // A ROI without columns has no pixel to repeat at its sides: nothing to
+  // read, nothing to write.
+  if (src->GetWidth() == 0) return;
   const FilterShape& f = Shape(kind);
   const Rows<const Pix> s = RowsOf(static_cast<const EROI<Pix>*>(src));
   const Rows<Pix> d = RowsOf(dst);

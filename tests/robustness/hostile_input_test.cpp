@@ -97,6 +97,38 @@ TEST(EmptyRoi, FiltersWriteNothingWhateverTheirWindow) {
   EXPECT_TRUE(Snapshot(b) == before);
 }
 
+// A ROI with no columns just past the last column of a buffer that the
+// image borrows, with nothing behind its last row: the fixed windows read
+// no pixel of it (the sanitizer build sees a read one past the buffer), and
+// the call writes nothing, with a separate destination and in place.
+template <class P>
+void FixedWindowsAtTheBufferEnd() {
+  const std::vector<void (*)(const EROI<P>*, EROI<P>*)> filters = {
+      ImgConvolUniform5x5, ImgConvolGaussian5x5, ImgConvolUniform7x7, ImgConvolGaussian7x7};
+  Rng rng(12);
+  const int w = 2, h = 9;
+  for (std::size_t i = 0; i < filters.size(); ++i) {
+    std::vector<P> a(w * h), b(w * h);
+    EImage<P> srcImage(a.data(), w, h, w * static_cast<int>(sizeof(P))),
+        dstImage(b.data(), w, h, w * static_cast<int>(sizeof(P)));
+    testsupport::FillRandom(srcImage, rng);
+    testsupport::FillRandom(dstImage, rng);
+    EROI<P> src(&srcImage, w, 0, 0, h), dst(&dstImage, w - 1, 0, 0, h), same(&srcImage, w - 1, 0, 0, h);
+    const auto before = Snapshot(dstImage), beforeSrc = Snapshot(srcImage);
+    filters[i](&src, &dst);
+    EXPECT_EQ(EGetError(), E_OK) << "filter " << i;
+    EXPECT_TRUE(Snapshot(dstImage) == before) << "filter " << i;
+    filters[i](&src, &same);
+    EXPECT_EQ(EGetError(), E_OK) << "filter " << i << " over its source";
+    EXPECT_TRUE(Snapshot(srcImage) == beforeSrc) << "filter " << i << " over its source";
+  }
+}
+
+TEST(EmptyRoi, FixedWindowsReadNothingPastTheBuffer) {
+  FixedWindowsAtTheBufferEnd<EBW8>();
+  FixedWindowsAtTheBufferEnd<EBW16>();
+}
+
 // Projections of ROIs with no columns or no rows give empty or zero vectors
 // and hand no null buffer to the C library (the sanitizer build checks it).
 TEST(EmptyRoi, ProjectionsOfEveryPixelType) {
