@@ -131,6 +131,15 @@ inline bool Verbose() {
   static const bool verbose = std::getenv("MIREL_FUZZ_OPS_VERBOSE") != nullptr;
   return verbose;
 }
+// With MIREL_FUZZ_OPS_WIDE set, images of one row or column run up to
+// kWideSide pixels long, past what 16-bit positions and 16.16 fixed-point
+// coordinates hold, within a larger area.
+constexpr int kWideSide = 70000;
+constexpr int kWideArea = 1 << 18;
+inline bool Wide() {
+  static const bool wide = std::getenv("MIREL_FUZZ_OPS_WIDE") != nullptr;
+  return wide;
+}
 inline void Note(const std::string& what) {
   if (Verbose()) std::fprintf(stderr, "  %s\n", what.c_str());
 }
@@ -409,16 +418,19 @@ class Ctx {
       case 0: case 1: case 2: w = in.Byte() % 17; h = in.Byte() % 17; break;
       case 3: case 4: w = in.Byte() % 65; h = in.Byte() % 65; break;
       case 5: w = static_cast<int>(in.Range(1, side)); h = static_cast<int>(in.Range(1, side)); break;
-      case 6: w = 1; h = static_cast<int>(in.Range(0, side)); break;
-      default: w = static_cast<int>(in.Range(0, side)); h = 1; break;
+      case 6: w = 1 + static_cast<int>(Wide() && in.OneIn(2)); h = static_cast<int>(in.Range(0, Long(side))); break;
+      default: w = static_cast<int>(in.Range(0, Long(side))); h = 1 + static_cast<int>(Wide() && in.OneIn(2)); break;
     }
-    if (in.OneIn(2) && (w == 1 || h == 1)) std::swap(w, h);
+    if (in.OneIn(2) && (w == 1 || h == 1 || Wide())) std::swap(w, h);
     return Capped(w, h, entry.options);
   }
+  static int Long(int side) { return Wide() ? kWideSide : side; }
   static std::pair<int, int> Capped(int w, int h, const Options& o) {
-    if (w > o.maxSide) w = o.maxSide;
-    if (h > o.maxSide) h = o.maxSide;
-    if (w > 0 && static_cast<long long>(w) * h > o.maxArea) h = o.maxArea / w;
+    const int side = Wide() ? std::max(o.maxSide, kWideSide) : o.maxSide;
+    const int area = Wide() ? std::max(o.maxArea, kWideArea) : o.maxArea;
+    if (w > side) w = side;
+    if (h > side) h = side;
+    if (w > 0 && static_cast<long long>(w) * h > area) h = area / w;
     return {w, h};
   }
 

@@ -6,8 +6,9 @@
 # fuzzers); otherwise builds them with clang, AddressSanitizer and
 # UndefinedBehaviorSanitizer in build-fuzz. Each target runs for about a
 # minute on its seed corpus. Skipped when clang or libFuzzer is missing.
-# A longer local run of the operations (FUZZ_OPS_SECONDS=1800, say) is the
-# robustness worker's command; see the README.
+# A longer local run of the operations (FUZZ_OPS_SECONDS=1800, say, with
+# FUZZ_TIMEOUT=60 on a busy machine) is the robustness worker's command; see
+# the README.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
@@ -37,7 +38,7 @@ fuzz() {
   shift 2
   set +e
   ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-    "$bin" -timeout=10 -rss_limit_mb=2048 -print_final_stats=1 "$@" 2>&1 | tail -n 20
+    "$bin" -timeout="${FUZZ_TIMEOUT:-10}" -rss_limit_mb=2048 -print_final_stats=1 "$@" 2>&1 | tail -n 20
   local status=${PIPESTATUS[0]}
   set -e
   if [ "$status" -ne 0 ]; then
@@ -69,3 +70,6 @@ seeds="$corpus/ops"
 mkdir -p "$seeds"
 MIREL_FUZZ_OPS_SEEDS="$seeds" "$ops"
 fuzz "operation fuzz run" "$ops" -max_total_time="${FUZZ_OPS_SECONDS:-80}" "$seeds" tools/fuzz/corpus/ops
+# Once more on images of one or two rows or columns up to 70000 pixels
+# long, past 16-bit positions and 16.16 coordinates.
+MIREL_FUZZ_OPS_WIDE=1 fuzz "wide-image operation fuzz run" "$ops" -max_total_time="${FUZZ_WIDE_SECONDS:-30}" "$seeds"
