@@ -205,28 +205,41 @@ class Stream {
     // reads those from copies taken before any band writes.
     const bool keepEdges = bands.Count() > 1 && Touches();
     const std::size_t doubling = static_cast<std::size_t>(w_) + 2 * static_cast<std::size_t>(hw_) + kSlack;
+    const std::size_t work = (2 * static_cast<std::size_t>(len_) + 1) * stride_ + doubling;
     const std::size_t edges = keepEdges ? 2 * static_cast<std::size_t>(hh_) * stride_ : 0;
-    const std::size_t each = (2 * static_cast<std::size_t>(len_) + 1) * stride_ + doubling + edges;
-    std::vector<std::unique_ptr<Buffer<T>>> bufs;
-    for (int b = 0; b < bands.Count(); ++b) {
-      bufs.push_back(std::make_unique<Buffer<T>>(each));
-      if (bufs.back()->p == nullptr) {
-        ESetError(E_ERROR_OUT_OF_MEMORY);
-        return false;
-      }
-      T* dbl = bufs.back()->p + (2 * static_cast<std::size_t>(len_) + 1) * stride_;
+    // One block: a working buffer for each band that may run at once,
+    // handed to a band as it starts, and the edge copies of every band.
+    // Repeated calls then reuse the same heap memory rather than fault in
+    // fresh pages for many small buffers.
+    const int slots = bands.Concurrent();
+    Buffer<T> block(work * static_cast<std::size_t>(slots) + edges * static_cast<std::size_t>(bands.Count()));
+    if (block.p == nullptr) {
+      ESetError(E_ERROR_OUT_OF_MEMORY);
+      return false;
+    }
+    std::unique_ptr<std::atomic<bool>[]> busy(new std::atomic<bool>[static_cast<std::size_t>(slots)]);
+    for (int i = 0; i < slots; ++i) {
+      busy[static_cast<std::size_t>(i)] = false;
+      T* dbl = block.p + work * static_cast<std::size_t>(i) + (work - doubling);
       std::fill(dbl, dbl + doubling, Identity<T>(op_));
-      if (keepEdges) {
-        const int y0 = Begin(bands, b), y1 = End(bands, b);
-        for (int r = y0 - hh_; r < y1 + hh_; ++r)
-          if (r >= 0 && r < h_ && (r < y0 || r >= y1))
-            std::memcpy(Edge(dbl + doubling, r, y0, y1), RowAt(src_, sp_, r), static_cast<std::size_t>(w_) * sizeof(T));
-      }
+    }
+    T* const edgeBase = block.p + work * static_cast<std::size_t>(slots);
+    for (int b = 0; keepEdges && b < bands.Count(); ++b) {
+      const int y0 = Begin(bands, b), y1 = End(bands, b);
+      for (int r = std::max(y0 - hh_, 0); r < std::min(y1 + hh_, h_); ++r)
+        if (r < y0 || r >= y1)
+          std::memcpy(Edge(edgeBase + edges * static_cast<std::size_t>(b), r, y0, y1), RowAt(src_, sp_, r),
+                      static_cast<std::size_t>(w_) * sizeof(T));
     }
     bands.Run([&](int b, int, int) {
-      T* mem = bufs[static_cast<std::size_t>(b)]->p;
-      Band(mem, mem + (2 * static_cast<std::size_t>(len_) + 1) * stride_, keepEdges ? mem + each - edges : nullptr,
+      int slot = 0;
+      for (bool idle = false; !busy[static_cast<std::size_t>(slot)].compare_exchange_strong(idle, true);
+           idle = false)
+        slot = (slot + 1) % slots;
+      T* mem = block.p + work * static_cast<std::size_t>(slot);
+      Band(mem, mem + (work - doubling), keepEdges ? edgeBase + edges * static_cast<std::size_t>(b) : nullptr,
            Begin(bands, b), End(bands, b));
+      busy[static_cast<std::size_t>(slot)] = false;
     });
     return true;
   }
