@@ -337,8 +337,9 @@ bool RunningBox(int op, const T* src, std::ptrdiff_t srcPitch, T* dst, std::ptrd
   if (hw > 0) {
     if (!Rows(op, src, srcPitch, dst, dstPitch, w, h, hw, k, rowsBanded)) return false;
   } else if (src != dst) {
+    // memmove: the destination may lie on the source's rows, shifted.
     for (int y = 0; y < h; ++y)
-      std::memcpy(RowAt(dst, dstPitch, y), RowAt(src, srcPitch, y), static_cast<std::size_t>(w) * sizeof(T));
+      std::memmove(RowAt(dst, dstPitch, y), RowAt(src, srcPitch, y), static_cast<std::size_t>(w) * sizeof(T));
   }
   if (hh == 0) return true;
   // Columns are independent of each other: the column walk runs in bands
