@@ -1,10 +1,13 @@
-# Runs threshold_demo with no image into a fresh folder OUT and checks that
-# it succeeds and writes the source, the histogram plot, the binary image and
-# the contours drawn over the source.
-file(REMOVE_RECURSE "${OUT}")
-execute_process(COMMAND "${DEMO}" --out "${OUT}" RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
-if(NOT rc EQUAL 0)
-  message(FATAL_ERROR "threshold_demo failed (${rc}):\n${out}\n${err}")
+# Runs threshold_demo (DEMO) with no image into a fresh folder OUT and checks
+# that it succeeds and writes the source, the histogram plot, the binary
+# image and the contours drawn over the source. Without DEMO, the demo has
+# run already (under an emulator) and only its images are checked.
+if(DEFINED DEMO)
+  file(REMOVE_RECURSE "${OUT}")
+  execute_process(COMMAND "${DEMO}" --out "${OUT}" RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "threshold_demo failed (${rc}):\n${out}\n${err}")
+  endif()
 endif()
 foreach(stem source histogram binary contours)
   file(GLOB found "${OUT}/${stem}.*")
@@ -16,6 +19,9 @@ foreach(stem source histogram binary contours)
     message(FATAL_ERROR "${found} is only ${size} bytes")
   endif()
 endforeach()
+if(NOT DEFINED DEMO)
+  return()
+endif()
 if(NOT out MATCHES "contours of [1-9][0-9]* objects")
   message(FATAL_ERROR "threshold_demo drew no contour:\n${out}")
 endif()

@@ -11,7 +11,7 @@
 // background, a few parts and noise. It reads and writes its images through
 // Mirel::IO: PGM, PPM, PNG, JPEG or TIFF in, 8 or 16 bits (16-bit images
 // keep their high byte), colour turned to grey; PNG out, into DIR (default
-// "out").
+// "out"), or PGM and PPM where Mirel::IO was built without libpng.
 #include <mirel/io/image_file.h>
 #include <mirel/mirel.h>
 
@@ -21,6 +21,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -60,10 +61,12 @@ bool LoadGrey(const std::string& path, EImage<EBW8>& image, bool& colour) {
   return EGetError() == E_OK;
 }
 
-// Writes `stem`.png; returns the path written, empty on failure.
+// Writes `stem`.png, or .pgm/.ppm without PNG; returns the path written,
+// empty on failure.
 template <class T>
 std::string WriteImage(const std::string& stem, const EROI<T>& image) {
-  const std::string path = stem + ".png";
+  const char* portable = std::is_same<T, EC24>::value ? ".ppm" : ".pgm";
+  const std::string path = stem + (ImgImageFileFormatAvailable(E_IMAGE_FILE_PNG) ? ".png" : portable);
   ImgSave(&image, path.c_str());
   if (EGetError() != E_OK) {
     ReportError(path);

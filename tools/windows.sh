@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Cross-builds the library and its tests for 64-bit Windows with MinGW-w64
-# and runs the tests under Wine (the image-file component, and so the demo,
-# needs codecs that Debian has no MinGW-w64 build of). Installs the cross compiler,
+# Cross-builds the library, its tests and the demo for 64-bit Windows with
+# MinGW-w64 and runs them under Wine. Debian has no MinGW-w64 build of
+# libpng, libjpeg or libtiff, so the image-file component reads and writes
+# PGM and PPM there, and the demo writes those. Installs the cross compiler,
 # Wine and its fonts when missing.
 # Usage: tools/windows.sh [build-dir [extra cmake options...]]
 set -euo pipefail
@@ -31,6 +32,6 @@ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DMIREL_WERROR=ON \
   -DCMAKE_TOOLCHAIN_FILE=cmake/toolchains/mingw-w64.cmake \
   -DMIREL_GTEST_SOURCE=/usr/src/googletest \
   -DMIREL_BUILD_BENCH=OFF -DMIREL_BUILD_FUZZ=OFF -DMIREL_TEST_INSTALL=OFF \
-  -DMIREL_BUILD_IO=OFF -DMIREL_BUILD_PYTHON=OFF -DMIREL_BUILD_CLI=OFF "$@" >/dev/null
+  -DMIREL_BUILD_PYTHON=OFF -DMIREL_BUILD_CLI=OFF "$@" >/dev/null
 cmake --build "$build" -j"$(nproc)"
 ctest --test-dir "$build" --output-on-failure -j"$(nproc)"

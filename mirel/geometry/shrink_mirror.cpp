@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/color_route_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
@@ -24,11 +25,11 @@ std::vector<int> Bounds(int size, int n) {
 }
 
 // Destination rows [y0, y1): the block's rows are summed column by column
-// into `acc`, then each block of columns is summed and divided.
+// into `acc` (one per source column), then each block of columns is summed
+// and divided.
 template <class P, class Acc>
 void ShrinkRows(const mirel::Rows<const P>& s, const mirel::Rows<P>& d, const std::vector<int>& cols,
-                const std::vector<int>& rows, int y0, int y1) {
-  std::vector<Acc> acc(static_cast<std::size_t>(s.width));
+                const std::vector<int>& rows, std::vector<Acc>& acc, int y0, int y1) {
   for (int j = y0; j < y1; ++j) {
     const int r0 = rows[static_cast<std::size_t>(j)], r1 = rows[static_cast<std::size_t>(j) + 1];
     std::fill(acc.begin(), acc.end(), Acc{0});
@@ -56,10 +57,24 @@ void Shrink(const EROI<T>* src, EROI<T>* dst) {
   if (d.width == 0 || d.height == 0) return;
   try {
     const std::vector<int> cols = Bounds(s.width, d.width), rows = Bounds(s.height, d.height);
+    // Bands of destination rows, each with column sums of its own, allocated
+    // before any band writes; a destination on the source's image stays in
+    // one band, as it may overwrite rows that a later block reads.
+    const double rowsPerBlock = static_cast<double>(s.height) / d.height;
+    const mirel::Bands bands(d.height, mirel::Overlap(src, dst) ? mirel::kOneBand
+                                                                 : mirel::RowCost(s.width, sizeof(P) * rowsPerBlock));
+    auto run = [&](auto zero) {
+      using Acc = decltype(zero);
+      std::vector<std::vector<Acc>> acc(static_cast<std::size_t>(bands.Count()),
+                                        std::vector<Acc>(static_cast<std::size_t>(s.width)));
+      bands.Run([&](int band, int y0, int y1) {
+        ShrinkRows<P, Acc>(s, d, cols, rows, acc[static_cast<std::size_t>(band)], y0, y1);
+      });
+    };
     // 32-bit column sums hold any block of up to 2^32 / 65536 rows.
     const int maxRows = (s.height + d.height - 1) / d.height + 1;
-    if (maxRows <= 65536) ShrinkRows<P, std::uint32_t>(s, d, cols, rows, 0, d.height);
-    else ShrinkRows<P, std::uint64_t>(s, d, cols, rows, 0, d.height);
+    if (maxRows <= 65536) run(std::uint32_t{0});
+    else run(std::uint64_t{0});
   } catch (const std::bad_alloc&) {
     ESetError(E_ERROR_OUT_OF_MEMORY);  // the tables come before any pixel is written
   }

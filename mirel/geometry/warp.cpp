@@ -6,8 +6,10 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <vector>
 
 #include "mirel/filter/convolution_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/color_route_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/runtime.h"
@@ -25,16 +27,21 @@ void WarpTwo(const EROI<EBW8>* src, EROI<EBW8>* dst, const EImage<EBW16>* warpX,
   const mirel::Rows<const EBW16> my = mirel::RowsOf(static_cast<const EROI<EBW16>*>(warpY));
   const std::uint32_t w = static_cast<std::uint32_t>(s.width), h = static_cast<std::uint32_t>(s.height);
   const std::uint32_t sx = static_cast<std::uint32_t>(shiftX), sy = static_cast<std::uint32_t>(shiftY);
-  for (int v = 0; v < d.height; ++v) {
-    const EBW16* rx = mx.Row(v);
-    const EBW16* ry = my.Row(v);
-    EBW8* out = d.Row(v);
-    for (int u = 0; u < d.width; ++u) {
-      const std::uint32_t x = static_cast<std::uint32_t>(static_cast<std::int16_t>(rx[u].value)) + sx;
-      const std::uint32_t y = static_cast<std::uint32_t>(static_cast<std::int16_t>(ry[u].value)) + sy;
-      out[u] = (x >= w || y >= h) ? EBW8(0) : s.Row(static_cast<int>(y))[x];
+  // Any source row may be read for any destination row: bands only when the
+  // destination is apart from the source.
+  const double cost = mirel::Overlap(src, dst) ? mirel::kOneBand : mirel::RowCost(d.width, 6.0);
+  mirel::RunBands(d.height, cost, [&](int y0, int y1) {
+    for (int v = y0; v < y1; ++v) {
+      const EBW16* rx = mx.Row(v);
+      const EBW16* ry = my.Row(v);
+      EBW8* out = d.Row(v);
+      for (int u = 0; u < d.width; ++u) {
+        const std::uint32_t x = static_cast<std::uint32_t>(static_cast<std::int16_t>(rx[u].value)) + sx;
+        const std::uint32_t y = static_cast<std::uint32_t>(static_cast<std::int16_t>(ry[u].value)) + sy;
+        out[u] = (x >= w || y >= h) ? EBW8(0) : s.Row(static_cast<int>(y))[x];
+      }
     }
-  }
+  });
 }
 
 bool WarpTwoChecks(mirel::Frame& frame, const EGenericROI* src, const EGenericROI* dst, const EGenericROI* warpX,
@@ -84,19 +91,54 @@ short ImgWarp(const EROI<EBW8>* src, EROI<EBW8>* dst, const EImage<EBW32>* warp)
   }
   for (int y = 0; y < s.height; ++y) table[static_cast<std::size_t>(y)] = s.pitch * y;
   const unsigned char* base = reinterpret_cast<const unsigned char*>(s.base);
-  for (int v = 0; v < d.height; ++v) {
+  auto inside = [&](const EBW32& entry, std::uint16_t (&xy)[2]) {
+    std::memcpy(xy, &entry, sizeof xy);
+    return xy[0] < s.width && xy[1] < s.height;
+  };
+  // Columns [0, n) of destination row v, up to the first entry outside the
+  // source; returns the column it stopped at.
+  auto drawRow = [&](int v, int n) {
     const EBW32* row = m.Row(v);
     EBW8* out = d.Row(v);
-    for (int u = 0; u < d.width; ++u) {
-      std::uint16_t xy[2];
-      std::memcpy(xy, &row[u], sizeof xy);
-      if (xy[0] >= s.width || xy[1] >= s.height) {
-        frame.Fail(E_ERROR_WARP_OUTSIDE);
-        return frame.Result();
-      }
+    std::uint16_t xy[2];
+    for (int u = 0; u < n; ++u) {
+      if (!inside(row[u], xy)) return u;
       out[u] = EBW8(base[table[xy[1]] + xy[0]]);
     }
+    return n;
+  };
+  const mirel::Bands bands(d.height, mirel::Overlap(src, dst) ? mirel::kOneBand : mirel::RowCost(d.width, 6.0));
+  // The pixels before the first entry outside the source (in row order) are
+  // written, none after. On one band the walk simply stops there; bands
+  // first find that entry, each in its own rows, then draw what comes
+  // before it.
+  int stopRow = d.height, stopCol = 0;
+  if (bands.Count() == 1) {
+    for (int v = 0; v < d.height && stopRow == d.height; ++v) {
+      const int u = drawRow(v, d.width);
+      if (u < d.width) stopRow = v, stopCol = u;
+    }
+  } else {
+    std::vector<int> firstRow(static_cast<std::size_t>(bands.Count())), firstCol(firstRow.size());
+    bands.Run([&](int band, int y0, int y1) {
+      int v = y0, u = d.width;
+      std::uint16_t xy[2];
+      for (; v < y1; ++v) {
+        const EBW32* row = m.Row(v);
+        for (u = 0; u < d.width && inside(row[u], xy); ++u) {
+        }
+        if (u < d.width) break;
+      }
+      firstRow[static_cast<std::size_t>(band)] = v < y1 ? v : d.height;
+      firstCol[static_cast<std::size_t>(band)] = v < y1 ? u : 0;
+    });
+    for (std::size_t b = 0; b < firstRow.size() && stopRow == d.height; ++b)
+      stopRow = firstRow[b], stopCol = firstCol[b];
+    bands.Run([&](int, int y0, int y1) {
+      for (int v = y0; v < y1 && v <= stopRow; ++v) drawRow(v, v < stopRow ? d.width : stopCol);
+    });
   }
+  if (stopRow < d.height) frame.Fail(E_ERROR_WARP_OUTSIDE);
   return frame.Result();
 }
 

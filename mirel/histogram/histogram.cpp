@@ -204,35 +204,54 @@ void FieldHistogram(mirel::Frame& frame, const EROI<P>* src, EBWHistogramVector*
   histogram->SetNumElements(count);
   if (EGetError() != E_OK) return;
   histogram->Clear();
-  unsigned int* h = histogram->GetDataPtr();
+  unsigned int* out = histogram->GetDataPtr();
   const mirel::Rows<const P> rows = mirel::RowsOf(src);
   // Four tight loops: with or without the clamp, with or without a shift.
   // Without the clamp, a pixel with bits above the field (which the caller
   // promised not to pass) is folded into the bins rather than written past
   // them.
-  for (int y = 0; y < rows.height; ++y) {
-    const P* p = rows.Row(y);
-    const int w = rows.width;
-    if (saturate != 0) {
-      if (shift == 0) {
-        for (int x = 0; x < w; ++x) {
-          const std::uint32_t b = p[x].value;
-          ++h[b < highest ? b : highest];
+  auto countRows = [&](int y0, int y1, unsigned int* h) {
+    for (int y = y0; y < y1; ++y) {
+      const P* p = rows.Row(y);
+      const int w = rows.width;
+      if (saturate != 0) {
+        if (shift == 0) {
+          for (int x = 0; x < w; ++x) {
+            const std::uint32_t b = p[x].value;
+            ++h[b < highest ? b : highest];
+          }
+        } else {
+          for (int x = 0; x < w; ++x) {
+            const std::uint32_t b = static_cast<std::uint32_t>(p[x].value) >> shift;
+            ++h[b < highest ? b : highest];
+          }
         }
       } else {
-        for (int x = 0; x < w; ++x) {
-          const std::uint32_t b = static_cast<std::uint32_t>(p[x].value) >> shift;
-          ++h[b < highest ? b : highest];
+        if (shift == 0) {
+          for (int x = 0; x < w; ++x) ++h[static_cast<std::uint32_t>(p[x].value) & highest];
+        } else {
+          for (int x = 0; x < w; ++x) ++h[(static_cast<std::uint32_t>(p[x].value) >> shift) & highest];
         }
-      }
-    } else {
-      if (shift == 0) {
-        for (int x = 0; x < w; ++x) ++h[static_cast<std::uint32_t>(p[x].value) & highest];
-      } else {
-        for (int x = 0; x < w; ++x) ++h[(static_cast<std::uint32_t>(p[x].value) >> shift) & highest];
       }
     }
+  };
+  // Bands count into bins of their own, added afterwards, when the bins are
+  // few beside the pixels (clearing and adding them must not cost more than
+  // the counting saves); one band without memory for them.
+  const double pixels = static_cast<double>(rows.width) * rows.height;
+  const mirel::Bands bands(rows.height, count <= pixels / 8 ? mirel::RowCost(rows.width, sizeof(P)) : mirel::kOneBand);
+  std::unique_ptr<unsigned int[]> partial;
+  const std::size_t bins = count;
+  if (bands.Count() > 1) partial.reset(new (std::nothrow) unsigned int[bins * static_cast<std::size_t>(bands.Count() - 1)]());
+  if (partial == nullptr) {
+    countRows(0, rows.height, out);
+    return;
   }
+  bands.Run([&](int band, int y0, int y1) {
+    countRows(y0, y1, band == 0 ? out : partial.get() + bins * static_cast<std::size_t>(band - 1));
+  });
+  for (std::size_t i = 0; i < bins * static_cast<std::size_t>(bands.Count() - 1); i += bins)
+    for (std::size_t v = 0; v < bins; ++v) out[v] += partial[i + v];
 }
 
 }  // namespace
@@ -328,11 +347,13 @@ void ImgEqualize(const EROI<EBW16>* src, EROI<EBW16>* dst) {
   }
   const mirel::Rows<const EBW16> s = mirel::RowsOf(src);
   const mirel::Rows<EBW16> d = mirel::RowsOf(dst);
-  for (int y = 0; y < s.height; ++y) {
-    const EBW16* sp = s.Row(y);
-    EBW16* dp = d.Row(y);
-    for (int x = 0; x < s.width; ++x) dp[x] = map[sp[x].value];
-  }
+  mirel::RowwiseBands(dst, {src}, 4.0, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const EBW16* sp = s.Row(y);
+      EBW16* dp = d.Row(y);
+      for (int x = 0; x < s.width; ++x) dp[x] = map[sp[x].value];
+    }
+  });
 }
 
 namespace {

@@ -2,9 +2,12 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <vector>
 
 #include "mirel/foundation/armed_frame_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/untyped_vector.h"
@@ -130,30 +133,61 @@ bool Start(Frame& frame, const EROI<P>* src, V* v, bool onRow) {
   return SizeOutput(v, static_cast<unsigned int>(onRow ? src->GetWidth() : src->GetHeight()));
 }
 
-// Sums of the columns (onRow) or of the rows of a grey ROI.
+// `n` column sums of `height` rows in bands: sums(y0, y1, acc) sets acc to
+// the sums of rows [y0, y1). The first band sums into `out`, the others into
+// sums of their own, added afterwards: 32-bit sums that wrap give the same
+// totals in any order. Without memory for the bands' sums, one band.
+template <class F>
+void ColumnBands(int height, std::size_t n, double rowCost, std::uint32_t* out, F&& sums) {
+  const mirel::Bands bands(height, rowCost);
+  std::unique_ptr<std::uint32_t[]> partial;
+  if (bands.Count() > 1) partial.reset(new (std::nothrow) std::uint32_t[n * static_cast<std::size_t>(bands.Count() - 1)]);
+  if (partial == nullptr) {
+    sums(0, height, out);
+    return;
+  }
+  bands.Run([&](int band, int y0, int y1) {
+    sums(y0, y1, band == 0 ? out : partial.get() + n * static_cast<std::size_t>(band - 1));
+  });
+  for (std::size_t i = 0; i + n <= n * static_cast<std::size_t>(bands.Count() - 1); i += n)
+    for (std::size_t x = 0; x < n; ++x) out[x] += partial[i + x];
+}
+
+// Sums of the columns (onRow) or of the rows of a grey ROI, in bands of
+// rows: each band sums columns of its own, or writes the sums of its rows.
 template <class P>
 void Sums(const EROI<P>* src, std::uint32_t* out, bool onRow, int mmx) {
   const Rows<const P> rows = RowsOf(src);
-  if constexpr (sizeof(P) == 1) {
-    if (onRow) mirel::proj::ColumnSums8(rows, out, mmx);
-    else mirel::proj::RowSums8(rows, out, mmx);
-  } else {
-    (void)mmx;
-    if (onRow) {
-      for (int x = 0; x < rows.width; ++x) out[x] = 0;
-      for (int y = 0; y < rows.height; ++y) {
-        const P* p = rows.Row(y);
-        for (int x = 0; x < rows.width; ++x) out[x] += p[x].value;
-      }
+  const double cost = mirel::RowCost(rows.width, sizeof(P));
+  if (onRow) {
+    ColumnBands(rows.height, static_cast<std::size_t>(rows.width), cost, out,
+                [&](int y0, int y1, std::uint32_t* acc) {
+                  const Rows<const P> band = mirel::Band(rows, y0, y1);
+                  if constexpr (sizeof(P) == 1) {
+                    mirel::proj::ColumnSums8(band, acc, mmx);
+                  } else {
+                    for (int x = 0; x < band.width; ++x) acc[x] = 0;
+                    for (int y = 0; y < band.height; ++y) {
+                      const P* p = band.Row(y);
+                      for (int x = 0; x < band.width; ++x) acc[x] += p[x].value;
+                    }
+                  }
+                });
+    return;
+  }
+  mirel::RunBands(rows.height, cost, [&](int y0, int y1) {
+    if constexpr (sizeof(P) == 1) {
+      mirel::proj::RowSums8(mirel::Band(rows, y0, y1), out + y0, mmx);
     } else {
-      for (int y = 0; y < rows.height; ++y) {
+      (void)mmx;
+      for (int y = y0; y < y1; ++y) {
         const P* p = rows.Row(y);
         std::uint32_t s = 0;
         for (int x = 0; x < rows.width; ++x) s += p[x].value;
         out[y] = s;
       }
     }
-  }
+  });
 }
 
 template <class P>
@@ -194,29 +228,34 @@ short ColourAverage(const char* label, const EROI<EC24>* src, EC24Vector* v, boo
     if (!SizeOutput(&sums, static_cast<unsigned int>(rows.width) * 3u)) return frame.Result();
     std::uint32_t* s = reinterpret_cast<std::uint32_t*>(sums.GetDataPtr());
     // A ROI with no columns leaves the vector with no storage at all.
-    if (rows.width > 0) std::memset(s, 0, static_cast<std::size_t>(rows.width) * 3 * sizeof(std::uint32_t));
-    for (int y = 0; y < rows.height; ++y) {
-      const unsigned char* p = reinterpret_cast<const unsigned char*>(rows.Row(y));
-      for (int i = 0; i < rows.width * 3; ++i) s[i] += p[i];
-    }
+    const std::size_t n = static_cast<std::size_t>(rows.width) * 3;
+    ColumnBands(rows.height, n, mirel::RowCost(rows.width, 3.0), s, [&](int y0, int y1, std::uint32_t* acc) {
+      if (n > 0) std::memset(acc, 0, n * sizeof(std::uint32_t));
+      for (int y = y0; y < y1; ++y) {
+        const unsigned char* p = reinterpret_cast<const unsigned char*>(rows.Row(y));
+        for (std::size_t i = 0; i < n; ++i) acc[i] += p[i];
+      }
+    });
     const std::uint32_t count = static_cast<std::uint32_t>(rows.height);
     for (int x = 0; x < rows.width; ++x)
       for (int k = 0; k < 3; ++k)
         out[x].c[k] = static_cast<unsigned char>(count == 0 ? 0 : s[3 * x + k] / count);
   } else {
     const std::uint32_t count = static_cast<std::uint32_t>(rows.width);
-    for (int y = 0; y < rows.height; ++y) {
-      const EC24* p = rows.Row(y);
-      std::uint32_t s0 = 0, s1 = 0, s2 = 0;
-      for (int x = 0; x < rows.width; ++x) {
-        s0 += p[x].c[0];
-        s1 += p[x].c[1];
-        s2 += p[x].c[2];
+    mirel::RunBands(rows.height, mirel::RowCost(rows.width, 3.0), [&](int y0, int y1) {
+      for (int y = y0; y < y1; ++y) {
+        const EC24* p = rows.Row(y);
+        std::uint32_t s0 = 0, s1 = 0, s2 = 0;
+        for (int x = 0; x < rows.width; ++x) {
+          s0 += p[x].c[0];
+          s1 += p[x].c[1];
+          s2 += p[x].c[2];
+        }
+        out[y] = count == 0 ? EC24(0, 0, 0)
+                            : EC24(static_cast<unsigned char>(s0 / count), static_cast<unsigned char>(s1 / count),
+                                   static_cast<unsigned char>(s2 / count));
       }
-      out[y] = count == 0 ? EC24(0, 0, 0)
-                          : EC24(static_cast<unsigned char>(s0 / count), static_cast<unsigned char>(s1 / count),
-                                 static_cast<unsigned char>(s2 / count));
-    }
+    });
   }
   return frame.Result();
 }

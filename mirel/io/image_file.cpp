@@ -20,10 +20,6 @@ namespace {
 
 // ---------------------------------------------------------------- formats
 
-bool KnownFormat(E_IMAGE_FILE_FORMAT format) {
-  return format >= E_IMAGE_FILE_PGM && format <= E_IMAGE_FILE_TIFF;
-}
-
 E_IMAGE_FILE_FORMAT FormatOfPath(const char* path) {
   const char* dot = std::strrchr(path, '.');
   if (dot == nullptr || std::strpbrk(dot, "/\\") != nullptr) return E_IMAGE_FILE_AUTO;
@@ -37,10 +33,11 @@ E_IMAGE_FILE_FORMAT FormatOfPath(const char* path) {
   return E_IMAGE_FILE_AUTO;
 }
 
-// The format to use: the one given, or the extension's. AUTO when neither.
+// The format to use: the one given, or the extension's. AUTO when neither,
+// or when this build has no codec for it.
 E_IMAGE_FILE_FORMAT Resolve(const char* path, E_IMAGE_FILE_FORMAT format) {
-  if (format == E_IMAGE_FILE_AUTO) return FormatOfPath(path);
-  return KnownFormat(format) ? format : E_IMAGE_FILE_AUTO;
+  const E_IMAGE_FILE_FORMAT chosen = format == E_IMAGE_FILE_AUTO ? FormatOfPath(path) : format;
+  return ImgImageFileFormatAvailable(chosen) ? chosen : E_IMAGE_FILE_AUTO;
 }
 
 bool Holds(E_IMAGE_FILE_FORMAT format, Kind kind) {
@@ -102,9 +99,15 @@ std::unique_ptr<Decoder> MakeDecoder(E_IMAGE_FILE_FORMAT format, std::FILE* file
   switch (format) {
     case E_IMAGE_FILE_PGM: return MakePnmDecoder(file, false);
     case E_IMAGE_FILE_PPM: return MakePnmDecoder(file, true);
+#if MIREL_IO_WITH_PNG
     case E_IMAGE_FILE_PNG: return MakePngDecoder(file);
+#endif
+#if MIREL_IO_WITH_JPEG
     case E_IMAGE_FILE_JPEG: return MakeJpegDecoder(file);
+#endif
+#if MIREL_IO_WITH_TIFF
     case E_IMAGE_FILE_TIFF: return MakeTiffDecoder(file);
+#endif
     default: return nullptr;
   }
 }
@@ -113,9 +116,15 @@ std::unique_ptr<Encoder> MakeEncoder(E_IMAGE_FILE_FORMAT format, std::FILE* file
   switch (format) {
     case E_IMAGE_FILE_PGM:
     case E_IMAGE_FILE_PPM: return MakePnmEncoder(file);
+#if MIREL_IO_WITH_PNG
     case E_IMAGE_FILE_PNG: return MakePngEncoder(file);
+#endif
+#if MIREL_IO_WITH_JPEG
     case E_IMAGE_FILE_JPEG: return MakeJpegEncoder(file);
+#endif
+#if MIREL_IO_WITH_TIFF
     case E_IMAGE_FILE_TIFF: return MakeTiffEncoder(file);
+#endif
     default: return nullptr;
   }
 }
@@ -313,4 +322,15 @@ void ImgImageFileInfo(const char* path, int* width, int* height, E_IMAGE_TYPES* 
 
 E_IMAGE_FILE_FORMAT ImgImageFileFormat(const char* path) {
   return path == nullptr ? E_IMAGE_FILE_AUTO : mirel::io::FormatOfPath(path);
+}
+
+bool ImgImageFileFormatAvailable(E_IMAGE_FILE_FORMAT format) {
+  switch (format) {
+    case E_IMAGE_FILE_PGM:
+    case E_IMAGE_FILE_PPM: return true;
+    case E_IMAGE_FILE_PNG: return MIREL_IO_WITH_PNG != 0;
+    case E_IMAGE_FILE_JPEG: return MIREL_IO_WITH_JPEG != 0;
+    case E_IMAGE_FILE_TIFF: return MIREL_IO_WITH_TIFF != 0;
+    default: return false;
+  }
 }

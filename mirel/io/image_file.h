@@ -1,10 +1,12 @@
 // Image files: loading and saving 8-bit grey, 16-bit grey and 24-bit colour
 // images as PGM, PPM, PNG, JPEG and TIFF.
 //
-// Part of Mirel::IO, the optional component (library mirelimage_io) that is
-// built when libpng, libjpeg and libtiff are found; the core library does not
-// depend on it and mirel/mirel.h does not include this header. Link
-// Mirel::IO (CMake) or mirelimage-io (pkg-config).
+// Part of Mirel::IO, the optional component (library mirelimage_io); the
+// core library does not depend on it and mirel/mirel.h does not include this
+// header. PGM and PPM are always there; PNG, JPEG and TIFF come with libpng,
+// libjpeg and libtiff when those are found at build time
+// (ImgImageFileFormatAvailable tells). Link Mirel::IO (CMake) or
+// mirelimage-io (pkg-config).
 //
 //   EImage<EBW8> part;
 //   ImgLoad("part.png", &part);
@@ -48,9 +50,10 @@
 //   1400 E_ERROR_VOID_IMAGE          the destination pointer is null, or the
 //                                    source is null or void
 //   1007 E_ERROR_BAD_ARGUMENT        the path is null or empty, the format
-//                                    is not known, automatic choice meets an
-//                                    extension that names no format, or the
-//                                    JPEG quality is outside 1 to 100
+//                                    is not known or not in this build,
+//                                    automatic choice meets an extension
+//                                    that names no format, or the JPEG
+//                                    quality is outside 1 to 100
 //   1102 E_ERROR_FILE_OPEN           the file cannot be opened (missing,
 //                                    no permission, no such folder)
 //   1105 E_ERROR_IMAGE_FILE_HEADER   the file is not of the chosen format (its
@@ -69,7 +72,8 @@
 //   1104 E_ERROR_FILE_WRITE          writing or encoding failed
 //   1106 E_ERROR_FILE_CLOSE          closing the written file failed
 // ImgLoad and ImgImageFileInfo check in the order of that list, so a missing
-// file gives 1102 whatever its extension and a PNG named .jpg gives 1105.
+// file gives 1102 whatever format of this build its extension names, and a
+// PNG named .jpg gives 1105.
 // ImgSave checks 1400, 1007 and 1419 before it opens the file.
 #ifndef MIREL_IO_IMAGE_FILE_H_
 #define MIREL_IO_IMAGE_FILE_H_
@@ -130,5 +134,10 @@ MIREL_IO_API void ImgImageFileInfo(const char* path, int* width, int* height, E_
 // when its extension names none). Touches neither the file nor the error
 // state.
 MIREL_IO_API E_IMAGE_FILE_FORMAT ImgImageFileFormat(const char* path);
+
+// True when this build reads and writes `format`: PGM and PPM always, PNG,
+// JPEG and TIFF when their codec library was found at build time (a
+// cross build for Windows, say, may have none). Touches no error state.
+MIREL_IO_API bool ImgImageFileFormatAvailable(E_IMAGE_FILE_FORMAT format);
 
 #endif  // MIREL_IO_IMAGE_FILE_H_

@@ -1,9 +1,13 @@
 // Pixel statistics on grey, 16-bit and colour ROIs.
 #include "mirel/measure/statistics.h"
 
+#include <array>
 #include <cmath>
 #include <cstdint>
+#include <memory>
+#include <new>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/run_walk_internal.h"
@@ -100,18 +104,43 @@ inline const unsigned char* Bytes(const mirel::Rows<const EBW8>& rows, int y) {
   return reinterpret_cast<const unsigned char*>(rows.Row(y));
 }
 
+// Integer totals of `rows` rows of about `rowCost` units each, in bands:
+// part(y0, y1) gives the totals of rows [y0, y1) as an array, and the bands'
+// totals are added afterwards (unsigned sums that wrap, or that cannot, give
+// the same totals in any order). One band without memory for the parts.
+template <class A, class F>
+A BandTotals(int rows, double rowCost, F&& part) {
+  const mirel::Bands bands(rows, rowCost);
+  std::unique_ptr<A[]> parts;
+  if (bands.Count() > 1) parts.reset(new (std::nothrow) A[static_cast<std::size_t>(bands.Count())]);
+  if (parts == nullptr) return part(0, rows);
+  bands.Run([&](int band, int y0, int y1) { parts[static_cast<std::size_t>(band)] = part(y0, y1); });
+  A total = parts[0];
+  for (int band = 1; band < bands.Count(); ++band)
+    for (std::size_t i = 0; i < total.size(); ++i) total[i] += parts[static_cast<std::size_t>(band)][i];
+  return total;
+}
+
+template <class U, std::size_t N>
+using Totals = std::array<U, N>;
+
 // Pixel counts of an EBW8 ROI (run masks ignored): below low, between, above.
 void Count3(const EROI<EBW8>* roi, unsigned int low, unsigned int high, const ByteKernels& k, std::uint32_t* below,
             std::uint32_t* between, std::uint32_t* above) {
   const mirel::Rows<const EBW8> rows = mirel::RowsOf(roi);
-  std::uint32_t atLow = 0, atHigh = 0, all = 0;
-  for (int y = 0; y < rows.height; ++y) {
-    std::size_t a = 0, b = 0;
-    k.countAtLeast2(Bytes(rows, y), static_cast<std::size_t>(rows.width), low, high, &a, &b);
-    atLow += static_cast<std::uint32_t>(a);
-    atHigh += static_cast<std::uint32_t>(b);
-    all += static_cast<std::uint32_t>(rows.width);
-  }
+  using T3 = Totals<std::uint32_t, 3>;
+  const T3 t = BandTotals<T3>(rows.height, mirel::RowCost(rows.width, 1.0), [&](int y0, int y1) {
+    T3 part{0, 0, 0};
+    for (int y = y0; y < y1; ++y) {
+      std::size_t a = 0, b = 0;
+      k.countAtLeast2(Bytes(rows, y), static_cast<std::size_t>(rows.width), low, high, &a, &b);
+      part[0] += static_cast<std::uint32_t>(a);
+      part[1] += static_cast<std::uint32_t>(b);
+      part[2] += static_cast<std::uint32_t>(rows.width);
+    }
+    return part;
+  });
+  const std::uint32_t atLow = t[0], atHigh = t[1], all = t[2];
   *below = all - atLow;
   // p >= low and p < high; with low above high no pixel is both.
   *between = low <= high ? atLow - atHigh : 0u;
@@ -122,19 +151,23 @@ template <class P>
 void Count3Scalar(const EROI<P>* roi, std::uint32_t low, std::uint32_t high, std::uint32_t* below,
                   std::uint32_t* between, std::uint32_t* above) {
   const mirel::Rows<const P> rows = mirel::RowsOf(roi);
-  std::uint32_t b = 0, m = 0, a = 0;
-  for (int y = 0; y < rows.height; ++y) {
-    const P* p = rows.Row(y);
-    for (int x = 0; x < rows.width; ++x) {
-      const std::uint32_t v = p[x].value;
-      if (v < low) ++b;
-      else if (v < high) ++m;
-      else ++a;
+  using T3 = Totals<std::uint32_t, 3>;
+  const T3 t = BandTotals<T3>(rows.height, mirel::RowCost(rows.width, 2.0 * sizeof(P)), [&](int y0, int y1) {
+    T3 part{0, 0, 0};
+    for (int y = y0; y < y1; ++y) {
+      const P* p = rows.Row(y);
+      for (int x = 0; x < rows.width; ++x) {
+        const std::uint32_t v = p[x].value;
+        if (v < low) ++part[0];
+        else if (v < high) ++part[1];
+        else ++part[2];
+      }
     }
-  }
-  *below = b;
-  *between = m;
-  *above = a;
+    return part;
+  });
+  *below = t[0];
+  *between = t[1];
+  *above = t[2];
 }
 
 bool HasPixels(const EGenericROI* roi) {
@@ -274,9 +307,13 @@ short ImgPixelAverage(const EROI<EBW8>* roi, float& average) {
     return frame.Result();
   const ByteKernels& k = PickByteKernels(mmx);
   const mirel::Rows<const EBW8> rows = mirel::RowsOf(roi);
-  std::uint32_t sum = 0;
-  for (int y = 0; y < rows.height; ++y)
-    sum += static_cast<std::uint32_t>(k.sum(Bytes(rows, y), static_cast<std::size_t>(rows.width)));
+  using T1 = Totals<std::uint32_t, 1>;
+  const std::uint32_t sum = BandTotals<T1>(rows.height, mirel::RowCost(rows.width, 1.0), [&](int y0, int y1) {
+    T1 part{0};
+    for (int y = y0; y < y1; ++y)
+      part[0] += static_cast<std::uint32_t>(k.sum(Bytes(rows, y), static_cast<std::size_t>(rows.width)));
+    return part;
+  })[0];
   const std::uint32_t n = static_cast<std::uint32_t>(rows.width) * static_cast<std::uint32_t>(rows.height);
   average = static_cast<float>(static_cast<double>(sum) / n);
   return frame.Result();
@@ -286,11 +323,15 @@ void ImgPixelAverage(const EROI<EBW16>* roi, float& average) {
   mirel::Frame frame("ImgPixelAverage ( BW16)");
   if (!frame.Require(HasPixels(roi), E_ERROR_VOID_IMAGE)) return;
   const mirel::Rows<const EBW16> rows = mirel::RowsOf(roi);
-  std::uint64_t sum = 0;
-  for (int y = 0; y < rows.height; ++y) {
-    const EBW16* p = rows.Row(y);
-    for (int x = 0; x < rows.width; ++x) sum += p[x].value;
-  }
+  using T1 = Totals<std::uint64_t, 1>;
+  const std::uint64_t sum = BandTotals<T1>(rows.height, mirel::RowCost(rows.width, 2.0), [&](int y0, int y1) {
+    T1 part{0};
+    for (int y = y0; y < y1; ++y) {
+      const EBW16* p = rows.Row(y);
+      for (int x = 0; x < rows.width; ++x) part[0] += p[x].value;
+    }
+    return part;
+  })[0];
   const std::uint32_t n = static_cast<std::uint32_t>(rows.width) * static_cast<std::uint32_t>(rows.height);
   average = static_cast<float>(static_cast<double>(static_cast<std::int64_t>(sum)) / n);
 }
@@ -299,15 +340,19 @@ void ImgPixelAverage(const EROI<EC24>* roi, float& average0, float& average1, fl
   mirel::Frame frame("ImgPixelAverage ( C24)");
   if (!frame.Require(HasPixels(roi), E_ERROR_VOID_IMAGE)) return;
   const mirel::Rows<const EC24> rows = mirel::RowsOf(roi);
-  std::uint32_t s[3] = {0, 0, 0};
-  for (int y = 0; y < rows.height; ++y) {
-    const EC24* p = rows.Row(y);
-    for (int x = 0; x < rows.width; ++x) {
-      s[0] += p[x].c[0];
-      s[1] += p[x].c[1];
-      s[2] += p[x].c[2];
+  using T3 = Totals<std::uint32_t, 3>;
+  const T3 s = BandTotals<T3>(rows.height, mirel::RowCost(rows.width, 3.0), [&](int y0, int y1) {
+    T3 part{0, 0, 0};
+    for (int y = y0; y < y1; ++y) {
+      const EC24* p = rows.Row(y);
+      for (int x = 0; x < rows.width; ++x) {
+        part[0] += p[x].c[0];
+        part[1] += p[x].c[1];
+        part[2] += p[x].c[2];
+      }
     }
-  }
+    return part;
+  });
   const std::uint32_t n = static_cast<std::uint32_t>(rows.width) * static_cast<std::uint32_t>(rows.height);
   const double inv = 1.0 / n;
   average0 = static_cast<float>(s[2] * inv);
@@ -602,16 +647,21 @@ unsigned int ImgPixelCompare(const EROI<EBW1>* a, const EROI<EBW1>* b) {
 namespace {
 
 // P is the pixel type as the predicate takes it: const for a const ROI.
+// The caller's predicate is called on the calling thread only (one band),
+// since nothing says that it may run on several threads at once.
 template <class P, class Roi>
 unsigned int CountWhere(mirel::Frame& frame, Roi* roi, int (*predicate)(P&)) {
   if (!frame.NotVoid(roi) || !frame.Require(predicate != nullptr, E_ERROR_BAD_ARGUMENT)) return 0;
   const mirel::Rows<P> rows = mirel::RowsOf(roi);
-  std::uint32_t count = 0;
-  for (int y = 0; y < rows.height; ++y) {
-    P* p = rows.Row(y);
-    for (int x = 0; x < rows.width; ++x) count += predicate(p[x]) != 0 ? 1u : 0u;
-  }
-  return count;
+  using T1 = Totals<std::uint32_t, 1>;
+  return BandTotals<T1>(rows.height, mirel::kOneBand, [&](int y0, int y1) {
+    T1 part{0};
+    for (int y = y0; y < y1; ++y) {
+      P* p = rows.Row(y);
+      for (int x = 0; x < rows.width; ++x) part[0] += predicate(p[x]) != 0 ? 1u : 0u;
+    }
+    return part;
+  })[0];
 }
 
 }  // namespace

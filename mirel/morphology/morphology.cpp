@@ -67,6 +67,42 @@ bool SamePixels(const EGenericROI* a, const EGenericROI* b) {
 
 namespace {
 
+// Runs kernel(above, row, below, out, extra) over every row of a 3-row pass,
+// in bands: `extra` is a line of scratch of the band's own when `extraLine`.
+// In place, each band keeps the originals of its rows in line buffers of its
+// own, and the originals of the rows on each side of every band boundary
+// are saved before any band writes. A destination that overlaps the source
+// elsewhere reads rows the pass has written: one band. False, with nothing
+// written, when the scratch cannot be had.
+template <class T, class K>
+bool PassRows(const T* s, std::ptrdiff_t sp, T* d, std::ptrdiff_t dp, int w, int h, bool inPlace, bool overlapping,
+              bool extraLine, double unitsPerPixel, K&& kernel) {
+  if (w <= 0 || h <= 0) return true;
+  const Bands bands(h, overlapping && !inPlace ? kOneBand : RowCost(w, unitsPerPixel));
+  const int n = bands.Count();
+  const std::size_t line = static_cast<std::size_t>(w);
+  const std::size_t perBand = (inPlace ? 2u : 0u) + (extraLine ? 1u : 0u);
+  const std::size_t edges = inPlace ? 2u * static_cast<std::size_t>(n - 1) : 0u;
+  LineBuffer<T> scratch(static_cast<int>(line * (perBand * static_cast<std::size_t>(n) + edges)));
+  if (scratch.p == nullptr) return false;
+  T* edge = scratch.p + line * perBand * static_cast<std::size_t>(n);
+  for (std::size_t k = 1; k < static_cast<std::size_t>(n) && inPlace; ++k) {
+    const int y = bands.Begin(static_cast<int>(k));
+    std::memcpy(edge + line * (2 * k - 2), ConstRow(s, sp, y - 1), line * sizeof(T));
+    std::memcpy(edge + line * (2 * k - 1), ConstRow(s, sp, y), line * sizeof(T));
+  }
+  bands.Run([&](int band, int y0, int y1) {
+    const std::size_t b = static_cast<std::size_t>(band);
+    T* own = scratch.p + line * perBand * b;
+    T* extra = own + (inPlace ? 2 * line : 0);
+    const T* above = band > 0 ? edge + line * (2 * b - 2) : nullptr;
+    const T* below = band + 1 < n ? edge + line * (2 * b + 1) : nullptr;
+    ForEachRowIn<T>(s, sp, d, dp, w, h, y0, y1, inPlace ? own : nullptr, inPlace ? own + line : nullptr, above,
+                    below, [&](const T* a, const T* r, const T* c, T* o) { kernel(a, r, c, o, extra); });
+  });
+  return true;
+}
+
 template <class P>
 void PassWork(int op, PassKind kind, const EROI<P>* src, EROI<P>* out) {
   using T = Raw<P>;
@@ -74,42 +110,37 @@ void PassWork(int op, PassKind kind, const EROI<P>* src, EROI<P>* out) {
   const T* s = reinterpret_cast<const T*>(src->GetImagePtr(0, 0));
   T* d = reinterpret_cast<T*>(out->GetImagePtr(0, 0));
   const int w = src->GetWidth(), h = src->GetHeight();
-  const bool inPlace = SamePixels(src, out);
+  const bool inPlace = SamePixels(src, out), overlapping = Overlap(src, out);
   const std::ptrdiff_t sp = src->GetRowPitch(), dp = out->GetRowPitch();
+  auto run = [&](bool extraLine, double units, auto&& kernel) {
+    if (!PassRows<T>(s, sp, d, dp, w, h, inPlace, overlapping, extraLine, units * sizeof(T), kernel))
+      ESetError(E_ERROR_OUT_OF_MEMORY);
+  };
   switch (kind) {
     case PassKind::kSquare: {
       // The column of three rows into a line buffer, then three columns:
       // fewer loads than the nine pixels of each window.
       const auto v3 = k.v3[op];
       const auto h3 = k.h3[op];
-      LineBuffer<T> column(w);
-      if (column.p == nullptr) {
-        ESetError(E_ERROR_OUT_OF_MEMORY);
-        return;
-      }
-      ForEachRow(s, sp, d, dp, w, h, inPlace, [&](const T* a, const T* b, const T* c, T* o) {
-        v3(a, b, c, column.p, w);
-        h3(column.p, o, w);
+      run(true, 4.0, [&](const T* a, const T* b, const T* c, T* o, T* column) {
+        v3(a, b, c, column, w);
+        h3(column, o, w);
       });
       break;
     }
     case PassKind::kX: {
       const auto f = k.h3[op];
-      if (!inPlace) {
-        for (int y = 0; y < h; ++y) f(ConstRow(s, sp, y), MutRow(d, dp, y), w);
-      } else {
-        ForEachRow(s, sp, d, dp, w, h, true, [&](const T*, const T* b, const T*, T* o) { f(b, o, w); });
-      }
+      run(false, 2.0, [&](const T*, const T* b, const T*, T* o, T*) { f(b, o, w); });
       break;
     }
     case PassKind::kY: {
       const auto f = k.v3[op];
-      ForEachRow(s, sp, d, dp, w, h, inPlace, [&](const T* a, const T* b, const T* c, T* o) { f(a, b, c, o, w); });
+      run(false, 3.0, [&](const T* a, const T* b, const T* c, T* o, T*) { f(a, b, c, o, w); });
       break;
     }
     case PassKind::kCross: {
       const auto f = k.cross[op];
-      ForEachRow(s, sp, d, dp, w, h, inPlace, [&](const T* a, const T* b, const T* c, T* o) { f(a, b, c, o, w); });
+      run(false, 4.0, [&](const T* a, const T* b, const T* c, T* o, T*) { f(a, b, c, o, w); });
       break;
     }
   }
@@ -480,31 +511,28 @@ void BorderPass(EROI<EBW8>* src, EROI<EBW8>* dst, int border, int mode) {
   const std::ptrdiff_t sp = src->GetRowPitch(), dp = dst->GetRowPitch();
   const std::uint8_t* s = reinterpret_cast<const std::uint8_t*>(src->GetImagePtr(0, 0));
   std::uint8_t* d = reinterpret_cast<std::uint8_t*>(dst->GetImagePtr(0, 0));
-  for (int y = 0; y < h; ++y) {
-    const std::uint8_t* p = s + sp * y;
-    std::uint8_t* o = d + dp * y;
-    int prev = border;
-    for (int x = 0; x < w; ++x) {
-      const int cur = p[x];
-      const int next = x + 1 < w ? p[x + 1] : border;
-      o[x] = static_cast<std::uint8_t>(op(op(prev, cur), next));
-      prev = cur;
+  mirel::RowwiseBands(dst, {src}, 2.0, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const std::uint8_t* p = s + sp * y;
+      std::uint8_t* o = d + dp * y;
+      int prev = border;
+      for (int x = 0; x < w; ++x) {
+        const int cur = p[x];
+        const int next = x + 1 < w ? p[x + 1] : border;
+        o[x] = static_cast<std::uint8_t>(op(op(prev, cur), next));
+        prev = cur;
+      }
     }
-  }
-  std::uint8_t* above = static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(w), 1));
-  if (above == nullptr) return;  // the row pass stands
-  for (int y = 0; y < h; ++y) {
-    std::uint8_t* o = d + dp * y;
-    const std::uint8_t* below = y + 1 < h ? d + dp * (y + 1) : nullptr;
-    for (int x = 0; x < w; ++x) {
-      const int a = y == 0 ? border : above[x];
-      const int c = o[x];
-      const int b = below != nullptr ? below[x] : border;
-      above[x] = o[x];
-      o[x] = static_cast<std::uint8_t>(op(op(a, c), b));
-    }
-  }
-  std::free(above);
+  });
+  // The column pass in place: the row above and below are distinct from the
+  // row itself except at the top and bottom of the image, where `border`
+  // stands for them. Without scratch the row pass stands.
+  mirel::morphology::PassRows<std::uint8_t>(
+      d, dp, d, dp, w, h, true, true, false, 2.0,
+      [&](const std::uint8_t* a, const std::uint8_t* c, const std::uint8_t* b, std::uint8_t* o, std::uint8_t*) {
+        for (int x = 0; x < w; ++x)
+          o[x] = static_cast<std::uint8_t>(op(op(a == c ? border : a[x], c[x]), b == c ? border : b[x]));
+      });
 }
 
 // The worker of the older entry points: `passes` border passes, the first

@@ -74,17 +74,40 @@ T* MutRow(T* base, std::ptrdiff_t pitch, int y) {
   return reinterpret_cast<T*>(reinterpret_cast<unsigned char*>(base) + pitch * y);
 }
 
-// Runs a kernel over every row with the rows above, at and below it (the
-// edge row repeated at the top and bottom). In place, the originals of the
-// row above and of the row itself are kept in two line buffers.
+// Runs a kernel over rows [y0, y1) of h rows, each with the rows above, at
+// and below it (the edge row of the image repeated at the top and bottom).
+// Apart from the source, `prev` is null. In place, the originals of the row
+// above and of the row itself are kept in the line buffers `prev` and `cur`;
+// `above` and `below` hold the originals of rows y0 - 1 and y1, which
+// neighbouring bands may already have written (unused at the image's
+// edges).
 template <class T, class K>
-inline bool ForEachRow(const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, bool inPlace,
-                K&& kernel) {
-  if (w <= 0 || h <= 0) return true;
-  if (!inPlace) {
-    for (int y = 0; y < h; ++y)
+void ForEachRowIn(const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, int y0, int y1,
+                  T* prev, T* cur, const T* above, const T* below, K&& kernel) {
+  if (prev == nullptr) {
+    for (int y = y0; y < y1; ++y)
       kernel(ConstRow(src, sp, y > 0 ? y - 1 : 0), ConstRow(src, sp, y), ConstRow(src, sp, y + 1 < h ? y + 1 : h - 1),
              MutRow(dst, dp, y));
+    return;
+  }
+  if (y0 > 0) std::memcpy(prev, above, static_cast<std::size_t>(w) * sizeof(T));
+  for (int y = y0; y < y1; ++y) {
+    std::memcpy(cur, ConstRow(src, sp, y), static_cast<std::size_t>(w) * sizeof(T));
+    const T* next = y + 1 < y1 ? ConstRow(src, sp, y + 1) : y + 1 < h ? below : cur;
+    kernel(y == 0 ? cur : prev, cur, next, MutRow(dst, dp, y));
+    T* t = prev;
+    prev = cur;
+    cur = t;
+  }
+}
+
+// ForEachRowIn over all rows of the image.
+template <class T, class K>
+inline bool ForEachRow(const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, bool inPlace,
+                       K&& kernel) {
+  if (w <= 0 || h <= 0) return true;
+  if (!inPlace) {
+    ForEachRowIn<T>(src, sp, dst, dp, w, h, 0, h, nullptr, nullptr, nullptr, nullptr, kernel);
     return true;
   }
   LineBuffer<T> a(w), b(w);
@@ -92,16 +115,7 @@ inline bool ForEachRow(const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t d
     ESetError(E_ERROR_OUT_OF_MEMORY);
     return false;
   }
-  T* prev = a.p;
-  T* cur = b.p;
-  for (int y = 0; y < h; ++y) {
-    std::memcpy(cur, ConstRow(src, sp, y), static_cast<std::size_t>(w) * sizeof(T));
-    const T* below = y + 1 < h ? ConstRow(src, sp, y + 1) : cur;
-    kernel(y == 0 ? cur : prev, cur, below, MutRow(dst, dp, y));
-    T* t = prev;
-    prev = cur;
-    cur = t;
-  }
+  ForEachRowIn<T>(src, sp, dst, dp, w, h, 0, h, a.p, b.p, nullptr, nullptr, kernel);
   return true;
 }
 

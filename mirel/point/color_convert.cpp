@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/prefetch_internal.h"
@@ -66,7 +67,10 @@ void Convert(const char* label, const EROI<S>* src, EROI<D>* dst, F f, BlockFn B
   mirel::Frame frame(label);
   if (!frame.NotVoid(src) || !frame.SameSize(src, dst) || !frame.NotVoid(dst)) return;
   const BlockFn block = fast != nullptr ? ActiveBlocks(mmx).*fast : nullptr;
-  PixelRows(RowsOf(src), RowsOf(dst), 0, src->GetHeight(), f, block);
+  const Rows<const S> s = RowsOf(src);
+  const Rows<D> d = RowsOf(dst);
+  mirel::RowwiseBands(dst, {src}, static_cast<double>(sizeof(S) + sizeof(D)),
+                      [&](int y0, int y1) { PixelRows(s, d, y0, y1, f, block); });
 }
 
 // Float to an unsigned integer: below 0 gives 0, from top + 1 up gives top,
@@ -135,8 +139,11 @@ void ImgConvert(const EROI<EC24>* src, const EROI<EBW8>* alpha, EROI<EC24A>* dst
   if (!frame.NotVoid(src, alpha) || !frame.SameSize(src, alpha) || !frame.SameSize(src, dst) ||
       !frame.NotVoid(dst))
     return;
-  AlphaRows(RowsOf(src), RowsOf(alpha), RowsOf(dst), 0, src->GetHeight(), [](const EC24& c, const EBW8& a, EC24A& d) {
-    d = EC24A(c.c[0], c.c[1], c.c[2], a.value);
+  const Rows<const EC24> s = RowsOf(src);
+  const Rows<const EBW8> a = RowsOf(alpha);
+  const Rows<EC24A> d = RowsOf(dst);
+  mirel::RowwiseBands(dst, {src, alpha}, 8.0, [&](int y0, int y1) {
+    AlphaRows(s, a, d, y0, y1, [](const EC24& c, const EBW8& v, EC24A& out) { out = EC24A(c.c[0], c.c[1], c.c[2], v.value); });
   });
 }
 
@@ -145,9 +152,16 @@ void ImgConvert(const EROI<EC24A>* src, EROI<EC24>* dst, EROI<EBW8>* alpha) {
   if (!frame.NotVoid(src) || !frame.SameSize(src, dst) || !frame.SameSize(src, alpha) ||
       !frame.NotVoid(dst, alpha))
     return;
-  AlphaRows(RowsOf(src), RowsOf(dst), RowsOf(alpha), 0, src->GetHeight(), [](const EC24A& p, EC24& c, EBW8& a) {
-    c = EC24(p.c[0], p.c[1], p.c[2]);
-    a = EBW8(p.alpha);
+  // The source's pixel type is apart from both destinations', so rows are
+  // independent whatever the images.
+  const Rows<const EC24A> s = RowsOf(src);
+  const Rows<EC24> d = RowsOf(dst);
+  const Rows<EBW8> a = RowsOf(alpha);
+  mirel::RowwiseBands(dst, {src}, 8.0, [&](int y0, int y1) {
+    AlphaRows(s, d, a, y0, y1, [](const EC24A& p, EC24& c, EBW8& v) {
+      c = EC24(p.c[0], p.c[1], p.c[2]);
+      v = EBW8(p.alpha);
+    });
   });
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <new>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/measure/statistics.h"
 #include "mirel/point/lut.h"
@@ -50,6 +51,8 @@ void ImgNormalize(const EROI<EBW16>* src, EROI<EBW16>* dst, float mean, float de
   float s = 0.0f, m = 0.0f;
   ImgPixelStdDev(src, s, m);
   if (!frame.Ok()) return;
-  Stretch16Rows(mirel::RowsOf(src), mirel::RowsOf(dst), static_cast<double>(deviation) / s, mean, m, 0,
-                src->GetHeight());
+  const mirel::Rows<const EBW16> in = mirel::RowsOf(src);
+  const mirel::Rows<EBW16> out = mirel::RowsOf(dst);
+  const double r = static_cast<double>(deviation) / s;
+  mirel::RowwiseBands(dst, {src}, 8.0, [&](int y0, int y1) { Stretch16Rows(in, out, r, mean, m, y0, y1); });
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <new>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/frame_internal.h"
 
 namespace {
@@ -56,39 +57,46 @@ inline I64 LightDark(I64 s, I64 d, I64 span, I64 light, I64 dark, I64 top) {
   return span == 0 ? top : Clamp(((s - d) * (light - dark)) / span + dark, top);
 }
 
-// Rows [y0, y1) of an image form: each component of d is f(k, s, a, b),
-// with a and b the two references (b may repeat a). All reads of a pixel
-// come before its write, so the destination may be any of the inputs.
+// An image form, in bands: each component of d is f(k, s, a, b), with a and
+// b the two references (b may repeat a). All reads of a pixel come before
+// its write, so the destination may be any of the inputs.
 template <class T, class F>
-void ImageRows(const Rows<const T>& s, const Rows<const T>& a, const Rows<const T>& b, const Rows<T>& d, int y0,
-               int y1, F f) {
-  for (int y = y0; y < y1; ++y) {
-    const T* sp = s.Row(y);
-    const T* ap = a.Row(y);
-    const T* bp = b.Row(y);
-    T* dp = d.Row(y);
-    for (int x = 0; x < s.width; ++x) {
-      T out = sp[x];
-      for (int k = 0; k < Px<T>::kN; ++k)
-        Px<T>::Put(out, k, f(k, Px<T>::Get(sp[x], k), Px<T>::Get(ap[x], k), Px<T>::Get(bp[x], k)));
-      dp[x] = out;
+void ImageRows(const EROI<T>* src, const EROI<T>* light, const EROI<T>* dark, EROI<T>* dst, F f) {
+  const Rows<const T> s = RowsOf(src), a = RowsOf(light), b = RowsOf(dark);
+  const Rows<T> d = RowsOf(dst);
+  mirel::RowwiseBands(dst, {src, light, dark}, 4.0 * sizeof(T), [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const T* sp = s.Row(y);
+      const T* ap = a.Row(y);
+      const T* bp = b.Row(y);
+      T* dp = d.Row(y);
+      for (int x = 0; x < s.width; ++x) {
+        T out = sp[x];
+        for (int k = 0; k < Px<T>::kN; ++k)
+          Px<T>::Put(out, k, f(k, Px<T>::Get(sp[x], k), Px<T>::Get(ap[x], k), Px<T>::Get(bp[x], k)));
+        dp[x] = out;
+      }
     }
-  }
+  });
 }
 
-// Rows [y0, y1) of a row form: each component of d is f(j, s), j the index
-// of the column's component in the per-column tables.
+// A row form, in bands: each component of d is f(j, s), j the index of the
+// column's component in the per-column tables.
 template <class T, class F>
-void TableRows(const Rows<const T>& s, const Rows<T>& d, int y0, int y1, F f) {
-  for (int y = y0; y < y1; ++y) {
-    const T* sp = s.Row(y);
-    T* dp = d.Row(y);
-    for (int x = 0; x < s.width; ++x) {
-      T out = sp[x];
-      for (int k = 0; k < Px<T>::kN; ++k) Px<T>::Put(out, k, f(x * Px<T>::kN + k, Px<T>::Get(sp[x], k)));
-      dp[x] = out;
+void TableRows(const EROI<T>* src, EROI<T>* dst, F f) {
+  const Rows<const T> s = RowsOf(src);
+  const Rows<T> d = RowsOf(dst);
+  mirel::RowwiseBands(dst, {src}, 4.0 * sizeof(T), [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const T* sp = s.Row(y);
+      T* dp = d.Row(y);
+      for (int x = 0; x < s.width; ++x) {
+        T out = sp[x];
+        for (int k = 0; k < Px<T>::kN; ++k) Px<T>::Put(out, k, f(x * Px<T>::kN + k, Px<T>::Get(sp[x], k)));
+        dp[x] = out;
+      }
     }
-  }
+  });
 }
 
 template <class T>
@@ -96,13 +104,12 @@ void SingleImage(const EROI<T>* src, T light, const EROI<T>* reference, EROI<T>*
   mirel::Frame frame(Px<T>::kLabels[kSingleImage]);
   if (!frame.NotVoid(src, reference, dst) || !frame.SameSize(src, reference) || !frame.SameSize(src, dst)) return;
   const I64 top = Px<T>::kMax;
-  const Rows<const T> r = RowsOf(reference);
   auto level = [&light](int k) { return Px<T>::Get(light, k); };
   if (multiplicative == 0) {
-    ImageRows(RowsOf(src), r, r, RowsOf(dst), 0, src->GetHeight(),
+    ImageRows(src, reference, reference, dst,
               [&](int k, I64 s, I64 ref, I64) { return Clamp(s - ref + level(k), top); });
   } else {
-    ImageRows(RowsOf(src), r, r, RowsOf(dst), 0, src->GetHeight(),
+    ImageRows(src, reference, reference, dst,
               [&](int k, I64 s, I64 ref, I64) { return ref == 0 ? top : Min(s * level(k) / ref, top); });
   }
 }
@@ -114,7 +121,7 @@ void LightDarkImages(const EROI<T>* src, T light, const EROI<T>* lightReference,
   if (!frame.NotVoid(src, lightReference, darkReference, dst) || !frame.SameSize(src, lightReference) ||
       !frame.SameSize(src, darkReference) || !frame.SameSize(src, dst))
     return;
-  ImageRows(RowsOf(src), RowsOf(lightReference), RowsOf(darkReference), RowsOf(dst), 0, src->GetHeight(),
+  ImageRows(src, lightReference, darkReference, dst,
             [&](int k, I64 s, I64 l, I64 d) {
               return LightDark(s, d, l - d, Px<T>::Get(light, k), Px<T>::Get(dark, k), Px<T>::kMax);
             });
@@ -151,9 +158,9 @@ void SingleVector(const EROI<T>* src, T light, const V* reference, EROI<T>* dst,
     second[j] = static_cast<std::int32_t>(r == 0 ? top : 0);
   }
   if (multiplicative == 0) {
-    TableRows(RowsOf(src), RowsOf(dst), 0, src->GetHeight(), [&](int j, I64 s) { return Clamp(s + first[j], top); });
+    TableRows(src, dst, [&](int j, I64 s) { return Clamp(s + first[j], top); });
   } else {
-    TableRows(RowsOf(src), RowsOf(dst), 0, src->GetHeight(),
+    TableRows(src, dst,
               [&](int j, I64 s) { return Min(((s * first[j]) >> 12) + second[j], top); });
   }
 }
@@ -172,7 +179,7 @@ void LightDarkVectors(const EROI<T>* src, T light, const V* lightReference, T da
     span[j] = static_cast<std::int32_t>(Px<T>::Get(lightReference->GetDataPtr()[j / Px<T>::kN], j % Px<T>::kN)) -
               base[j];
   }
-  TableRows(RowsOf(src), RowsOf(dst), 0, src->GetHeight(), [&](int j, I64 s) {
+  TableRows(src, dst, [&](int j, I64 s) {
     const int k = j % Px<T>::kN;
     return LightDark(s, base[j], span[j], Px<T>::Get(light, k), Px<T>::Get(dark, k), Px<T>::kMax);
   });

@@ -234,6 +234,34 @@ std::vector<Case> Cases() {
     return Shared<EBW8>(r, true, [=](auto s, auto d) { ImgDilateBox(s, d, hw, hh); });
   });
 
+  add("ErodeBox small in place", [](Rng& r) {
+    const unsigned hw = r() % 4, hh = r() % 4;
+    return Shared<EBW8>(r, false, [=](auto s, auto) { ImgErodeBox(s, nullptr, hw, hh); });
+  });
+  add("DilateBox small overlapping", [](Rng& r) {
+    const unsigned hw = r() % 4, hh = r() % 4;
+    return Shared<EBW16>(r, true, [=](auto s, auto d) { ImgDilateBox(s, d, hw, hh); });
+  });
+  add("DilateDisk BW16 in place", [](Rng& r) {
+    const unsigned radius = r() % 5;
+    return Shared<EBW16>(r, false, [=](auto s, auto) { ImgDilateDisk(s, nullptr, radius); });
+  });
+  add("ErodeDisk C24", [](Rng& r) {
+    const unsigned radius = r() % 4;
+    return Unary<EC24>(r, [=](auto s, auto d) { ImgErodeDisk(s, d, radius); });
+  });
+  add("Erode older passes", [](Rng& r) {
+    const int passes = static_cast<int>(r() % 4), border = static_cast<int>(r() % 256);
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgErode(s, d, passes, border); });
+  });
+  add("Open older in place", [](Rng& r) {
+    const int passes = 1 + static_cast<int>(r() % 3);
+    return Shared<EBW8>(r, false, [=](auto s, auto d) { ImgOpen(s, d, passes, 0, 255); });
+  });
+  add("Dilate older C24", [](Rng& r) {
+    return Unary<EC24>(r, [](auto s, auto d) { ImgDilate(s, d, 2, EC24(9, 0, 200)); });
+  });
+
   // Resampling.
   for (int bits : {0, 4, 8}) {
     add("ScaleRotate BW8 bits " + std::to_string(bits), [bits](Rng& r) {
@@ -397,8 +425,178 @@ std::vector<Case> Cases() {
   });
   add("ConvertTo422", [](Rng& r) { return Unary<EBW8, EBW16>(r, [](auto s, auto d) { ImgConvertTo422(s, d); }); });
 
+  // Colour and float conversions, normalisation and flat-field correction.
+  add("Convert C24 to BW8", [](Rng& r) { return Unary<EC24, EBW8>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert BW8 to C24", [](Rng& r) { return Unary<EBW8, EC24>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert C24 to C15", [](Rng& r) { return Unary<EC24, EC15>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert C16 to C24", [](Rng& r) { return Unary<EC16, EC24>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert C24 to C24A", [](Rng& r) { return Unary<EC24, EC24A>(r, [](auto s, auto d) { ImgConvert(s, d); }); });
+  add("Convert F32 to BW16", [](Rng& r) {
+    return Unary<EFLOAT32, EBW16>(r, [](auto s, auto d) { ImgConvert(s, d); });
+  });
+  add("Convert F64 to BW32", [](Rng& r) {
+    return Unary<EFLOAT64, EBW32>(r, [](auto s, auto d) { ImgConvert(s, d); });
+  });
+  add("Convert BW8 to F32", [](Rng& r) {
+    return Unary<EBW8, EFLOAT32>(r, [](auto s, auto d) { ImgConvert(s, d); });
+  });
+  add("Convert C24 with alpha", [](Rng& r) {
+    return Binary<EC24, EBW8, EC24A>(r, [](auto s, auto a, auto d) { ImgConvert(s, a, d); });
+  });
+  add("Convert C24A to C24 and alpha", [](Rng& r) {
+    const int w = Width(r), h = Height(r);
+    Placed<EC24A> src(r, w, h);
+    Placed<EC24> dst(r, w, h);
+    Placed<EBW8> alpha(r, w, h);
+    ImgConvert(&src.roi, &dst.roi, &alpha.roi);
+    Result got = Left(dst.image);
+    const auto a = testsupport::Snapshot(alpha.image);
+    got.bytes.insert(got.bytes.end(), a.begin(), a.end());
+    return got;
+  });
+  add("Normalize BW16", [](Rng& r) {
+    return Unary<EBW16>(r, [](auto s, auto d) { ImgNormalize(s, d, 30000.f, 9000.f); });
+  });
+  add("Uniformize BW8 light/dark", [](Rng& r) {
+    return Binary<EBW8>(r, [](auto s, auto l, auto d) { ImgUniformize(s, EBW8(200), l, EBW8(20), s, d); });
+  });
+  add("Uniformize BW16 multiplicative in place", [](Rng& r) {
+    return Shared<EBW16>(r, false, [](auto s, auto d) { ImgUniformize(s, EBW16(40000), s, d, 1); });
+  });
+  add("Uniformize C24 vector", [](Rng& r) {
+    return Unary<EC24>(r, [&r](auto s, auto d) {
+      EC24Vector ref;
+      for (int i = 0; i < d->GetWidth(); ++i) ref.AddElement(EC24(static_cast<unsigned char>(r()), 7, static_cast<unsigned char>(r())));
+      ImgUniformize(s, EC24(250, 128, 9), &ref, d, static_cast<int>(r() % 2));
+    });
+  });
+
+  // Shrinking: each destination row from a block of source rows.
+  auto shrink = [](auto zero, bool overlapping) {
+    using P = decltype(zero);
+    return [overlapping](Rng& r) {
+      const int w = Width(r), h = Height(r), dw = 1 + static_cast<int>(r() % w), dh = 1 + static_cast<int>(r() % h);
+      Placed<P> src(r, w, h);
+      Placed<P> other(r, dw, dh);
+      EROI<P> near(&src.image, 0, 0, dw, dh);
+      ImgShrink(&src.roi, overlapping ? &near : &other.roi);
+      return Left(overlapping ? src.image : other.image);
+    };
+  };
+  add("Shrink BW8", shrink(EBW8{}, false));
+  add("Shrink BW16", shrink(EBW16{}, false));
+  add("Shrink C24", shrink(EC24{}, false));
+  add("Shrink BW8 overlapping", shrink(EBW8{}, true));
+
+  // Warps: two maps drawing 0 outside, and one packed map whose first entry
+  // outside the source stops the call.
+  auto map = [](Rng& r, int w, int h, int range) {
+    auto m = std::make_shared<EImage<EBW16>>(w, h);
+    for (int y = 0; y < h; ++y)
+      for (int x = 0; x < w; ++x)
+        m->GetImagePtr(x, y)->value = static_cast<unsigned short>(static_cast<int>(r() % range) - 3);
+    return m;
+  };
+  add("Warp BW8 two maps", [map](Rng& r) {
+    return Unary<EBW8>(r, [&](auto s, auto d) {
+      auto mx = map(r, d->GetWidth(), d->GetHeight(), 80), my = map(r, d->GetWidth(), d->GetHeight(), 40);
+      ImgWarp(s, d, mx.get(), my.get(), 1, -1);
+    });
+  });
+  add("Warp C24 two maps", [map](Rng& r) {
+    return Unary<EC24>(r, [&](auto s, auto d) {
+      auto mx = map(r, d->GetWidth(), d->GetHeight(), 80), my = map(r, d->GetWidth(), d->GetHeight(), 40);
+      ImgWarp(s, d, mx.get(), my.get(), 0, 2);
+    });
+  });
+  add("Warp BW8 packed map", [](Rng& r) {
+    return Unary<EBW8>(r, [&r](auto s, auto d) {
+      EImage<EBW32> m(d->GetWidth() + static_cast<int>(r() % 3), d->GetHeight());
+      const bool outside = r() % 2 != 0;  // some entry outside the source, at most one in 200
+      for (int y = 0; y < m.GetHeight(); ++y)
+        for (int x = 0; x < m.GetWidth(); ++x) {
+          unsigned px = r() % s->GetWidth(), py = r() % s->GetHeight();
+          if (outside && r() % 200 == 0) px += s->GetWidth();
+          m.GetImagePtr(x, y)->value = px | (py << 16);
+        }
+      ImgWarp(s, d, &m);
+    });
+  });
+
   // Histograms counted in bands and merged; a large smooth image takes the
   // pair counter on one thread and byte counters in bands.
+  // Reductions merged from bands: what they give, packed as bytes.
+  auto packed = [](std::initializer_list<std::pair<const void*, std::size_t>> parts) {
+    Result out{{}, EGetError(), EGetErrorTrace()};
+    for (const auto& part : parts) {
+      const unsigned char* p = static_cast<const unsigned char*>(part.first);
+      out.bytes.insert(out.bytes.end(), p, p + part.second);
+    }
+    return out;
+  };
+  auto field = [packed](auto zero) {
+    using P = decltype(zero);
+    return [packed](Rng& r) {
+      Placed<P> src(r, Width(r), Height(r));
+      const unsigned bits = 1 + r() % 8, msb = bits - 1 + r() % (sizeof(P) * 8 - bits + 1);
+      EBWHistogramVector bins;
+      ImgHistogram(&src.roi, &bins, msb, bits, static_cast<int>(r() % 2));
+      return packed({{bins.GetDataPtr(), bins.GetNumElements() * sizeof(unsigned int)}});
+    };
+  };
+  add("Histogram BW16 field", field(EBW16{}));
+  add("Histogram BW32 field", field(EBW32{}));
+  auto project = [packed](auto zero, auto vector, bool onRow) {
+    using P = decltype(zero);
+    using V = decltype(vector);
+    return [packed, onRow](Rng& r) {
+      Placed<P> src(r, Width(r), Height(r));
+      V v;
+      if (onRow) ImgProjectOnARow(&src.roi, &v);
+      else ImgProjectOnAColumn(&src.roi, &v);
+      return packed({{v.GetDataPtr(), v.GetNumElements() * sizeof(*v.GetDataPtr())}});
+    };
+  };
+  add("ProjectOnARow BW8 sum", project(EBW8{}, EBW32Vector{}, true));
+  add("ProjectOnAColumn BW8 sum", project(EBW8{}, EBW32Vector{}, false));
+  add("ProjectOnARow BW16 average", project(EBW16{}, EBW16Vector{}, true));
+  add("ProjectOnAColumn BW16 sum", project(EBW16{}, EBW32Vector{}, false));
+  add("ProjectOnARow C24", project(EC24{}, EC24Vector{}, true));
+  add("ProjectOnAColumn C24", project(EC24{}, EC24Vector{}, false));
+  add("PixelCount BW8", [packed](Rng& r) {
+    Placed<EBW8> src(r, Width(r), Height(r));
+    int c[3] = {};
+    ImgPixelCount(&src.roi, static_cast<unsigned char>(r()), static_cast<unsigned char>(r()), c[0], c[1], c[2]);
+    return packed({{c, sizeof c}});
+  });
+  add("PixelCount BW16", [packed](Rng& r) {
+    Placed<EBW16> src(r, Width(r), Height(r));
+    int c[3] = {};
+    ImgPixelCount(&src.roi, EBW16(static_cast<unsigned short>(r())), EBW16(40000), c[0], c[1], c[2]);
+    return packed({{c, sizeof c}});
+  });
+  add("PixelAverage BW8 BW16 C24", [packed](Rng& r) {
+    const int w = Width(r), h = Height(r);
+    Placed<EBW8> a(r, w, h);
+    Placed<EBW16> b(r, w, h);
+    Placed<EC24> c(r, w, h);
+    float m[5] = {};
+    ImgPixelAverage(&a.roi, m[0]);
+    ImgPixelAverage(&b.roi, m[1]);
+    ImgPixelAverage(&c.roi, m[2], m[3], m[4]);
+    return packed({{m, sizeof m}});
+  });
+  // The caller's predicate runs on the calling thread alone: a count of the
+  // pixels it saw there equals the pixel count only then.
+  add("Count C24 on the calling thread", [packed](Rng& r) {
+    Placed<EC24> src(r, Width(r), Height(r));
+    static thread_local bool onCaller = false;
+    onCaller = true;
+    const unsigned n = ImgCount(&src.roi, [](EC24&) { return onCaller ? 1 : 0; });
+    onCaller = false;
+    return packed({{&n, sizeof n}});
+  });
+
   auto histogram = [](const EROI<EBW8>* src) {
     EBWHistogramVector bins;
     ImgHistogram(src, &bins);
@@ -474,6 +672,30 @@ TEST(BandsOps, RefusalInsideTheBandsWritesNothing) {
   EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
   EXPECT_STREQ(EGetErrorTrace(), "ImgConvolKernel BW8");
   EXPECT_EQ(testsupport::Snapshot(dst.image), before);
+  // A shrink to a larger size is refused before any band starts.
+  Placed<EBW8> small(rng, 30, 20);
+  ImgShrink(&small.roi, &dst.roi);
+  EXPECT_EQ(EGetError(), E_ERROR_SIZE_MISMATCH);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgShrink");
+  EXPECT_EQ(testsupport::Snapshot(dst.image), before);
+  // A packed warp entry outside the source in the last band: the rows
+  // before it are drawn, nothing from it on.
+  EImage<EBW32> map(64, 40);
+  for (int y = 0; y < 40; ++y)
+    for (int x = 0; x < 64; ++x) map.GetImagePtr(x, y)->value = y == 35 && x == 7 ? 64u : 1u << 16;
+  std::vector<unsigned char> old;
+  for (int y = 0; y < 40; ++y)
+    for (int x = 0; x < 64; ++x) old.push_back(dst.roi.GetImagePtr(x, y)->value);
+  ImgWarp(&src.roi, &dst.roi, &map);
+  EXPECT_EQ(EGetError(), E_ERROR_WARP_OUTSIDE);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgWarp");
+  for (int y = 0; y < 40; ++y)
+    for (int x = 0; x < 64; ++x) {
+      const bool drawn = y < 35 || (y == 35 && x < 7);
+      ASSERT_EQ(dst.roi.GetImagePtr(x, y)->value,
+                drawn ? src.roi.GetImagePtr(0, 1)->value : old[static_cast<std::size_t>(y * 64 + x)])
+          << x << ", " << y;
+    }
   ImgOper(ALO_ADD, &src.roi, EBW8(3), &dst.roi);
   EXPECT_EQ(EGetError(), E_OK);
   EXPECT_NE(testsupport::Snapshot(dst.image), before);
