@@ -132,7 +132,7 @@ struct BoxSettings {
 
 // The running box on random ROIs, in place and apart, against the model:
 // erosion and dilation, the AND/OR forms on two-level images, one to three
-// threads with every call in bands (bands down to one row, so every band
+// threads with every call in bands (bands as low as hh rows, so every band
 // windows rows of its neighbours, copied first when in place), the one walk
 // and the row and column walks, on every path.
 template <class P>
