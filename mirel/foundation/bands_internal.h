@@ -58,6 +58,9 @@ class MIREL_API Bands {
   // `rows` rows of about `rowCost` units each (kOneBand: one band).
   Bands(int rows, double rowCost);
   int Count() const { return count_; }
+  // The most bands that run at the same time: a worker needs no more
+  // scratch buffers than this, shared out as bands start.
+  int Concurrent() const { return count_ == 1 ? 1 : (threads_ < count_ ? threads_ : count_); }
   int Begin(int band) const {
     return static_cast<int>(static_cast<long long>(rows_) * band / count_);
   }

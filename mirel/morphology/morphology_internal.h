@@ -161,9 +161,10 @@ void SeparableBox(const Family& f, int mode, EROI<P>* src, EROI<P>* dst, unsigne
 // may be the same pixels), at a cost per pixel that does not depend on the
 // window: a doubling of the window along each row and running extrema over
 // segments of each column. Gives the bytes of hw horizontal and hh vertical
-// passes. False with 1303 standing when its buffers cannot be had. The row
-// walk runs in bands of rows when `rowsBanded` (each dst row lies on its own
-// src row or apart from src), the column walk in bands of columns.
+// passes. False with 1303 standing when its buffers cannot be had. When
+// `rowsBanded` (each dst row lies on its own src row or apart from src) the
+// result comes in bands of rows, each one walk down the source; otherwise a
+// row walk into dst and a column walk over dst in bands of columns.
 template <class T>
 bool RunningBox(int op, const T* src, std::ptrdiff_t srcPitch, T* dst, std::ptrdiff_t dstPitch, int w,
                 int h, int hw, int hh, const RowKernels<T>& k, bool rowsBanded);

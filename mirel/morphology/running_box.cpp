@@ -17,13 +17,18 @@
 //   segment, prefix extrema G from its first row down and suffix extrema H
 //   from its last row up; the window that starts at padded row y ends in
 //   the same or the next segment and is op(H[y], G[y + L - 1]). Three
-//   operations per pixel, whatever L. A segment is read before the rows of
-//   the segment ahead of it are written, so the pass runs in place.
+//   operations per pixel, whatever L.
 //
-// When four segments of whole rows fit in cache, the rows of a segment are
-// windowed as it is read and the image is read and written once. Otherwise
-// the rows run as one walk into the destination and the columns as a second
-// walk, in strips of columns whose segments stay in cache.
+// When two segments of whole rows fit in cache, each band of result rows
+// is one walk down the source: every row is windowed into the segment
+// buffer as it is read, the running prefix of the segment being read gives
+// the result rows of the segment before it at once, and the segment's
+// suffixes are taken when it is complete. The image is read and written
+// once and the bands split over threads; each band windows the hh rows
+// above and below it again. Otherwise (or when the destination lies on the
+// source at another height) the rows run as one walk into the destination
+// and the columns as a second walk, in strips of columns whose segments
+// stay in cache.
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
@@ -44,9 +49,11 @@ namespace morphology {
 namespace {
 
 // The column walk keeps four segments of a strip of columns within this
-// many bytes.
+// many bytes, and the one walk two segments of whole rows within half of
+// it.
 constexpr std::size_t kStripBudget = std::size_t{1} << 20;
 thread_local std::size_t tStripBudget = 0;
+std::size_t StripBudget() { return tStripBudget > 0 ? tStripBudget : kStripBudget; }
 
 template <class T>
 T Identity(int op) {
@@ -129,8 +136,7 @@ bool Columns(int op, T* img, std::ptrdiff_t pitch, int xa, int xb, int h, int hh
   const int w = xb - xa;
   const int len = 2 * hh + 1;
   const int padded = h + 2 * hh;
-  const std::size_t bytes = tStripBudget > 0 ? tStripBudget : kStripBudget;
-  const std::size_t budget = bytes / (4 * sizeof(T) * static_cast<std::size_t>(len));
+  const std::size_t budget = StripBudget() / (4 * sizeof(T) * static_cast<std::size_t>(len));
   const int strip = static_cast<int>(std::max<std::size_t>(std::min<std::size_t>(budget, w), 64));
   const std::size_t seg = static_cast<std::size_t>(len) * strip;
   Buffer<T> gCur(seg), hCur(seg), gNext(seg), hNext(seg), idRow(strip);
@@ -174,17 +180,166 @@ bool Columns(int op, T* img, std::ptrdiff_t pitch, int xa, int xb, int h, int hh
   return true;
 }
 
+// The one-walk form over bands of result rows.
+template <class T>
+class Stream {
+ public:
+  Stream(int op, const T* src, std::ptrdiff_t sp, T* dst, std::ptrdiff_t dp, int w, int h, int hw, int hh,
+         const RowKernels<T>& k)
+      : op_(op), src_(src), sp_(sp), dst_(dst), dp_(dp), w_(w), h_(h), hw_(hw), hh_(hh), len_(2 * hh + 1),
+        stride_(static_cast<std::size_t>(RoundUp64(w, static_cast<int>(sizeof(T))))), k_(k) {}
+
+  // Bytes of the two segments that a band keeps in cache.
+  std::size_t SegmentBytes() const { return 2 * static_cast<std::size_t>(len_) * stride_ * sizeof(T); }
+
+  // Runs the bands; false with 1303 standing when their buffers cannot be
+  // had, nothing written then.
+  bool Run() {
+    // Bands at least hh rows high, so that the rows windowed twice at their
+    // edges stay a fraction of the work.
+    const int unit = std::max(hh_, 1);
+    const int units = (h_ + unit - 1) / unit;
+    const Bands bands(units, RowCost(w_, 3.0 * sizeof(T)) * unit);
+    // A destination on the source's pixels (in place, at the same height)
+    // overwrites rows that the next and previous bands read: each band
+    // reads those from copies taken before any band writes.
+    const bool keepEdges = bands.Count() > 1 && Touches();
+    const std::size_t doubling = static_cast<std::size_t>(w_) + 2 * static_cast<std::size_t>(hw_) + kSlack;
+    const std::size_t work = (2 * static_cast<std::size_t>(len_) + 1) * stride_ + doubling;
+    const std::size_t edges = keepEdges ? 2 * static_cast<std::size_t>(hh_) * stride_ : 0;
+    // One block: a working buffer for each band that may run at once,
+    // handed to a band as it starts, and the edge copies of every band.
+    // Repeated calls then reuse the same heap memory rather than fault in
+    // fresh pages for many small buffers.
+    const int slots = bands.Concurrent();
+    Buffer<T> block(work * static_cast<std::size_t>(slots) + edges * static_cast<std::size_t>(bands.Count()));
+    if (block.p == nullptr) {
+      ESetError(E_ERROR_OUT_OF_MEMORY);
+      return false;
+    }
+    std::unique_ptr<std::atomic<bool>[]> busy(new std::atomic<bool>[static_cast<std::size_t>(slots)]);
+    for (int i = 0; i < slots; ++i) {
+      busy[static_cast<std::size_t>(i)] = false;
+      T* dbl = block.p + work * static_cast<std::size_t>(i) + (work - doubling);
+      std::fill(dbl, dbl + doubling, Identity<T>(op_));
+    }
+    T* const edgeBase = block.p + work * static_cast<std::size_t>(slots);
+    for (int b = 0; keepEdges && b < bands.Count(); ++b) {
+      const int y0 = Begin(bands, b), y1 = End(bands, b);
+      for (int r = std::max(y0 - hh_, 0); r < std::min(y1 + hh_, h_); ++r)
+        if (r < y0 || r >= y1)
+          std::memcpy(Edge(edgeBase + edges * static_cast<std::size_t>(b), r, y0, y1), RowAt(src_, sp_, r),
+                      static_cast<std::size_t>(w_) * sizeof(T));
+    }
+    bands.Run([&](int b, int, int) {
+      int slot = 0;
+      for (bool idle = false; !busy[static_cast<std::size_t>(slot)].compare_exchange_strong(idle, true);
+           idle = false)
+        slot = (slot + 1) % slots;
+      T* mem = block.p + work * static_cast<std::size_t>(slot);
+      Band(mem, mem + (work - doubling), keepEdges ? edgeBase + edges * static_cast<std::size_t>(b) : nullptr,
+           Begin(bands, b), End(bands, b));
+      busy[static_cast<std::size_t>(slot)] = false;
+    });
+    return true;
+  }
+
+ private:
+  int Begin(const Bands& bands, int b) const { return bands.Begin(b) * std::max(hh_, 1); }
+  int End(const Bands& bands, int b) const { return std::min(bands.End(b) * std::max(hh_, 1), h_); }
+
+  // True when the destination's rows may share bytes with the source's.
+  bool Touches() const {
+    auto span = [&](const void* base, std::ptrdiff_t pitch) {
+      const auto first = reinterpret_cast<std::uintptr_t>(base);
+      const auto last = first + static_cast<std::uintptr_t>(pitch * (h_ - 1));
+      return std::make_pair(std::min(first, last), std::max(first, last) + w_ * sizeof(T));
+    };
+    const auto s = span(src_, sp_), d = span(dst_, dp_);
+    return s.first < d.second && d.first < s.second;
+  }
+
+  // Where the copy of source row r, outside band [y0, y1), is kept.
+  T* Edge(T* edges, int r, int y0, int y1) const {
+    const int i = r < y0 ? r - (y0 - hh_) : hh_ + (r - y1);
+    return edges + static_cast<std::size_t>(i) * stride_;
+  }
+
+  // Result rows [y0, y1) from padded rows [y0, y1 + 2 hh): padded row p is
+  // source row p - hh, the identity outside the source.
+  void Band(T* mem, T* dbl, T* edges, int y0, int y1) const {
+    const auto pair = k_.pair[op_];
+    const std::size_t n = static_cast<std::size_t>(w_) * sizeof(T);
+    auto load = [&](int p, T* out) {
+      const int r = p - hh_;
+      if (r < 0 || r >= h_) {
+        std::fill(out, out + w_, Identity<T>(op_));
+        return;
+      }
+      const T* in = edges != nullptr && (r < y0 || r >= y1) ? Edge(edges, r, y0, y1) : RowAt(src_, sp_, r);
+      if (hw_ > 0) WindowRow(op_, in, out, w_, hw_, dbl, k_);
+      else std::memcpy(out, in, n);
+    };
+    // Suffix extrema of a segment, in place.
+    auto suffixes = [&](T* seg) {
+      for (int j = len_ - 2; j >= 0; --j) pair(seg + (j + 1) * stride_, seg + j * stride_, seg + j * stride_, w_);
+    };
+    T* cur = mem;
+    T* next = mem + static_cast<std::size_t>(len_) * stride_;
+    T* prefix = next + static_cast<std::size_t>(len_) * stride_;
+    for (int j = 0; j < len_; ++j) load(y0 + j, cur + j * stride_);
+    suffixes(cur);
+    for (int start = y0;; start += len_) {
+      // cur: suffixes of padded rows [start, start + len). The window of
+      // result row start is the whole segment; that of start + j + 1 is its
+      // suffix from j + 1 and the prefix of the next segment to row j.
+      std::memcpy(RowAt(dst_, dp_, start), cur, n);
+      const int outputs = std::min(len_ - 1, y1 - start - 1);
+      const T* g = nullptr;
+      for (int j = 0; j < outputs; ++j) {
+        T* row = next + j * stride_;
+        load(start + len_ + j, row);
+        if (j == 0) {
+          g = row;
+        } else {
+          pair(g, row, prefix, w_);
+          g = prefix;
+        }
+        pair(cur + (j + 1) * stride_, g, RowAt(dst_, dp_, start + j + 1), w_);
+      }
+      if (start + len_ >= y1) return;
+      load(start + 2 * len_ - 1, next + (len_ - 1) * stride_);
+      suffixes(next);
+      std::swap(cur, next);
+    }
+  }
+
+  int op_;
+  const T* src_;
+  std::ptrdiff_t sp_;
+  T* dst_;
+  std::ptrdiff_t dp_;
+  int w_, h_, hw_, hh_, len_;
+  std::size_t stride_;
+  const RowKernels<T>& k_;
+};
+
 }  // namespace
 
 template <class T>
 bool RunningBox(int op, const T* src, std::ptrdiff_t srcPitch, T* dst, std::ptrdiff_t dstPitch, int w,
                 int h, int hw, int hh, const RowKernels<T>& k, bool rowsBanded) {
   if (w <= 0 || h <= 0) return true;
+  if (hh > 0 && rowsBanded) {
+    Stream<T> stream(op, src, srcPitch, dst, dstPitch, w, h, hw, hh, k);
+    if (stream.SegmentBytes() <= StripBudget() / 2) return stream.Run();
+  }
   if (hw > 0) {
     if (!Rows(op, src, srcPitch, dst, dstPitch, w, h, hw, k, rowsBanded)) return false;
   } else if (src != dst) {
+    // memmove: the destination may lie on the source's rows, shifted.
     for (int y = 0; y < h; ++y)
-      std::memcpy(RowAt(dst, dstPitch, y), RowAt(src, srcPitch, y), static_cast<std::size_t>(w) * sizeof(T));
+      std::memmove(RowAt(dst, dstPitch, y), RowAt(src, srcPitch, y), static_cast<std::size_t>(w) * sizeof(T));
   }
   if (hh == 0) return true;
   // Columns are independent of each other: the column walk runs in bands

@@ -113,6 +113,79 @@ TEST(GreyMorphology, RunningBoxEqualsThePassComposition8) { RunningBoxEqualsPass
 TEST(GreyMorphology, RunningBoxEqualsThePassComposition16) { RunningBoxEqualsPasses<EBW16>(0); }
 TEST(GreyMorphology, RunningBoxInStripsEqualsThePassComposition) { RunningBoxEqualsPasses<EBW8>(1); }
 
+// Settings of the running box for one scope: the cache budget (1 takes the
+// row and column walks), the thread count with every call split into
+// bands, and the running box from half-size 1.
+struct BoxSettings {
+  BoxSettings(int budget, int threads) : from(1) {
+    mirel::testing::SetRunningBoxBudget(budget);
+    mirel::testing::SetBandMinimum(0.0);
+    ImgSetThreads(threads);
+  }
+  ~BoxSettings() {
+    ImgSetThreads(1);
+    mirel::testing::SetBandMinimum(-1.0);
+    mirel::testing::SetRunningBoxBudget(0);
+  }
+  morph::RunningBoxFrom from;
+};
+
+// The running box on random ROIs, in place and apart, against the model:
+// erosion and dilation, the AND/OR forms on two-level images, one to three
+// threads with every call in bands (bands as low as hh rows, so every band
+// windows rows of its neighbours, copied first when in place), the one walk
+// and the row and column walks, on every path.
+template <class P>
+void BandedRunningBoxMatchesTheModel() {
+  Rng rng(17 + sizeof(P));
+  for (int path : AllPaths()) {
+    PathGuard guard(path);
+    for (int round = 0; round < 40; ++round) {
+      BoxSettings settings(round % 5 == 4 ? 1 : 0, 1 + round % 3);
+      const int w = 1 + static_cast<int>(rng() % 45), h = 1 + static_cast<int>(rng() % 45);
+      const unsigned hw = rng() % 10, hh = 1 + rng() % 9;
+      const bool dilate = rng() & 1, twoLevel = sizeof(P) == 1 && round % 4 == 1;
+      const morph::Op op = twoLevel ? (dilate ? morph::kOr : morph::kAnd) : (dilate ? morph::kMax : morph::kMin);
+      const OpFn<P> run = [&](EROI<P>* s, EROI<P>* d) {
+        if (twoLevel) {
+          auto* s8 = reinterpret_cast<EROI<EBW8>*>(s);
+          auto* d8 = reinterpret_cast<EROI<EBW8>*>(d);
+          dilate ? ImgBiLevelDilateBox(s8, d8, hw, hh) : ImgBiLevelErodeBox(s8, d8, hw, hh);
+        } else {
+          dilate ? ImgDilateBox(s, d, hw, hh) : ImgErodeBox(s, d, hw, hh);
+        }
+      };
+      auto ref = [&](const Img& s) { return morph::Box(s, static_cast<int>(hw), static_cast<int>(hh), op); };
+      ASSERT_TRUE(morph::Matches<P>(rng, w, h, round % 2 == 1, twoLevel, run, ref))
+          << hw << "," << hh << " op " << op << " round " << round << " path " << path << " " << w << "x" << h;
+    }
+  }
+}
+TEST(GreyMorphology, BandedRunningBoxMatchesTheModel8) { BandedRunningBoxMatchesTheModel<EBW8>(); }
+TEST(GreyMorphology, BandedRunningBoxMatchesTheModel16) { BandedRunningBoxMatchesTheModel<EBW16>(); }
+
+// A destination on the source's rows shifted sideways: each band reads the
+// rows of its neighbours before they are written.
+TEST(GreyMorphology, RunningBoxOntoItsSourceShifted) {
+  Rng rng(29);
+  for (int round = 0; round < 24; ++round) {
+    BoxSettings settings(round % 4 == 3 ? 1 : 0, 1 + round % 3);
+    EImage<EBW8> image(60, 60);
+    testsupport::FillRandom(image, rng);
+    const int w = 10 + static_cast<int>(rng() % 40), h = 10 + static_cast<int>(rng() % 40);
+    const int sx = static_cast<int>(rng() % (61 - w)), sy = static_cast<int>(rng() % (61 - h));
+    const int dx = static_cast<int>(rng() % (61 - w));
+    EROI<EBW8> src(&image, sx, sy, w, h), dst(&image, dx, sy, w, h);
+    const unsigned hw = rng() % 6, hh = 1 + rng() % 6;
+    const auto before = testsupport::Snapshot(image);
+    const Img want = morph::Box(morph::FromRoi(src), static_cast<int>(hw), static_cast<int>(hh), morph::kMin);
+    ImgErodeBox(&src, &dst, hw, hh);
+    ASSERT_EQ(EGetError(), E_OK);
+    ASSERT_TRUE(morph::FromRoi(dst) == want) << "round " << round;
+    ASSERT_TRUE(morph::OutsideUnchanged(before, image, dst)) << "round " << round;
+  }
+}
+
 TEST(GreyMorphology, SeparableBoxEqualsTheBox) {
   Rng rng(3);
   EImage<EBW8> src(40, 20), a(40, 20), b(40, 20);
