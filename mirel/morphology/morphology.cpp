@@ -204,9 +204,19 @@ void Box(const Family& f, int mode, EROI<P>* src, EROI<P>* dst, unsigned hw, uns
       ESetError(E_ERROR_SIZE_MISMATCH);
       return;
     }
-    RunningBox<T>(f.op[mode], reinterpret_cast<const T*>(src->GetImagePtr(0, 0)), src->GetRowPitch(),
+    // A destination over the source's pixels at another height would read
+    // rows it has written: the walk then reads a copy of the source.
+    EImage<P> copy;
+    const EROI<P>* from = src;
+    if (!RowsIndependent(src, out)) {
+      copy.SetSize(w, h);
+      if (EGetError() != E_OK) return;
+      CopyRoi(src, &copy);
+      from = &copy;
+    }
+    RunningBox<T>(f.op[mode], reinterpret_cast<const T*>(from->GetImagePtr(0, 0)), from->GetRowPitch(),
                   reinterpret_cast<T*>(out->GetImagePtr(0, 0)), out->GetRowPitch(), w, h, static_cast<int>(cw),
-                  static_cast<int>(ch), ActiveKernels<T>(), RowsIndependent(src, out));
+                  static_cast<int>(ch), ActiveKernels<T>(), true);
     return;
   }
   const unsigned squares = std::min(cw, ch);

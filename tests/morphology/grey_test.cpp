@@ -164,8 +164,9 @@ void BandedRunningBoxMatchesTheModel() {
 TEST(GreyMorphology, BandedRunningBoxMatchesTheModel8) { BandedRunningBoxMatchesTheModel<EBW8>(); }
 TEST(GreyMorphology, BandedRunningBoxMatchesTheModel16) { BandedRunningBoxMatchesTheModel<EBW16>(); }
 
-// A destination on the source's rows shifted sideways: each band reads the
-// rows of its neighbours before they are written.
+// A destination over the source's pixels, on its rows shifted sideways (each
+// band reads the rows of its neighbours before they are written) or at
+// another height (the walk reads a copy).
 TEST(GreyMorphology, RunningBoxOntoItsSourceShifted) {
   Rng rng(29);
   for (int round = 0; round < 24; ++round) {
@@ -175,7 +176,8 @@ TEST(GreyMorphology, RunningBoxOntoItsSourceShifted) {
     const int w = 10 + static_cast<int>(rng() % 40), h = 10 + static_cast<int>(rng() % 40);
     const int sx = static_cast<int>(rng() % (61 - w)), sy = static_cast<int>(rng() % (61 - h));
     const int dx = static_cast<int>(rng() % (61 - w));
-    EROI<EBW8> src(&image, sx, sy, w, h), dst(&image, dx, sy, w, h);
+    const int dy = round % 2 == 0 ? sy : static_cast<int>(rng() % (61 - h));
+    EROI<EBW8> src(&image, sx, sy, w, h), dst(&image, dx, dy, w, h);
     const unsigned hw = rng() % 6, hh = 1 + rng() % 6;
     const auto before = testsupport::Snapshot(image);
     const Img want = morph::Box(morph::FromRoi(src), static_cast<int>(hw), static_cast<int>(hh), morph::kMin);
