@@ -84,14 +84,18 @@ short ImgMedian(const EROI<EBW8>* src, EROI<EBW8>* dst, int border) {
   return frame.Result();
 }
 
-void ImgMedian(const EROI<EC24>* src, EROI<EC24>* dst, EC24 border) {
+void ImgMedian(EROI<EC24>* src, EROI<EC24>* dst, EC24 border) {
   Frame frame("ImgMedian ( C24)");
   if (!frame.NotVoid(src)) return;
-  EROI<EC24>* target = dst != nullptr ? dst : const_cast<EROI<EC24>*>(src);
+  EROI<EC24>* target = dst != nullptr ? dst : src;
   if (!frame.SameSize(src, target)) return;
   int component = 0;
   mirel::ByComponent(src, target, [&](const EROI<EBW8>* in, EROI<EBW8>* out) {
     ImgMedian(in, out, static_cast<int>(border.c[2 - component]));
     ++component;
   });
+}
+
+void ImgMedian(const EROI<EC24>* src, EROI<EC24>* dst, EC24 border) {
+  ImgMedian(mirel::ReadOnlySource(src, dst), dst, border);
 }

@@ -33,7 +33,9 @@
 MIREL_API void ImgMedian(const EROI<EBW8>* src, EROI<EBW8>* dst);
 MIREL_API void ImgMedian(const EROI<EBW16>* src, EROI<EBW16>* dst);
 MIREL_API short ImgMedian(const EROI<EBW8>* src, EROI<EBW8>* dst, int border);
-MIREL_API void ImgMedian(const EROI<EC24>* src, EROI<EC24>* dst, EC24 border);
+// Colour: the older form per component; without a destination the source
+// is filtered in place.
+MIREL_API void ImgMedian(EROI<EC24>* src, EROI<EC24>* dst, EC24 border);
 MIREL_API void ImgMedianAligned(EROI<EBW1>* src, EROI<EBW1>* dst);
 MIREL_API void ImgMedian(EROI<EBW1>* src, EROI<EBW1>* dst);
 
@@ -43,6 +45,7 @@ MIREL_API void ImgMedian(EROI<EBW1>* src, EROI<EBW1>* dst);
 // operation's label) and nothing is written. A destination on the source's
 // own pixels still works in place.
 MIREL_API void ImgMedianAligned(const EROI<EBW1>* src, EROI<EBW1>* dst);
+MIREL_API void ImgMedian(const EROI<EC24>* src, EROI<EC24>* dst, EC24 border);
 MIREL_API void ImgMedian(const EROI<EBW1>* src, EROI<EBW1>* dst);
 
 #endif  // MIREL_MORPHOLOGY_MEDIAN_H_

@@ -400,6 +400,7 @@ TEST(ConstSources, ConstSourceWithoutDestinationIsRefused) {
       {[&] { ImgThin(&sb, nullptr, &tee, KERNEL_ROTATION_NONE, n); }, "ImgThin (BW1)"},
       {[&] { ImgBlackTopHat(&s8, nullptr); }, "ImgBlackTopHat"},
       {[&] { ImgErode(&sc, nullptr, 1, EC24(0, 0, 0)); }, "ImgErode ( C24)"},
+      {[&] { ImgMedian(&sc, nullptr, EC24(9, 8, 7)); }, "ImgMedian ( C24)"},
   };
   for (const auto& c : cases) {
     c.call();
@@ -449,6 +450,14 @@ TEST(ConstSources, WritableSourceWithoutDestinationStillWorksInPlace) {
             reference([](EROI<EBW8>* s, EROI<EBW8>* d) { ImgErode(s, d, 2); }));
   // The result really is a filtered image, not the source left alone.
   EXPECT_NE(inPlace("changes", [](EROI<EBW8>* s) { ImgConvolSobelX(s, nullptr); }), Bytes<EBW8>(original));
+  // The colour median too, the one colour form with a border.
+  EImage<EC24> colour(17, 9), apart(17, 9);
+  FillRandom(colour, rng);
+  const EImage<EC24>& readOnly = colour;
+  ImgMedian(&readOnly, &apart, EC24(9, 8, 7));
+  ImgMedian(&colour, nullptr, EC24(9, 8, 7));
+  EXPECT_EQ(EGetError(), E_OK);
+  EXPECT_EQ(Bytes<EC24>(colour), Bytes<EC24>(apart));
 }
 
 }  // namespace

@@ -695,6 +695,7 @@ const std::vector<Entry>& Table() {
       MIREL_OP(void(const EROI<EBW8>*, EROI<EBW8>*), ImgMedian),
       MIREL_OP(void(const EROI<EBW16>*, EROI<EBW16>*), ImgMedian),
       MIREL_OP(short(const EROI<EBW8>*, EROI<EBW8>*, int), ImgMedian),
+      MIREL_OP(void(EROI<EC24>*, EROI<EC24>*, EC24), ImgMedian),
       MIREL_OP(void(const EROI<EC24>*, EROI<EC24>*, EC24), ImgMedian),
       MIREL_OP(void(EROI<EBW1>*, EROI<EBW1>*), ImgMedianAligned, .Throws()),
       MIREL_OP(void(const EROI<EBW1>*, EROI<EBW1>*), ImgMedianAligned, .Throws()),
