@@ -16,6 +16,7 @@
 #include <new>
 
 #include "mirel/filter/smoothing_internal.h"
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/geometry/affine.h"
@@ -55,14 +56,14 @@ Kernels ActiveKernels(int mmx) {
 }
 
 // Rows [y0, y1) of the local mean threshold with half size r (already
-// clipped to the ROI); false when the work rows cannot be had.
-bool LocalMeanRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int r, U32 bias, const Kernels& k, int y0,
-                   int y1) {
+// clipped to the ROI), with 2 * width + 1 work sums of the band's own. The
+// column sums start from the source rows around y0, so any band can be
+// computed alone.
+void LocalMeanRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int r, U32 bias, const Kernels& k, U32* work,
+                   int y0, int y1) {
   const int w = s.width, h = s.height, side = 2 * r + 1;
   const U32 area = static_cast<U32>(side) * static_cast<U32>(side);
-  std::unique_ptr<U32[]> work(new (std::nothrow) U32[2 * static_cast<std::size_t>(w) + 1]);
-  if (work == nullptr) return false;
-  U32* cols = work.get();
+  U32* cols = work;
   U32* prefix = cols + w;
   auto row = [&s](int y) { return reinterpret_cast<const U8*>(s.Row(y)); };
   // The square of row y is centred on row centre(y): it stops r rows from
@@ -97,7 +98,35 @@ bool LocalMeanRows(const Rows<const EBW8>& s, const Rows<EBW8>& d, int r, U32 bi
     for (; i < n; ++i) o[r + i] = mirel::histogram::LocalMeanPixel(p[r + i], prefix[i + side] - prefix[i], area, bias);
     for (x = w - r; x < w; ++x) o[x] = mirel::histogram::LocalMeanPixel(p[x], last, area, bias);
   }
-  return true;
+}
+
+// Grid rows [y0, y1) of the adaptive threshold: each node's level from the
+// histogram of the block around it. Stops at the first failure, its code set.
+void GridRows(const EROI<EBW8>* src, EImage<EBW8>& grid, EBWHistogramVector& histogram, IMG_THRESHOLD_MODES mode,
+              int blockWidth, int blockHeight, int nx, int ny, int y0, int y1) {
+  const int w = src->GetWidth(), h = src->GetHeight();
+  EROI<EBW8> window;
+  window.Attach(src);
+  for (int iy = y0; iy < y1; ++iy) {
+    const int cy = static_cast<int>((static_cast<long long>(iy) * h) / ny);
+    const int top = cy - blockHeight / 2 > 0 ? cy - blockHeight / 2 : 0;
+    const int bottom = cy + blockHeight / 2 < h ? cy + blockHeight / 2 : h;
+    for (int ix = 0; ix <= nx; ++ix) {
+      const int cx = static_cast<int>((static_cast<long long>(ix) * w) / nx);
+      const int left = cx - blockWidth / 2 > 0 ? cx - blockWidth / 2 : 0;
+      const int right = cx + blockWidth / 2 < w ? cx + blockWidth / 2 : w;
+      window.SetPlacement(left, top, right - left, bottom - top);
+      ImgHistogram(&window, &histogram);
+      if (EGetError() != E_OK) return;
+      unsigned int threshold = mode;
+      float below = 0.0f, above = 0.0f;
+      ImgHistogramThreshold(&histogram, threshold, below, above, 0.5f, 0, 255);
+      if (EGetError() != E_OK) return;
+      const EBW8 level = ImgIsodataThreshold(&histogram, 0, 255);
+      if (EGetError() != E_OK) return;
+      grid.SetPixel(level, ix, iy);
+    }
+  }
 }
 
 }  // namespace
@@ -123,8 +152,21 @@ void Corvane::Talmeer::Segmentation::ImgLocalMeanThreshold(const EROI<EBW8>* src
   const int r = halfSize < reach ? halfSize : reach;
   const U32 side = static_cast<U32>(2 * r + 1);
   const U32 bias = side * side * static_cast<U32>(offset);
-  if (!LocalMeanRows(mirel::RowsOf(src), mirel::RowsOf(dst), r, bias, ActiveKernels(mmx), 0, h))
+  // In place, one call reads rows that it has already written (the row
+  // that leaves the square): such a call stays in one band.
+  const mirel::Bands bands(h, mirel::Overlap(src, dst) ? mirel::kOneBand : mirel::RowCost(w, 12.0));
+  const std::size_t perBand = 2 * static_cast<std::size_t>(w) + 1;
+  std::unique_ptr<U32[]> work(new (std::nothrow) U32[perBand * static_cast<std::size_t>(bands.Count())]);
+  if (work == nullptr) {
     ESetError(E_ERROR_OUT_OF_MEMORY);
+    return;
+  }
+  const Rows<const EBW8> s = mirel::RowsOf(src);
+  const Rows<EBW8> d = mirel::RowsOf(dst);
+  const Kernels k = ActiveKernels(mmx);
+  bands.Run([&](int band, int y0, int y1) {
+    LocalMeanRows(s, d, r, bias, k, work.get() + perBand * static_cast<std::size_t>(band), y0, y1);
+  });
 }
 
 void ImgAutoAdaptiveThreshold(const EROI<EBW8>* src, EROI<EBW8>* dst, IMG_THRESHOLD_MODES mode, int blockWidth,
@@ -142,30 +184,21 @@ void ImgAutoAdaptiveThreshold(const EROI<EBW8>* src, EROI<EBW8>* dst, IMG_THRESH
   EImage<EBW8> grid;
   grid.SetSize(nx + 1, ny + 1);
   if (!frame.Ok()) return;
-  EBWHistogramVector histogram(256);
-  if (!frame.Ok()) return;
-  EROI<EBW8> window;
-  window.Attach(src);
-  for (int iy = 0; iy <= ny; ++iy) {
-    const int cy = static_cast<int>((static_cast<long long>(iy) * h) / ny);
-    const int top = cy - blockHeight / 2 > 0 ? cy - blockHeight / 2 : 0;
-    const int bottom = cy + blockHeight / 2 < h ? cy + blockHeight / 2 : h;
-    for (int ix = 0; ix <= nx; ++ix) {
-      const int cx = static_cast<int>((static_cast<long long>(ix) * w) / nx);
-      const int left = cx - blockWidth / 2 > 0 ? cx - blockWidth / 2 : 0;
-      const int right = cx + blockWidth / 2 < w ? cx + blockWidth / 2 : w;
-      window.SetPlacement(left, top, right - left, bottom - top);
-      ImgHistogram(&window, &histogram);
-      if (!frame.Ok()) return;
-      unsigned int threshold = mode;
-      float below = 0.0f, above = 0.0f;
-      ImgHistogramThreshold(&histogram, threshold, below, above, 0.5f, 0, 255);
-      if (!frame.Ok()) return;
-      const EBW8 level = ImgIsodataThreshold(&histogram, 0, 255);
-      if (!frame.Ok()) return;
-      grid.SetPixel(level, ix, iy);
-    }
+  // Rows of the grid in bands, each band with a histogram and a window of
+  // its own; a band stops at its first failure, and the first failing band
+  // in row order is the one reported, as one call stops at its first.
+  const int blockRows = blockHeight < h ? blockHeight : h;
+  const mirel::Bands bands(ny + 1, mirel::RowCost(w, 2.0) * blockRows);
+  std::unique_ptr<EBWHistogramVector[]> histograms(new (std::nothrow) EBWHistogramVector[bands.Count()]);
+  if (!frame.Require(histograms != nullptr, E_ERROR_OUT_OF_MEMORY)) return;
+  for (int b = 0; b < bands.Count(); ++b) {
+    histograms[b].SetMaxElements(256, 1);
+    if (!frame.Ok()) return;
   }
+  bands.Run([&](int band, int y0, int y1) {
+    GridRows(src, grid, histograms[band], mode, blockWidth, blockHeight, nx, ny, y0, y1);
+  });
+  if (!frame.Ok()) return;
   ImgScaleRotate(&grid, 0.0f, 0.0f, 0.0f, 0.0f, static_cast<float>(w) / static_cast<float>(nx),
                  static_cast<float>(h) / static_cast<float>(ny), 0.0f, dst, 8);
 }

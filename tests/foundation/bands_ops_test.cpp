@@ -12,6 +12,7 @@
 
 namespace {
 
+using Corvane::Talmeer::Segmentation::ImgLocalMeanThreshold;
 using testsupport::Rng;
 
 // A random ROI of w x h pixels over a random parent.
@@ -414,6 +415,23 @@ std::vector<Case> Cases() {
     });
   });
 
+  // Local thresholds: running sums restarted at each band's first row, and
+  // a grid of block histograms (a bad mode refused in every band).
+  add("LocalMeanThreshold BW8", [](Rng& r) {
+    const int half = static_cast<int>(r() % 12), offset = static_cast<int>(r() % 21) - 10;
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgLocalMeanThreshold(s, d, half, offset); });
+  });
+  add("LocalMeanThreshold in place", [](Rng& r) {
+    const int half = static_cast<int>(r() % 6);
+    return Shared<EBW8>(r, false, [=](auto s, auto d) { ImgLocalMeanThreshold(s, d, half, 3); });
+  });
+  add("AutoAdaptiveThreshold BW8", [](Rng& r) {
+    const unsigned modes[] = {IMG_THRESHOLD_ISODATA, IMG_THRESHOLD_MIN_RESIDUE, 300u};
+    const auto mode = static_cast<IMG_THRESHOLD_MODES>(modes[r() % 3]);
+    const int bw = 1 + static_cast<int>(r() % 9), bh = 1 + static_cast<int>(r() % 5);
+    return Unary<EBW8>(r, [=](auto s, auto d) { ImgAutoAdaptiveThreshold(s, d, mode, bw, bh); });
+  });
+
   // Depth conversions.
   add("Convert BW16 to BW8", [](Rng& r) {
     const unsigned shift = r() % 12;
@@ -671,6 +689,12 @@ TEST(BandsOps, RefusalInsideTheBandsWritesNothing) {
   mirel::testing::FailFilterAllocations(0);
   EXPECT_EQ(EGetError(), E_ERROR_OUT_OF_MEMORY);
   EXPECT_STREQ(EGetErrorTrace(), "ImgConvolKernel BW8");
+  EXPECT_EQ(testsupport::Snapshot(dst.image), before);
+  // A bad mode of the adaptive threshold fails in every band of its grid:
+  // the first band's failure is reported, and nothing is drawn.
+  ImgAutoAdaptiveThreshold(&src.roi, &dst.roi, static_cast<IMG_THRESHOLD_MODES>(300u), 4, 2);
+  EXPECT_EQ(EGetError(), E_ERROR_BAD_RANGE);
+  EXPECT_STREQ(EGetErrorTrace(), "ImgHistogramThreshold <- ImgAutoAdaptiveThreshold");
   EXPECT_EQ(testsupport::Snapshot(dst.image), before);
   // A shrink to a larger size is refused before any band starts.
   Placed<EBW8> small(rng, 30, 20);
