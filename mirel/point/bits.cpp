@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/histogram/histogram.h"
 #include "mirel/histogram/threshold_selection.h"
@@ -75,15 +76,17 @@ void LogicRows(const Kernels& k, Logic op, const EROI<EBW1>* a, const EROI<EBW1>
   if (rd.width <= 0) return;
   const int n = WholeBytes(rd.width);
   const u8 valid = LastValid(rd.width);
-  for (int y = 0; y < rd.height; ++y) {
-    const u8* pa = RowBytes(ra, y);
-    const u8* pb = RowBytes(rb, y);
-    u8* pd = RowBytes(rd, y);
-    k.logic[op](pa, pb, pd, static_cast<std::size_t>(n));
-    u8 last = pd[n];
-    k.logic[op](pa + n, pb + n, &last, 1);
-    Merge(pd + n, last, valid);
-  }
+  RowwiseBands(dst, {a, b}, 0.5, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const u8* pa = RowBytes(ra, y);
+      const u8* pb = RowBytes(rb, y);
+      u8* pd = RowBytes(rd, y);
+      k.logic[op](pa, pb, pd, static_cast<std::size_t>(n));
+      u8 last = pd[n];
+      k.logic[op](pa + n, pb + n, &last, 1);
+      Merge(pd + n, last, valid);
+    }
+  });
 }
 
 void FillRows(bool on, EROI<EBW1>* dst) {
@@ -91,11 +94,13 @@ void FillRows(bool on, EROI<EBW1>* dst) {
   if (rd.width <= 0) return;
   const int n = WholeBytes(rd.width);
   const u8 valid = LastValid(rd.width), v = on ? 0xff : 0;
-  for (int y = 0; y < rd.height; ++y) {
-    u8* pd = RowBytes(rd, y);
-    std::memset(pd, v, static_cast<std::size_t>(n));
-    Merge(pd + n, v, valid);
-  }
+  RowwiseBands(dst, {}, 0.125, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      u8* pd = RowBytes(rd, y);
+      std::memset(pd, v, static_cast<std::size_t>(n));
+      Merge(pd + n, v, valid);
+    }
+  });
 }
 
 // src at bit offset s (1 to 7) into an aligned dst.
@@ -106,16 +111,18 @@ void AlignRows(const Kernels& k, const EROI<EBW1>* src, EROI<EBW1>* dst) {
   const int n = WholeBytes(rd.width);
   const int count = ((rd.width - 1) & 7) + 1;  // pixels of the last byte
   const u8 valid = LastValid(rd.width);
-  for (int y = 0; y < rd.height; ++y) {
-    const u8* ps = RowBytes(rs, y);
-    u8* pd = RowBytes(rd, y);
-    k.shift(ps, pd, static_cast<std::size_t>(n), s);
-    // The next source byte holds some of the last pixels only when they
-    // pass the end of this one.
-    unsigned v = static_cast<unsigned>(ps[n]) << s;
-    if (count > 8 - s) v |= static_cast<unsigned>(ps[n + 1]) >> (8 - s);
-    Merge(pd + n, static_cast<u8>(v), valid);
-  }
+  RowwiseBands(dst, {src}, 0.5, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const u8* ps = RowBytes(rs, y);
+      u8* pd = RowBytes(rd, y);
+      k.shift(ps, pd, static_cast<std::size_t>(n), s);
+      // The next source byte holds some of the last pixels only when they
+      // pass the end of this one.
+      unsigned v = static_cast<unsigned>(ps[n]) << s;
+      if (count > 8 - s) v |= static_cast<unsigned>(ps[n + 1]) >> (8 - s);
+      Merge(pd + n, static_cast<u8>(v), valid);
+    }
+  });
 }
 
 // An aligned src into dst at bit offset s (1 to 7); the bits of dst outside
@@ -129,20 +136,22 @@ void UnAlignRows(const Kernels& k, const EROI<EBW1>* src, EROI<EBW1>* dst) {
   const int dstBytes = (s + w + 7) >> 3;
   const u8 first = static_cast<u8>(0xff >> s);
   const u8 end = static_cast<u8>(0xff00u >> (s + w - 8 * (dstBytes - 1)));  // pixel bits of the last byte
-  for (int y = 0; y < rd.height; ++y) {
-    const u8* ps = RowBytes(rs, y);
-    u8* pd = RowBytes(rd, y);
-    if (dstBytes == 1) {
-      Merge(pd, static_cast<u8>(ps[0] >> s), static_cast<u8>(first & end));
-      continue;
+  RowwiseBands(dst, {src}, 0.5, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const u8* ps = RowBytes(rs, y);
+      u8* pd = RowBytes(rd, y);
+      if (dstBytes == 1) {
+        Merge(pd, static_cast<u8>(ps[0] >> s), static_cast<u8>(first & end));
+        continue;
+      }
+      Merge(pd, static_cast<u8>(ps[0] >> s), first);
+      k.shift(ps, pd + 1, static_cast<std::size_t>(dstBytes - 2), 8 - s);
+      const int j = dstBytes - 1;
+      unsigned v = static_cast<unsigned>(ps[j - 1]) << (8 - s);
+      if (j < srcBytes) v |= static_cast<unsigned>(ps[j]) >> s;
+      Merge(pd + j, static_cast<u8>(v), end);
     }
-    Merge(pd, static_cast<u8>(ps[0] >> s), first);
-    k.shift(ps, pd + 1, static_cast<std::size_t>(dstBytes - 2), 8 - s);
-    const int j = dstBytes - 1;
-    unsigned v = static_cast<unsigned>(ps[j - 1]) << (8 - s);
-    if (j < srcBytes) v |= static_cast<unsigned>(ps[j]) >> s;
-    Merge(pd + j, static_cast<u8>(v), end);
-  }
+  });
 }
 
 // Bits from pixels at least t: w / 8 whole bytes, then one byte of the
@@ -154,18 +163,20 @@ void ToBitRows(const EROI<P>* src, EROI<EBW1>* dst, unsigned t, bool none, Pack&
   const Rows<EBW1> rd = RowsOf(dst);
   if (rd.width <= 0) return;
   const int n = rd.width / 8, rest = rd.width % 8;
-  for (int y = 0; y < rd.height; ++y) {
-    const P* ps = rs.Row(y);
-    u8* pd = RowBytes(rd, y);
-    if (none) {
-      std::memset(pd, 0, static_cast<std::size_t>(n) + 1);
-      continue;
+  RowwiseBands(dst, {src}, 1.0 + sizeof(P), [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const P* ps = rs.Row(y);
+      u8* pd = RowBytes(rd, y);
+      if (none) {
+        std::memset(pd, 0, static_cast<std::size_t>(n) + 1);
+        continue;
+      }
+      pack(ps, pd, static_cast<std::size_t>(n), t);
+      unsigned v = 0;
+      for (int i = 0; i < rest; ++i) v |= (ps[8 * n + i] >= t ? 0x80u : 0u) >> i;
+      pd[n] = static_cast<u8>(v);
     }
-    pack(ps, pd, static_cast<std::size_t>(n), t);
-    unsigned v = 0;
-    for (int i = 0; i < rest; ++i) v |= (ps[8 * n + i] >= t ? 0x80u : 0u) >> i;
-    pd[n] = static_cast<u8>(v);
-  }
+  });
 }
 
 template <class Raw, class P>
@@ -202,19 +213,21 @@ void FromBitRows(const Kernels& k, bool fast, const EROI<EBW1>* src, EROI<P>* ds
   if (rd.width <= 0) return;
   const int n = WholeBytes(rd.width);
   const int count = ((rd.width - 1) & 7) + 1;
-  for (int y = 0; y < rd.height; ++y) {
-    const u8* ps = RowBytes(rs, y);
-    Raw* pd = reinterpret_cast<Raw*>(rd.Row(y));
-    int j = 0;
-    if constexpr (sizeof(Raw) == 1) {
-      if (fast) {
-        k.expand8(ps, pd, static_cast<std::size_t>(n), on);
-        j = n;
+  RowwiseBands(dst, {src}, 1.0 + sizeof(P), [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const u8* ps = RowBytes(rs, y);
+      Raw* pd = reinterpret_cast<Raw*>(rd.Row(y));
+      int j = 0;
+      if constexpr (sizeof(Raw) == 1) {
+        if (fast) {
+          k.expand8(ps, pd, static_cast<std::size_t>(n), on);
+          j = n;
+        }
       }
+      for (; j < n; ++j) std::memcpy(pd + 8 * j, table[ps[j]], sizeof(table[0]));
+      std::memcpy(pd + 8 * n, table[ps[n]], sizeof(Raw) * static_cast<std::size_t>(count));
     }
-    for (; j < n; ++j) std::memcpy(pd + 8 * j, table[ps[j]], sizeof(table[0]));
-    std::memcpy(pd + 8 * n, table[ps[n]], sizeof(Raw) * static_cast<std::size_t>(count));
-  }
+  });
 }
 
 // ---------------------------------------------------------------- plain forms

@@ -1,6 +1,7 @@
 // ImgOverlay and the thread's overlay colour.
 #include "mirel/point/overlay.h"
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/runtime.h"
 
@@ -29,17 +30,23 @@ void OverlayOn(const char* label, const EROI<EC24>* overlay, EROI<T>* dst, int x
   const int h = overlay->GetHeight();
   const long long dw = dst->GetWidth();
   const long long dh = dst->GetHeight();
-  for (int j = 0; j < h; ++j) {
-    const long long ty = static_cast<long long>(y) + j;
-    if (ty < 0 || ty >= dh) continue;
-    const EC24* row = overlay->GetImagePtr(0, j);
-    for (int i = 0; i < w; ++i) {
-      const long long tx = static_cast<long long>(x) + i;
-      if (tx < 0 || tx >= dw) continue;
-      if (IsTransparent(row[i], transparent)) continue;
-      dst->SetPixel(Pack(row[i], static_cast<T*>(nullptr)), static_cast<int>(tx), static_cast<int>(ty));
+  // Bands of the picture's rows, each drawn on its own destination row; a
+  // picture on the destination's pixels is drawn in one band, since it may
+  // read rows already drawn.
+  const double cost = mirel::Overlap(overlay, dst) ? mirel::kOneBand : mirel::RowCost(w, 2.0 * sizeof(EC24));
+  mirel::RunBands(h, cost, [&](int j0, int j1) {
+    for (int j = j0; j < j1; ++j) {
+      const long long ty = static_cast<long long>(y) + j;
+      if (ty < 0 || ty >= dh) continue;
+      const EC24* row = overlay->GetImagePtr(0, j);
+      for (int i = 0; i < w; ++i) {
+        const long long tx = static_cast<long long>(x) + i;
+        if (tx < 0 || tx >= dw) continue;
+        if (IsTransparent(row[i], transparent)) continue;
+        dst->SetPixel(Pack(row[i], static_cast<T*>(nullptr)), static_cast<int>(tx), static_cast<int>(ty));
+      }
     }
-  }
+  });
 }
 
 }  // namespace
@@ -70,22 +77,27 @@ void ImgOverlay(const EROI<EBW8>* src, const EROI<EC24>* overlay, EROI<EC24>* ds
   if (dst->GetWidth() < w || dst->GetHeight() < h) return;
   const long long ow = overlay->GetWidth();
   const long long oh = overlay->GetHeight();
-  for (int j = 0; j < h; ++j) {
-    const EBW8* grey = src->GetImagePtr(0, j);
-    EC24* out = dst->GetImagePtr(0, j);
-    const long long oy = static_cast<long long>(j) - y;
-    const bool row_inside = oy >= 0 && oy < oh;
-    const EC24* orow = row_inside ? overlay->GetImagePtr(0, static_cast<int>(oy)) : nullptr;
-    for (int i = 0; i < w; ++i) {
-      const long long ox = static_cast<long long>(i) - x;
-      if (orow != nullptr && ox >= 0 && ox < ow && !IsTransparent(orow[ox], transparent)) {
-        out[i] = orow[ox];
-      } else {
-        const unsigned char g = grey[i].value;
-        out[i] = EC24(g, g, g);
+  // Bands of destination rows; a picture on the destination's pixels may be
+  // read after some of its rows are written, so it is drawn in one band.
+  const double cost = mirel::Overlap(overlay, dst) ? mirel::kOneBand : mirel::RowCost(w, 3.0 + sizeof(EC24));
+  mirel::RunBands(h, cost, [&](int j0, int j1) {
+    for (int j = j0; j < j1; ++j) {
+      const EBW8* grey = src->GetImagePtr(0, j);
+      EC24* out = dst->GetImagePtr(0, j);
+      const long long oy = static_cast<long long>(j) - y;
+      const bool row_inside = oy >= 0 && oy < oh;
+      const EC24* orow = row_inside ? overlay->GetImagePtr(0, static_cast<int>(oy)) : nullptr;
+      for (int i = 0; i < w; ++i) {
+        const long long ox = static_cast<long long>(i) - x;
+        if (orow != nullptr && ox >= 0 && ox < ow && !IsTransparent(orow[ox], transparent)) {
+          out[i] = orow[ox];
+        } else {
+          const unsigned char g = grey[i].value;
+          out[i] = EC24(g, g, g);
+        }
       }
     }
-  }
+  });
 }
 
 void ImgSetOverlayColor(EC24 color) { EGetTLSPtr()->OverlayColor = color; }
