@@ -1,13 +1,18 @@
 // Interlaced frames and the sharpness score, one body for EBW8, EBW16 and
 // EC24. Rows are handled as runs of elements: a byte for EBW8, a 16-bit
 // value for EBW16, each of the three bytes for EC24. Every operation works
-// row by row, so any band of rows can be done on its own.
+// row by row, so any band of rows can be done on its own, and runs in bands
+// unless a destination on the source's image could read rows it has
+// written.
 #include "mirel/geometry/frames.h"
 
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <new>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
 
@@ -102,7 +107,11 @@ void GetFrame(const EROI<T>* src, EROI<T>* dst, int frame) {
   const Rows<const EBW8> s{reinterpret_cast<const EBW8*>(src->GetImagePtr(0, 0)), src->GetRowPitch(), 0, h};
   const Rows<EBW8> d{reinterpret_cast<EBW8*>(dst->GetImagePtr(0, 0)), dst->GetRowPitch(), 0, dst->GetHeight()};
   // Row by row with memmove: a source and destination on one image may share rows.
-  for (int y = frame != 0 ? 1 : 0; y < h; y += 2) std::memmove(d.Row(y / 2), s.Row(y), RowBytes(src));
+  const int odd = frame != 0 ? 1 : 0;
+  RunBands(dst->GetHeight(), Overlap(src, dst) ? kOneBand : RowCost(src->GetWidth(), 2.0 * sizeof(T)),
+           [&](int j0, int j1) {
+             for (int j = j0; j < j1; ++j) std::memmove(d.Row(j), s.Row(2 * j + odd), RowBytes(src));
+           });
 }
 
 template <class T>
@@ -115,7 +124,11 @@ void SetFrame(const EROI<T>* src, EROI<T>* dst, int frame) {
     return;
   const Rows<const EBW8> s{reinterpret_cast<const EBW8*>(src->GetImagePtr(0, 0)), src->GetRowPitch(), 0, 0};
   const Rows<EBW8> d{reinterpret_cast<EBW8*>(dst->GetImagePtr(0, 0)), dst->GetRowPitch(), 0, h};
-  for (int y = frame != 0 ? 1 : 0; y < h; y += 2) std::memmove(d.Row(y), s.Row(y / 2), RowBytes(src));
+  const int odd = frame != 0 ? 1 : 0;
+  RunBands(src->GetHeight(), Overlap(src, dst) ? kOneBand : RowCost(src->GetWidth(), 2.0 * sizeof(T)),
+           [&](int j0, int j1) {
+             for (int j = j0; j < j1; ++j) std::memmove(d.Row(2 * j + odd), s.Row(j), RowBytes(src));
+           });
 }
 
 // The first row written by Realign and Rebuild: the frame that stays is the
@@ -126,7 +139,7 @@ template <class T>
 void RealignFrame(const EROI<T>* src, EROI<T>* dst, int shift, unsigned int frame) {
   Frame f(Kind<T>::kLabels.realign);
   if (!f.NotVoid(src, dst) || !f.SameSize(src, dst)) return;
-  const int w = src->GetWidth(), h = src->GetHeight();
+  const int w = src->GetWidth();
   // A shift of the width or more would fill from outside the row.
   if (!f.Require(shift < w && shift > -w, E_ERROR_BAD_ARGUMENT)) return;
   const std::size_t px = sizeof(T);
@@ -134,22 +147,24 @@ void RealignFrame(const EROI<T>* src, EROI<T>* dst, int shift, unsigned int fram
   // Rows as plain bytes, whatever the pixel type.
   const EGenericROI* gs = src;
   EGenericROI* gd = dst;
-  for (int y = FirstWritten(frame); y < h; y += 2) {
-    const unsigned char* a = static_cast<const unsigned char*>(gs->GetImagePtr(0, y));
-    unsigned char* b = static_cast<unsigned char*>(gd->GetImagePtr(0, y));
-    if (shift >= 0) {
-      std::memmove(b + static_cast<std::size_t>(shift) * px, a, moved);
-      if (shift == 0) continue;
-      unsigned char fill[sizeof(T)];
-      std::memcpy(fill, a + px, px);  // column 1, read after the move
-      for (int x = 0; x < shift; ++x) std::memcpy(b + static_cast<std::size_t>(x) * px, fill, px);
-    } else {
-      std::memmove(b, a + static_cast<std::size_t>(-shift) * px, moved);
-      unsigned char fill[sizeof(T)];
-      std::memcpy(fill, b + moved - px, px);  // the last pixel moved: source column w - 1
-      for (int x = w + shift; x < w; ++x) std::memcpy(b + static_cast<std::size_t>(x) * px, fill, px);
+  RowwiseBands(dst, {src}, 2.0 * sizeof(T), [&](int y0, int y1) {
+    for (int y = y0 + ((y0 ^ FirstWritten(frame)) & 1); y < y1; y += 2) {
+      const unsigned char* a = static_cast<const unsigned char*>(gs->GetImagePtr(0, y));
+      unsigned char* b = static_cast<unsigned char*>(gd->GetImagePtr(0, y));
+      if (shift >= 0) {
+        std::memmove(b + static_cast<std::size_t>(shift) * px, a, moved);
+        if (shift == 0) continue;
+        unsigned char fill[sizeof(T)];
+        std::memcpy(fill, a + px, px);  // column 1, read after the move
+        for (int x = 0; x < shift; ++x) std::memcpy(b + static_cast<std::size_t>(x) * px, fill, px);
+      } else {
+        std::memmove(b, a + static_cast<std::size_t>(-shift) * px, moved);
+        unsigned char fill[sizeof(T)];
+        std::memcpy(fill, b + moved - px, px);  // the last pixel moved: source column w - 1
+        for (int x = w + shift; x < w; ++x) std::memcpy(b + static_cast<std::size_t>(x) * px, fill, px);
+      }
     }
-  }
+  });
 }
 
 template <class T>
@@ -161,12 +176,16 @@ void RebuildFrame(const EROI<T>* src, EROI<T>* dst, unsigned int frame) {
   using E = typename Kind<T>::E;
   const Rows<const E> s = Elements(src);
   const Rows<E> d = Elements(dst);
-  for (int y = first; y < h; y += 2) {
-    const E* up = s.Row(y > 0 ? y - 1 : y + 1);
-    const E* down = s.Row(y + 1 < h ? y + 1 : y - 1);
-    E* out = d.Row(y);
-    for (int i = 0; i < s.width; ++i) out[i] = static_cast<E>((up[i] + down[i]) >> 1);
-  }
+  // Only rows of the other parity are read: in place, no band reads a row
+  // that another writes.
+  RowwiseBands(dst, {src}, 3.0 * sizeof(E), [&](int y0, int y1) {
+    for (int y = y0 + ((y0 ^ first) & 1); y < y1; y += 2) {
+      const E* up = s.Row(y > 0 ? y - 1 : y + 1);
+      const E* down = s.Row(y + 1 < h ? y + 1 : y - 1);
+      E* out = d.Row(y);
+      for (int i = 0; i < s.width; ++i) out[i] = static_cast<E>((up[i] + down[i]) >> 1);
+    }
+  });
 }
 
 template <class T>
@@ -176,17 +195,21 @@ void SwapFrames(const EROI<T>* src, EROI<T>* dst) {
   using E = typename Kind<T>::E;
   const Rows<const E> s = Elements(src);
   const Rows<E> d = Elements(dst);
-  for (int y = 0; y + 1 < s.height; y += 2) {
-    const E* a = s.Row(y);
-    const E* b = s.Row(y + 1);
-    E* p = d.Row(y);
-    E* q = d.Row(y + 1);
-    for (int i = 0; i < s.width; ++i) {
-      const E old = a[i];  // read both before writing: legal in place
-      p[i] = b[i];
-      q[i] = old;
+  // Bands of row pairs.
+  const double cost = RowsIndependent(src, dst) ? RowCost(2 * s.width, 2.0 * sizeof(E)) : kOneBand;
+  RunBands(s.height / 2, cost, [&](int p0, int p1) {
+    for (int y = 2 * p0; y < 2 * p1; y += 2) {
+      const E* a = s.Row(y);
+      const E* b = s.Row(y + 1);
+      E* p = d.Row(y);
+      E* q = d.Row(y + 1);
+      for (int i = 0; i < s.width; ++i) {
+        const E old = a[i];  // read both before writing: legal in place
+        p[i] = b[i];
+        q[i] = old;
+      }
     }
-  }
+  });
 }
 
 template <class T>
@@ -227,8 +250,7 @@ float Focusing(const EROI<T>* src) {
   using Q = typename Kind<T>::Squares;
   constexpr int kPer = Kind<T>::kPer;
   const Rows<const E> s = Elements(src);
-  double total = 0;
-  for (int y = 0; y + 1 < s.height; ++y) {
+  auto rowSum = [&](int y) {
     const E* p = s.Row(y);
     const E* below = s.Row(y + 1);
     typename Q::Sum sum = 0;
@@ -236,7 +258,22 @@ float Focusing(const EROI<T>* src) {
       sum += Q::Square(static_cast<int>(p[i]) - static_cast<int>(p[i + kPer]));
       sum += Q::Square(static_cast<int>(p[i]) - static_cast<int>(below[i]));
     }
-    total += Q::AsDouble(sum);
+    return Q::AsDouble(sum);
+  };
+  // The sum of each row in bands, added up in row order afterwards: the
+  // same total as one walk. Without room for the row sums, one walk.
+  const int rows = s.height - 1;
+  const Bands bands(rows, RowCost(s.width, 3.0 * sizeof(E)));
+  std::unique_ptr<double[]> sums(bands.Count() > 1 ? new (std::nothrow) double[static_cast<std::size_t>(rows)]
+                                                   : nullptr);
+  double total = 0;
+  if (sums != nullptr) {
+    bands.Run([&](int, int y0, int y1) {
+      for (int y = y0; y < y1; ++y) sums[y] = rowSum(y);
+    });
+    for (int y = 0; y < rows; ++y) total += sums[y];
+  } else {
+    for (int y = 0; y < rows; ++y) total += rowSum(y);
   }
   return static_cast<float>(std::sqrt(total / (static_cast<double>(s.width) * s.height)));
 }

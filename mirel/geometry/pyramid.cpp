@@ -13,6 +13,7 @@
 #include <cstring>
 #include <new>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
@@ -103,8 +104,22 @@ void HalveGreyBand(const Rows<const Byte>& s, const Rows<Byte>& d, int y0, int y
   else HalveBand<Average>(s, d, y0, y1, dropOdd, blocks);
 }
 
+// The cost of a halved row: four source pixels in, one out.
+double HalfRowCost(const EGenericROI* dst, std::size_t pixelBytes) {
+  return RowCost(dst->GetWidth(), 5.0 * static_cast<double>(pixelBytes));
+}
+
+// Bands of the halved rows; a destination on the source's image may be read
+// after it is written (row j reads rows 2j and 2j + 1): one band.
+double HalveCost(const EGenericROI* src, const EGenericROI* dst, std::size_t pixelBytes) {
+  return Overlap(src, dst) ? kOneBand : HalfRowCost(dst, pixelBytes);
+}
+
 void HalveGrey(const EROI<EBW8>* src, EROI<EBW8>* dst, int mode, bool dropOdd, const HalveRoutines& simd) {
-  HalveGreyBand(Bytes(src), Bytes(dst), 0, dst->GetHeight(), mode, dropOdd, simd);
+  const Rows<const Byte> s = Bytes(src);
+  const Rows<Byte> d = Bytes(dst);
+  RunBands(d.height, HalveCost(src, dst, 1),
+           [&](int y0, int y1) { HalveGreyBand(s, d, y0, y1, mode, dropOdd, simd); });
 }
 
 // Copies src into `copy` (of the same size) and halves src into dst in one
@@ -114,19 +129,25 @@ void CopyAndHalveGrey(const EROI<EBW8>* src, EROI<EBW8>* copy, EROI<EBW8>* dst, 
                       const HalveRoutines& simd) {
   const Rows<const Byte> s = Bytes(src);
   const Rows<Byte> c = Bytes(copy), d = Bytes(dst);
-  int copied = 0;
-  auto copyUpTo = [&](int end) {
-    for (; copied < end; ++copied) {
-      if (simd.stream != nullptr) simd.stream(s.Row(copied), c.Row(copied), s.width);
-      else if (s.width > 0) std::memcpy(c.Row(copied), s.Row(copied), static_cast<std::size_t>(s.width));
+  // Band [y0, y1) of the halved rows copies the source rows from 2 * y0
+  // (from 0 for the first band) up to 2 * y1 (to the last for the last
+  // band), so that the bands together copy every row once.
+  const bool apart = !SameImage(src, dst) && !SameImage(src, copy);
+  RunBands(d.height, apart ? HalfRowCost(dst, 3) : kOneBand, [&](int y0, int y1) {
+    int copied = y0 == 0 ? 0 : 2 * y0;
+    auto copyUpTo = [&](int end) {
+      for (; copied < end; ++copied) {
+        if (simd.stream != nullptr) simd.stream(s.Row(copied), c.Row(copied), s.width);
+        else if (s.width > 0) std::memcpy(c.Row(copied), s.Row(copied), static_cast<std::size_t>(s.width));
+      }
+    };
+    for (int j = y0; j < y1; ++j) {
+      copyUpTo(2 * j + 2 < s.height ? 2 * j + 2 : s.height);
+      HalveGreyBand(s, d, j, j + 1, mode, dropOdd, simd);
     }
-  };
-  for (int j = 0; j < d.height; ++j) {
-    copyUpTo(2 * j + 2 < s.height ? 2 * j + 2 : s.height);
-    HalveGreyBand(s, d, j, j + 1, mode, dropOdd, simd);
-  }
-  copyUpTo(s.height);
-  if (simd.fence != nullptr) simd.fence();
+    copyUpTo(y1 == d.height ? s.height : (2 * y1 < s.height ? 2 * y1 : s.height));
+    if (simd.fence != nullptr) simd.fence();
+  });
 }
 
 void HalveGradient(const EROI<EBW32>* src, EROI<EBW32>* dst, bool dropOdd, const HalveRoutines& simd) {
@@ -134,7 +155,8 @@ void HalveGradient(const EROI<EBW32>* src, EROI<EBW32>* dst, bool dropOdd, const
                           src->GetWidth(), src->GetHeight()};
   const Rows<U32> d{reinterpret_cast<U32*>(dst->GetImagePtr(0, 0)), dst->GetRowPitch(), dst->GetWidth(),
                     dst->GetHeight()};
-  HalveBand<Gradient>(s, d, 0, d.height, dropOdd, simd.gradient);
+  RunBands(d.height, HalveCost(src, dst, sizeof(U32)),
+           [&](int y0, int y1) { HalveBand<Gradient>(s, d, y0, y1, dropOdd, simd.gradient); });
 }
 
 // Sizes the destination of a halving. False, with a code set, when it

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <new>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/frame_internal.h"
@@ -212,7 +213,9 @@ void EMovingAverage::Step(const EROI<EBW8>* src, EROI<EBW8>* dst, bool storeSour
                 static_cast<int>(shift),
                 index == -ringLength,
                 shift != 0 ? ActiveMoving() : nullptr};
-  MovingBand(job, 0, dst->GetHeight());
+  // The ring and the sum are the object's own; only the caller's new image
+  // may lie on the destination's image.
+  mirel::RowwiseBands(dst, {src}, 6.0, [&](int y0, int y1) { MovingBand(job, y0, y1); });
   if (++index == ringLength) index = 0;
 }
 
@@ -255,18 +258,21 @@ void ImgRecursiveAverage(const EROI<EBW8>* src, EROI<EBW16>* store, EROI<EBW8>* 
   const Rows<const EBW8> in = RowsOf(src);
   const Rows<EBW16> mem = RowsOf(store);
   const Rows<EBW8> out = RowsOf(dst);
-  for (int y = 0; y < out.height; ++y) {
-    const EBW8* a = in.Row(y);
-    EBW16* s = mem.Row(y);
-    EBW8* o = out.Row(y);
-    for (int x = 0; x < out.width; ++x) {
-      const int old = static_cast<std::int16_t>(s[x].value);
-      int d = (a[x].value << 4) - old;
-      d = d < -kTableCentre ? -kTableCentre : (d > kTableCentre ? kTableCentre : d);
-      const std::int16_t now = static_cast<std::int16_t>(old + static_cast<std::int16_t>(centre[d].value));
-      s[x] = EBW16(static_cast<std::uint16_t>(now));
-      const int v = now >> 4;
-      o[x] = EBW8(static_cast<unsigned char>(v < 0 ? 0 : (v > 255 ? 255 : v)));
+  // Each pixel's store and output depend on that pixel alone.
+  mirel::RowwiseBands(dst, {src}, 6.0, [&](int y0, int y1) {
+    for (int y = y0; y < y1; ++y) {
+      const EBW8* a = in.Row(y);
+      EBW16* s = mem.Row(y);
+      EBW8* o = out.Row(y);
+      for (int x = 0; x < out.width; ++x) {
+        const int old = static_cast<std::int16_t>(s[x].value);
+        int d = (a[x].value << 4) - old;
+        d = d < -kTableCentre ? -kTableCentre : (d > kTableCentre ? kTableCentre : d);
+        const std::int16_t now = static_cast<std::int16_t>(old + static_cast<std::int16_t>(centre[d].value));
+        s[x] = EBW16(static_cast<std::uint16_t>(now));
+        const int v = now >> 4;
+        o[x] = EBW8(static_cast<unsigned char>(v < 0 ? 0 : (v > 255 ? 255 : v)));
+      }
     }
-  }
+  });
 }

@@ -480,6 +480,91 @@ std::vector<Case> Cases() {
     return Unary<EBW16, EBW1>(r, [t](auto s, auto d) { ImgThreshold(s, d, t, 0.5f); });
   });
 
+  // Halving and pyramids: each halved row from a pair of source rows; a
+  // pyramid built from a source copies level 0 in the same bands.
+  add("Halve BW8", [](Rng& r) {
+    Placed<EBW8> src(r, Width(r), Height(r));
+    EImage<EBW8> dst;
+    ImgHalve(&src.roi, &dst, static_cast<int>(r() % 2));
+    return Result{testsupport::Bytes(dst), EGetError(), EGetErrorTrace()};
+  });
+  add("Pyramid BW8 and gradients", [](Rng& r) {
+    Placed<EBW8> src(r, Width(r), Height(r));
+    EPyramid p, q;
+    p.SetNumLevels(3, E_IMAGE_TYPE_BW8);
+    p.SetReductionMode(static_cast<IMG_PYRAMIDAL_REDUCTION_MODE>(r() % 3));
+    p.SetDropOdd(static_cast<int>(r() % 2));
+    p.Build(&src.roi);
+    // Fresh levels: their row bytes (the padding is not written).
+    Result got{testsupport::Bytes(*static_cast<EImage<EBW8>*>(p.GetImage(2))), EGetError(), EGetErrorTrace()};
+    q.SetNumLevels(2, E_IMAGE_TYPE_BW32_ALIAS);
+    q.SetDropOdd(p.GetDropOdd());
+    auto* pairs = static_cast<EImage<EBW32>*>(q.GetImage(0));
+    pairs->SetSize(Width(r), Height(r));
+    testsupport::FillRandom(*pairs, r);
+    q.Build();
+    for (const auto& part : {testsupport::Bytes(*static_cast<EImage<EBW8>*>(p.GetImage(0))),
+                             testsupport::Bytes(*static_cast<EImage<EBW8>*>(p.GetImage(1))),
+                             testsupport::Bytes(*static_cast<EImage<EBW32>*>(q.GetImage(1)))})
+      got.bytes.insert(got.bytes.end(), part.begin(), part.end());
+    return got;
+  });
+
+  // Interlaced frames: rows of one parity, pairs of rows, and the sharpness
+  // score from row sums added in row order.
+  add("GetFrame and SetFrame BW16", [](Rng& r) {
+    const int w = Width(r), h = Height(r), frame = static_cast<int>(r() % 2);
+    const int fh = frame != 0 ? h / 2 : (h + 1) / 2;
+    Placed<EBW16> src(r, w, h), half(r, w, fh > 0 ? fh : 1), back(r, w, h);
+    ImgGetFrame(&src.roi, &half.roi, frame);
+    ImgSetFrame(&half.roi, &back.roi, frame);
+    return Left(back.image);
+  });
+  add("RealignFrame C24 in place", [](Rng& r) {
+    const int shift = static_cast<int>(r() % 7) - 3;
+    const unsigned frame = r() % 2;
+    return Shared<EC24>(r, false, [=](auto s, auto d) { ImgRealignFrame(s, d, shift, frame); });
+  });
+  add("RebuildFrame BW8 in place", [](Rng& r) {
+    const unsigned frame = r() % 2;
+    return Shared<EBW8>(r, false, [=](auto s, auto d) { ImgRebuildFrame(s, d, frame); });
+  });
+  add("RebuildFrame BW16 overlapping", [](Rng& r) {
+    return Shared<EBW16>(r, true, [](auto s, auto d) { ImgRebuildFrame(s, d, 1u); });
+  });
+  add("SwapFrames C24", [](Rng& r) { return Unary<EC24>(r, [](auto s, auto d) { ImgSwapFrames(s, d); }); });
+  add("SwapFrames BW8 in place", [](Rng& r) {
+    return Shared<EBW8>(r, false, [](auto s, auto d) { ImgSwapFrames(s, d); });
+  });
+  add("Focusing BW16", [](Rng& r) {
+    Placed<EBW16> src(r, Width(r), Height(r));
+    const float f = ImgFocusing(&src.roi);
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(&f);
+    return Result{std::vector<unsigned char>(p, p + sizeof f), EGetError(), EGetErrorTrace()};
+  });
+
+  // Temporal averages: a few steps of a moving average (a power of two and
+  // not) and of the recursive average.
+  add("MovingAverage", [](Rng& r) {
+    const int w = Width(r), h = Height(r);
+    EMovingAverage average(r() % 2 ? 4u : 3u, w, h, 0);
+    Placed<EBW8> dst(r, w, h);
+    for (int step = 0; step < 5; ++step) {
+      Placed<EBW8> src(r, w, h);
+      average.Average(&src.roi, &dst.roi);
+    }
+    return Left(dst.image);
+  });
+  add("RecursiveAverage", [](Rng& r) {
+    EBW16Vector lut;
+    ImgSetRecursiveAverageLUT(&lut, 0.5f, static_cast<float>(r() % 3));
+    const int w = Width(r), h = Height(r);
+    Placed<EBW16> store(r, w, h);
+    return Unary<EBW8>(r, [&](auto s, auto d) {
+      for (int step = 0; step < 3; ++step) ImgRecursiveAverage(s, &store.roi, d, &lut);
+    });
+  });
+
   // Depth conversions.
   add("Convert BW16 to BW8", [](Rng& r) {
     const unsigned shift = r() % 12;
