@@ -2,8 +2,10 @@
 // the two-level median.
 #include "mirel/morphology/bilevel.h"
 
+#include <cstddef>
 #include <cstdint>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/morphology/morphology_internal.h"
 #include "mirel/point/arith.h"
@@ -138,12 +140,25 @@ void ImgBiLevelMedian(EROI<EBW8>* src, EROI<EBW8>* dst) {
   if (!Checks(frame, src, dst)) return;
   EROI<EBW8>* out = dst != nullptr ? dst : src;
   const auto median = mirel::morphology::ActiveKernels<std::uint8_t>().biMedian;
-  const int w = src->GetWidth();
-  mirel::morphology::ForEachRow(reinterpret_cast<const std::uint8_t*>(src->GetImagePtr(0, 0)), src->GetRowPitch(),
-                                reinterpret_cast<std::uint8_t*>(out->GetImagePtr(0, 0)), out->GetRowPitch(), w,
-                                src->GetHeight(), mirel::morphology::SamePixels(src, out),
-                                [&](const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c,
-                                    std::uint8_t* o) { median(a, b, c, o, w); });
+  const int w = src->GetWidth(), h = src->GetHeight();
+  const auto* s = reinterpret_cast<const std::uint8_t*>(src->GetImagePtr(0, 0));
+  auto* d = reinterpret_cast<std::uint8_t*>(out->GetImagePtr(0, 0));
+  const std::ptrdiff_t sp = src->GetRowPitch(), dp = out->GetRowPitch();
+  auto kernel = [&](const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c, std::uint8_t* o) {
+    median(a, b, c, o, w);
+  };
+  const bool inPlace = mirel::morphology::SamePixels(src, out);
+  if (inPlace || mirel::Overlap(src, out)) {
+    // Rows that the pass has written are read again: one walk down.
+    mirel::morphology::ForEachRow(s, sp, d, dp, w, h, inPlace, kernel);
+    return;
+  }
+  // A destination apart from the source: bands of rows.
+  if (w <= 0 || h <= 0) return;
+  mirel::RunBands(h, mirel::RowCost(w, 4.0), [&](int y0, int y1) {
+    mirel::morphology::ForEachRowIn<std::uint8_t>(s, sp, d, dp, w, h, y0, y1, nullptr, nullptr, nullptr, nullptr,
+                                                  kernel);
+  });
 }
 
 // Const sources: the same operations, never in place (see the header).

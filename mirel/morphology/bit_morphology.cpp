@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/morphology/bit_morphology_blocks_internal.h"
@@ -42,9 +43,14 @@ enum Mode : int { kErode = 0, kDilate = 1 };
 
 // One pass of a row kernel from src into out, which may be the same pixels:
 // the row above the first is the first, the row below the last the last.
-// In place, the originals of the row and of the row above are kept in line
-// buffers. With `squarePad` the last byte of each row keeps the pad bits
-// that a vertical pass over the destination's old pad bits would give.
+// With `squarePad` the last byte of each row keeps the pad bits that a
+// vertical pass over the destination's old pad bits would give.
+//
+// The rows run in bands. In place, each band keeps the originals of its row
+// and of the row above in line buffers of its own, and the originals of the
+// rows just outside it (which the neighbouring bands write) are copied
+// before any band starts, as are the old pad bytes; a destination that
+// overlaps the source elsewhere reads rows the pass has written: one band.
 void Pass(RowKernels::Row kernel, bool squarePad, int mode, const EROI<EBW1>* src, EROI<EBW1>* out) {
   bits::CheckOrThrow({src}, out);
   const Rows<const EBW1> rs = RowsOf(src);
@@ -52,44 +58,63 @@ void Pass(RowKernels::Row kernel, bool squarePad, int mode, const EROI<EBW1>* sr
   const int w = rd.width, h = rd.height;
   if (w <= 0 || h <= 0) return;
   const int n = (w + 7) / 8;
+  const std::size_t line = static_cast<std::size_t>(n);
   const u8 valid = bits::LastValid(w);
   const bool inPlace = SamePixels(src, out);
+  const Bands bands(h, Overlap(src, out) && !inPlace ? kOneBand : RowCost(w, 0.5));
+  const int count = bands.Count();
+  // Per band in place: the row above, the row, and the copies of rows
+  // y0 - 1 and y1; then the old pad byte of every row.
+  const std::size_t perBand = inPlace ? 4 * line : 0;
+  const bool pads = squarePad && count > 1;
   std::vector<u8> buffers;
-  if (inPlace) {
-    try {
-      buffers.resize(2 * static_cast<std::size_t>(n));
-    } catch (const std::bad_alloc&) {
-      bits::Throw(ESetError(E_ERROR_OUT_OF_MEMORY));
-    }
+  try {
+    buffers.resize(perBand * static_cast<std::size_t>(count) + (pads ? static_cast<std::size_t>(h) : 0));
+  } catch (const std::bad_alloc&) {
+    bits::Throw(ESetError(E_ERROR_OUT_OF_MEMORY));
   }
-  u8* prev = buffers.data();
-  u8* cur = prev + (inPlace ? n : 0);
-  u8 padAbove = 0;
-  for (int y = 0; y < h; ++y) {
-    const u8* a;
-    const u8* b;
-    const u8* c;
-    if (inPlace) {
-      std::memcpy(cur, bits::RowBytes(rs, y), static_cast<std::size_t>(n));
-      a = y > 0 ? prev : cur;
-      b = cur;
-      c = y + 1 < h ? bits::RowBytes(rs, y + 1) : cur;
-    } else {
-      a = bits::RowBytes(rs, y > 0 ? y - 1 : 0);
-      b = bits::RowBytes(rs, y);
-      c = bits::RowBytes(rs, y + 1 < h ? y + 1 : y);
-    }
-    u8* o = bits::RowBytes(rd, y);
-    u8 pad = o[n - 1];
-    if (squarePad) {
-      const u8 above = y > 0 ? padAbove : pad;
-      const u8 below = y + 1 < h ? bits::RowBytes(rd, y + 1)[n - 1] : pad;
-      padAbove = pad;
-      pad = mode == kErode ? static_cast<u8>(above & pad & below) : static_cast<u8>(above | pad | below);
-    }
-    kernel(a, b, c, o, n, valid, pad);
-    if (inPlace) std::swap(prev, cur);
+  u8* const oldPads = pads ? buffers.data() + perBand * static_cast<std::size_t>(count) : nullptr;
+  for (int y = 0; pads && y < h; ++y) oldPads[y] = bits::RowBytes(rd, y)[n - 1];
+  for (int b = 0; inPlace && b < count; ++b) {
+    u8* edge = buffers.data() + perBand * static_cast<std::size_t>(b) + 2 * line;
+    const int y0 = bands.Begin(b), y1 = bands.End(b);
+    if (y0 > 0) std::memcpy(edge, bits::RowBytes(rs, y0 - 1), line);
+    if (y1 < h) std::memcpy(edge + line, bits::RowBytes(rs, y1), line);
   }
+  bands.Run([&](int band, int y0, int y1) {
+    u8* prev = inPlace ? buffers.data() + perBand * static_cast<std::size_t>(band) : nullptr;
+    u8* cur = inPlace ? prev + line : nullptr;
+    const u8* above = inPlace ? prev + 2 * line : nullptr;
+    const u8* below = inPlace ? prev + 3 * line : nullptr;
+    if (inPlace && y0 > 0) std::memcpy(prev, above, line);
+    // The old pad byte of row y - 1, read before that row was written.
+    u8 padAbove = y0 > 0 ? (pads ? oldPads[y0 - 1] : bits::RowBytes(rd, y0 - 1)[n - 1]) : 0;
+    for (int y = y0; y < y1; ++y) {
+      const u8* a;
+      const u8* b;
+      const u8* c;
+      if (inPlace) {
+        std::memcpy(cur, bits::RowBytes(rs, y), line);
+        a = y > 0 ? prev : cur;
+        b = cur;
+        c = y + 1 < y1 ? bits::RowBytes(rs, y + 1) : y + 1 < h ? below : cur;
+      } else {
+        a = bits::RowBytes(rs, y > 0 ? y - 1 : 0);
+        b = bits::RowBytes(rs, y);
+        c = bits::RowBytes(rs, y + 1 < h ? y + 1 : y);
+      }
+      u8* o = bits::RowBytes(rd, y);
+      u8 pad = o[n - 1];
+      if (squarePad) {
+        const u8 up = y > 0 ? padAbove : pad;
+        const u8 down = y + 1 < h ? (pads ? oldPads[y + 1] : bits::RowBytes(rd, y + 1)[n - 1]) : pad;
+        padAbove = pad;
+        pad = mode == kErode ? static_cast<u8>(up & pad & down) : static_cast<u8>(up | pad | down);
+      }
+      kernel(a, b, c, o, n, valid, pad);
+      if (inPlace) std::swap(prev, cur);
+    }
+  });
 }
 
 // The passes of a box or disk with the kernels picked for this call. The

@@ -565,6 +565,28 @@ std::vector<Case> Cases() {
     });
   });
 
+  // Bit-image passes, in place from copies of each band's edge rows; the
+  // two-level median with a destination apart.
+  add("ErodeBox BW1", [](Rng& r) {
+    const unsigned hw = r() % 4, hh = r() % 4;
+    return Unary<EBW1>(r, [=](auto s, auto d) { ImgErodeBox(s, d, hw, hh); });
+  });
+  add("DilateDisk BW1 in place", [](Rng& r) {
+    const unsigned radius = r() % 4;
+    return Shared<EBW1>(r, false, [=](auto s, auto) { ImgDilateDisk(s, nullptr, radius); });
+  });
+  add("Median BW1 overlapping", [](Rng& r) {
+    return Shared<EBW1>(r, true, [](auto s, auto d) { ImgMedian(s, d); });
+  });
+  add("OpenBox BW1 in place", [](Rng& r) {
+    const unsigned hw = 1 + r() % 3;
+    return Shared<EBW1>(r, false, [=](auto s, auto) { ImgOpenBox(s, nullptr, hw, hw); });
+  });
+  add("BiLevelMedian", [](Rng& r) { return Unary<EBW8>(r, [](auto s, auto d) { ImgBiLevelMedian(s, d); }); });
+  add("BiLevelMedian in place", [](Rng& r) {
+    return Shared<EBW8>(r, false, [](auto s, auto) { ImgBiLevelMedian(s, nullptr); });
+  });
+
   // Depth conversions.
   add("Convert BW16 to BW8", [](Rng& r) {
     const unsigned shift = r() % 12;
