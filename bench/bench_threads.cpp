@@ -32,6 +32,12 @@ void Rotate() {
   ImgScaleRotate(&Frame(), cx, cy, cx, cy, 1.0f, 1.0f, kAngle, &Rotated(), 8);
 }
 void Add() { ImgOper(ALO_ADD, &Frame(), &Frame2(), &Out()); }
+void LocalMean() { Corvane::Talmeer::Segmentation::ImgLocalMeanThreshold(&Frame(), &Out(), 15, 4); }
+EImage<EBW8>& Half() {
+  static EImage<EBW8> image(bench::kWidth / 2, bench::kHeight / 2);
+  return image;
+}
+void Halve() { ImgHalve(&Frame(), &Half(), 1); }
 
 template <void (*Op)(), int kThreads>
 void Mirel(benchmark::State& state) {
@@ -49,6 +55,8 @@ MIREL_THREAD_ROWS("medianBlur 3", Median);
 MIREL_THREAD_ROWS("erode 15x15", Erode15);
 MIREL_THREAD_ROWS("warpAffine rotate 10 linear", Rotate);
 MIREL_THREAD_ROWS("add two images", Add);
+MIREL_THREAD_ROWS("adaptiveThreshold mean 31", LocalMean);
+MIREL_THREAD_ROWS("resize INTER_AREA 1/2", Halve);
 #undef MIREL_THREAD_ROWS
 
 #if defined(MIREL_BENCH_OPENCV)
@@ -81,6 +89,14 @@ void CvAdd() {
   cv::Mat a = bench::AsMat(Frame()), b = bench::AsMat(Frame2()), d = bench::AsMat(Out());
   cv::add(a, b, d);
 }
+void CvLocalMean() {
+  cv::Mat src = bench::AsMat(Frame()), dst = bench::AsMat(Out());
+  cv::adaptiveThreshold(src, dst, 255, cv::ADAPTIVE_THRESH_MEAN_C, cv::THRESH_BINARY, 31, -4);
+}
+void CvHalve() {
+  cv::Mat src = bench::AsMat(Frame()), dst = bench::AsMat(Half());
+  cv::resize(src, dst, dst.size(), 0, 0, cv::INTER_AREA);
+}
 
 template <void (*Op)(), int kThreads>
 void Cv(benchmark::State& state) {
@@ -98,6 +114,8 @@ MIREL_THREAD_ROWS("medianBlur 3", CvMedian);
 MIREL_THREAD_ROWS("erode 15x15", CvErode15);
 MIREL_THREAD_ROWS("warpAffine rotate 10 linear", CvRotate);
 MIREL_THREAD_ROWS("add two images", CvAdd);
+MIREL_THREAD_ROWS("adaptiveThreshold mean 31", CvLocalMean);
+MIREL_THREAD_ROWS("resize INTER_AREA 1/2", CvHalve);
 #undef MIREL_THREAD_ROWS
 #endif
 
