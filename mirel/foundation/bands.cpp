@@ -47,6 +47,7 @@ thread_local int t_threads = 1;
 thread_local bool t_in_band = false;
 thread_local double t_min_band_cost = -1.0;
 thread_local bool t_pool_only = false;
+thread_local bool t_reversed = false;
 
 int ResolvedThreads() {
   int n = t_threads;
@@ -67,6 +68,7 @@ struct Job {
   const Bands* bands = nullptr;
   int count = 0;
   std::atomic<int> next{0};
+  bool reversed = false;  // claims run from the last band to the first
   cpu::PathSwitches paths{};
   MirelTLSStruct record{};
   std::vector<Outcome> outcomes;
@@ -79,8 +81,9 @@ struct Job {
 // state is cleared before each band and read after it.
 void Work(Job& job) {
   for (;;) {
-    const int band = job.next.fetch_add(1, std::memory_order_relaxed);
-    if (band >= job.count) return;
+    const int claimed = job.next.fetch_add(1, std::memory_order_relaxed);
+    if (claimed >= job.count) return;
+    const int band = job.reversed ? job.count - 1 - claimed : claimed;
     Outcome& out = job.outcomes[static_cast<std::size_t>(band)];
     EOk();
     try {
@@ -213,6 +216,7 @@ void Bands::Dispatch(BandFn fn, void* context) const {
   job.context = context;
   job.bands = this;
   job.count = count_;
+  job.reversed = t_reversed;
   job.paths = cpu::CurrentPathSwitches();
   job.record = *EGetTLSPtr();
   job.outcomes.resize(static_cast<std::size_t>(count_));
@@ -248,6 +252,7 @@ void Bands::Dispatch(BandFn fn, void* context) const {
 namespace testing {
 void SetBandMinimum(double units) { t_min_band_cost = units; }
 void SetBandsOnPoolOnly(int enabled) { t_pool_only = enabled != 0; }
+void SetBandsReversed(int enabled) { t_reversed = enabled != 0; }
 }  // namespace testing
 }  // namespace mirel
 

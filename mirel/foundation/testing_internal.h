@@ -28,6 +28,10 @@ MIREL_API void SetBandMinimum(double units);
 // pool's threads and waits, so that tests see each band computed away from
 // the caller.
 MIREL_API void SetBandsOnPoolOnly(int enabled);
+// enabled != 0: the bands of the calling thread's calls are claimed from the
+// last to the first, so that a band that reads rows a later band writes
+// sees them written whenever the bands run one after another.
+MIREL_API void SetBandsReversed(int enabled);
 
 }  // namespace testing
 }  // namespace mirel
