@@ -425,9 +425,12 @@ class Ctx {
     return Capped(w, h, entry.options);
   }
   static int Long(int side) { return Wide() ? kWideSide : side; }
+  // An entry that bounds its images below the defaults (a cost that grows
+  // faster than the pixels) keeps its bounds in the wide mode too.
   static std::pair<int, int> Capped(int w, int h, const Options& o) {
-    const int side = Wide() ? std::max(o.maxSide, kWideSide) : o.maxSide;
-    const int area = Wide() ? std::max(o.maxArea, kWideArea) : o.maxArea;
+    const bool wide = Wide() && o.maxSide >= Options().maxSide && o.maxArea >= Options().maxArea;
+    const int side = wide ? std::max(o.maxSide, kWideSide) : o.maxSide;
+    const int area = wide ? std::max(o.maxArea, kWideArea) : o.maxArea;
     if (w > side) w = side;
     if (h > side) h = side;
     if (w > 0 && static_cast<long long>(w) * h > area) h = area / w;
