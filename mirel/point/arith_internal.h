@@ -27,10 +27,9 @@ using BlockRun = void (*)(const unsigned char* a, const unsigned char* b, unsign
                           unsigned char* d, std::size_t n);
 
 #if defined(MIREL_X86_SIMD)
-// The block routine of `op` in `form` for one instruction set, or null when
-// the operation has no block form. Picked once per call, run once per row.
+// The block routine of `op` in `form` (16-byte vectors), or null when the
+// operation has no block form. Picked once per call, run once per row.
 BlockRun PickSse2(int op, int form);
-BlockRun PickAvx2(int op, int form);
 #endif
 
 }  // namespace arith

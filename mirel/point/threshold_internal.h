@@ -1,4 +1,4 @@
-// Pixel loops of the 8-bit thresholds, one per instruction set.
+// The 8-bit threshold pixel loop on 16-byte vectors and its table.
 #ifndef MIREL_POINT_THRESHOLD_INTERNAL_H_
 #define MIREL_POINT_THRESHOLD_INTERNAL_H_
 
@@ -23,8 +23,6 @@ void MakeTable(const Levels& levels, unsigned char* table);
 
 #if defined(MIREL_X86_SIMD)
 void ClassifySSE2(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const Levels& levels, const unsigned char* table);
-void ClassifyAVX2(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const Levels& levels, const unsigned char* table);
-void ClassifyAVX512(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const Levels& levels);
 #endif
 
 }  // namespace thr

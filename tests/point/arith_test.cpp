@@ -331,6 +331,25 @@ TEST(Copy, WiderPixelTypes) {
   CopyWide(EC16(0xBEEF));
 }
 
+// A copy between two ROIs of one image on the same rows, shifted by a few
+// pixels either way, moves each row as a whole, on every path.
+TEST(Copy, OverlappingRowsMoveAsAWhole) {
+  for (int path : testsupport::AllPaths()) {
+    testsupport::PathGuard guard(path);
+    for (int shift = -40; shift <= 40; ++shift) {
+      EImage<EBW8> image(160, 3);
+      for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 160; ++x) image.SetPixel(EBW8(static_cast<unsigned char>(x * 7 + y)), x, y);
+      EROI<EBW8> src(&image, 40, 0, 80, 3), dst(&image, 40 + shift, 0, 80, 3);
+      ImgCopy(&src, &dst);
+      for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 80; ++x)
+          ASSERT_EQ(image.GetPixel(40 + shift + x, y).value, static_cast<unsigned char>((40 + x) * 7 + y))
+              << "path " << path << " shift " << shift << " x " << x;
+    }
+  }
+}
+
 // ------------------------------------------------------------ worked numbers
 
 // One worked value: `a op b` on every pixel of a 16-pixel row, so that
