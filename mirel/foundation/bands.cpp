@@ -9,10 +9,18 @@
 // runs out of bands it withdraws the job from the queue and waits only for
 // the helpers already inside it.
 //
+// Waking a sleeping thread takes some tens of microseconds, a tenth of a
+// filter's band on a large frame. So a helper that runs out of work watches
+// the queue for a short while before it sleeps, and the caller watches for
+// the helpers' last band before it sleeps: calls that follow one another
+// closely, as an inspection's steps do, hand their bands over without a
+// wake-up. The watch is bounded; an idle pool sleeps.
+//
 // The pool is joined when the library is unloaded (the holder's destructor
 // at exit), except in a Windows DLL at process exit (see DllMain below).
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstring>
 #include <deque>
@@ -21,6 +29,10 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#if defined(__x86_64__) || defined(_M_X64) || defined(__i386__) || defined(_M_IX86)
+#include <emmintrin.h>
+#endif
 
 #include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
@@ -42,6 +54,9 @@ constexpr int kMaxThreads = 64;
 // Bands per thread: a thread that the system keeps waiting leaves its
 // later bands to the others, which claim them as they finish theirs.
 constexpr int kBandsPerThread = 4;
+// How long a helper watches the queue after a job, and the caller the
+// helpers' last bands, before sleeping.
+constexpr std::chrono::microseconds kWatch{200};
 
 thread_local int t_threads = 1;
 thread_local bool t_in_band = false;
@@ -72,8 +87,8 @@ struct Job {
   cpu::PathSwitches paths{};
   MirelTLSStruct record{};
   std::vector<Outcome> outcomes;
-  int wanted = 0;   // helpers still to join the job (pool mutex)
-  int running = 0;  // helpers inside the job (pool mutex)
+  int wanted = 0;              // helpers still to join the job (pool mutex)
+  std::atomic<int> running{0};  // helpers inside the job (changed under the pool mutex)
   std::condition_variable idle;
 };
 
@@ -96,12 +111,36 @@ void Work(Job& job) {
   }
 }
 
+// A hint to the processor that this thread is spinning.
+inline void Pause() {
+#if defined(__x86_64__) || defined(_M_X64) || defined(__i386__) || defined(_M_IX86)
+  _mm_pause();
+#elif defined(__aarch64__) && defined(__GNUC__)
+  __asm__ __volatile__("yield");
+#endif
+}
+
+// Calls done() until it returns true or kWatch has passed; returns its last
+// answer. Spins with a processor pause between looks.
+template <class Done>
+bool Watch(Done done) {
+  const auto until = std::chrono::steady_clock::now() + kWatch;
+  for (;;) {
+    for (int i = 0; i < 64; ++i) {
+      if (done()) return true;
+      Pause();
+    }
+    if (std::chrono::steady_clock::now() >= until) return done();
+  }
+}
+
 class Pool {
  public:
   ~Pool() {
     {
       std::lock_guard<std::mutex> lock(mutex_);
       stop_ = true;
+      stopping_.store(true, std::memory_order_relaxed);
     }
     wake_.notify_all();
     for (std::thread& t : threads_) t.join();
@@ -126,6 +165,7 @@ class Pool {
       std::lock_guard<std::mutex> lock(mutex_);
       job.wanted = helpers;
       queue_.push_back(&job);
+      queued_.store(static_cast<int>(queue_.size()), std::memory_order_relaxed);
     }
     if (helpers == 1) wake_.notify_one();
     else wake_.notify_all();
@@ -133,18 +173,24 @@ class Pool {
 
   // Withdraws the job and waits until no helper is inside it.
   void Finish(Job& job) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    if (job.wanted > 0) {
-      queue_.erase(std::find(queue_.begin(), queue_.end(), &job));
-      job.wanted = 0;
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      if (job.wanted > 0) {
+        queue_.erase(std::find(queue_.begin(), queue_.end(), &job));
+        queued_.store(static_cast<int>(queue_.size()), std::memory_order_relaxed);
+        job.wanted = 0;
+      }
     }
-    job.idle.wait(lock, [&] { return job.running == 0; });
+    Watch([&] { return job.running.load(std::memory_order_acquire) == 0; });
+    // Taking the mutex also waits out a helper still notifying the job.
+    std::unique_lock<std::mutex> lock(mutex_);
+    job.idle.wait(lock, [&] { return job.running.load(std::memory_order_relaxed) == 0; });
   }
 
   // Waits until the helpers have run every band of the job.
   void AwaitAll(Job& job) {
     std::unique_lock<std::mutex> lock(mutex_);
-    job.idle.wait(lock, [&] { return job.running == 0 && job.next.load() >= job.count; });
+    job.idle.wait(lock, [&] { return job.running.load() == 0 && job.next.load() >= job.count; });
   }
 
  private:
@@ -152,23 +198,33 @@ class Pool {
     t_in_band = true;
     std::unique_lock<std::mutex> lock(mutex_);
     for (;;) {
+      if (!stop_ && queue_.empty()) {
+        lock.unlock();
+        Watch([&] { return queued_.load(std::memory_order_relaxed) != 0 || stopping_.load(std::memory_order_relaxed); });
+        lock.lock();
+      }
       wake_.wait(lock, [&] { return stop_ || !queue_.empty(); });
       if (stop_) return;
       Job& job = *queue_.front();
-      if (--job.wanted == 0) queue_.pop_front();
-      ++job.running;
+      if (--job.wanted == 0) {
+        queue_.pop_front();
+        queued_.store(static_cast<int>(queue_.size()), std::memory_order_relaxed);
+      }
+      job.running.fetch_add(1, std::memory_order_relaxed);
       lock.unlock();
       cpu::SetPathSwitches(job.paths);
       *EGetTLSPtr() = job.record;
       Work(job);
       lock.lock();
-      if (--job.running == 0) job.idle.notify_all();
+      if (job.running.fetch_sub(1, std::memory_order_release) == 1) job.idle.notify_all();
     }
   }
 
   std::mutex mutex_;
   std::condition_variable wake_;
   std::deque<Job*> queue_;
+  std::atomic<int> queued_{0};  // queue_.size(), for helpers watching without the mutex
+  std::atomic<bool> stopping_{false};
   std::vector<std::thread> threads_;
   bool stop_ = false;
 };
