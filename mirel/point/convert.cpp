@@ -6,7 +6,6 @@
 #include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
-#include "mirel/point/convert_internal.h"
 
 #if defined(MIREL_X86_SIMD)
 #include <emmintrin.h>
@@ -53,27 +52,21 @@ std::size_t NarrowSSE2(const unsigned short* s, unsigned char* d, std::size_t n,
   return i;
 }
 constexpr VectorRun<unsigned char, unsigned short> kWiden = &WidenSSE2;
-constexpr VectorRun<unsigned char, unsigned short> kWidenAVX2 = &mirel::point::WidenAVX2;
 constexpr VectorRun<unsigned short, unsigned char> kNarrow = &NarrowSSE2;
 #else
 constexpr VectorRun<unsigned char, unsigned short> kWiden = nullptr;
-constexpr VectorRun<unsigned char, unsigned short> kWidenAVX2 = nullptr;
 constexpr VectorRun<unsigned short, unsigned char> kNarrow = nullptr;
 #endif
 
-// The vector stretch of a conversion on this call's path, or null; `avx2`
-// may be null where the SSE2 stretch serves that level too.
+// The vector stretch of a conversion on this call's path, or null. The
+// stretches stream rows from and to memory; 16-byte vectors ran faster
+// than 32-byte ones on a frame from memory, so every vector level runs them.
 template <class SV, class DV>
-VectorRun<SV, DV> PickVector(VectorRun<SV, DV> sse2, VectorRun<SV, DV> avx2 = nullptr) {
+VectorRun<SV, DV> PickVector(VectorRun<SV, DV> sse2) {
 #if defined(MIREL_X86_SIMD)
-  if (EGetMMX() != 0) {
-    const int level = mirel::cpu::ActiveSimdLevel();
-    if (level >= mirel::cpu::kAVX2 && avx2 != nullptr) return avx2;
-    if (level >= mirel::cpu::kSSE2) return sse2;
-  }
+  if (EGetMMX() != 0 && mirel::cpu::ActiveSimdLevel() >= mirel::cpu::kSSE2) return sse2;
 #endif
   (void)sse2;
-  (void)avx2;
   return nullptr;
 }
 
@@ -125,7 +118,7 @@ void ImgConvert(const EROI<EBW8>* src, EROI<EBW16>* dst, unsigned int shift) {
   const unsigned int n = shift & 31u;
   Convert("ImgConvert ( BW8 to BW16)", src, dst,
           [n](unsigned char p) { return static_cast<unsigned short>(static_cast<std::uint32_t>(p) << n); },
-          PickVector<unsigned char, unsigned short>(kWiden, kWidenAVX2), n);
+          PickVector<unsigned char, unsigned short>(kWiden), n);
 }
 
 void ImgConvert(const EROI<EBW8>* src, EROI<EBW32>* dst, unsigned int shift) {
