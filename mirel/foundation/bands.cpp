@@ -200,7 +200,9 @@ class Pool {
     for (;;) {
       if (!stop_ && queue_.empty()) {
         lock.unlock();
-        Watch([&] { return queued_.load(std::memory_order_relaxed) != 0 || stopping_.load(std::memory_order_relaxed); });
+        Watch([&] {
+          return queued_.load(std::memory_order_relaxed) != 0 || stopping_.load(std::memory_order_relaxed);
+        });
         lock.lock();
       }
       wake_.wait(lock, [&] { return stop_ || !queue_.empty(); });
