@@ -120,17 +120,16 @@ inline void Pause() {
 #endif
 }
 
-// Calls done() until it returns true or kWatch has passed; returns its last
-// answer. Spins with a processor pause between looks.
+// Calls done() until it returns true or kWatch has passed, with a processor
+// pause between looks. The caller checks again under its mutex.
 template <class Done>
-bool Watch(Done done) {
+void Watch(Done done) {
   const auto until = std::chrono::steady_clock::now() + kWatch;
-  for (;;) {
+  while (std::chrono::steady_clock::now() < until) {
     for (int i = 0; i < 64; ++i) {
-      if (done()) return true;
+      if (done()) return;
       Pause();
     }
-    if (std::chrono::steady_clock::now() >= until) return done();
   }
 }
 
