@@ -31,6 +31,7 @@ namespace {
 
 using u8 = unsigned char;
 using u16 = unsigned short;
+using mirel::arith::BlockRows;
 using mirel::arith::BlockRun;
 using mirel::arith::kConstImage;
 using mirel::arith::kImageConst;
@@ -103,24 +104,41 @@ void InBands(const EGenericROI* dst, std::initializer_list<const EGenericROI*> s
   mirel::RowwiseBands(dst, sources, static_cast<double>(dst->GetPixelBytes()), work);
 }
 
-// One row of n bytes: scalar head up to an 8-byte aligned destination, the
-// block stretch, scalar tail. `scalar(lo, hi)` handles bytes lo to hi - 1.
-// `blocks` is null on the scalar path or when the operation has no block
-// form. `a` or `b` may be null when that operand is the constant.
+// Whether the rows of s and d share a byte without being the very same rows.
+bool SharesBytes(const ByteRows& s, const ByteRows& d) {
+  if (d.height == 0 || d.bytes == 0 || (s.base == d.base && s.pitch == d.pitch)) return false;
+  const u8* s_end = s.Row(s.height - 1) + s.bytes;
+  const u8* d_end = d.Row(d.height - 1) + d.bytes;
+  return s.base < d_end && d.base < s_end;
+}
+
+// Every row of d: the block routine over the whole 8-byte blocks of each
+// row, then scalar(y, lo, hi) for bytes lo to hi - 1 of row y that are
+// left (the whole row on the scalar path or when the operation has no
+// block form). `a` or `b` is null when that operand is the constant.
+// The block routine walks all rows in one call where no source shares a
+// byte with the destination; otherwise the rows go one at a time, blocks
+// then rest, so that each row reads its sources as a row walk leaves them.
 template <class Scalar>
-inline void WalkRow(BlockRun blocks, const u8* a, const u8* b, u8 c, u8* d, std::size_t n,
-                    Scalar&& scalar) {
-  if (blocks != nullptr) {
-    const std::size_t head = (8 - (reinterpret_cast<std::uintptr_t>(d) & 7)) & 7;
-    if (n >= head + 8) {
-      const std::size_t mid = (n - head) & ~static_cast<std::size_t>(7);
-      scalar(0, head);
-      blocks(a != nullptr ? a + head : d + head, b != nullptr ? b + head : d + head, c, d + head, mid);
-      scalar(head + mid, n);
-      return;
-    }
+void WalkRows(BlockRun blocks, const ByteRows* a, const ByteRows* b, u8 c, const ByteRows& d, Scalar&& scalar) {
+  const std::size_t n = d.bytes;
+  const std::size_t mid = blocks != nullptr ? n & ~static_cast<std::size_t>(7) : 0;
+  if (mid == 0) {
+    for (int y = 0; y < d.height; ++y) scalar(y, static_cast<std::size_t>(0), n);
+    return;
   }
-  scalar(static_cast<std::size_t>(0), n);
+  const ByteRows& ra = a != nullptr ? *a : d;
+  const ByteRows& rb = b != nullptr ? *b : d;
+  if (!SharesBytes(ra, d) && !SharesBytes(rb, d)) {
+    blocks(BlockRows{ra.base, ra.pitch, rb.base, rb.pitch, c, d.base, d.pitch, mid, d.height});
+    if (mid < n)
+      for (int y = 0; y < d.height; ++y) scalar(y, mid, n);
+    return;
+  }
+  for (int y = 0; y < d.height; ++y) {
+    blocks(BlockRows{ra.Row(y), 0, rb.Row(y), 0, c, d.Row(y), 0, mid, 1});
+    scalar(y, mid, n);
+  }
 }
 
 // ------------------------------------------------------------ formulas
@@ -282,20 +300,21 @@ void TripleFill(EC24 value, const ByteRows& d) {
 void ByteUnary(int op, const ByteRows& s, const ByteRows& d) {
   if (d.bytes == 0) return;
   const BlockRun blocks = PickBlocks(op, kImageImage);
-  for (int y = 0; y < d.height; ++y) {
+  if (op == 0) {
+    if (blocks == nullptr || SharesBytes(s, d)) {
+      for (int y = 0; y < d.height; ++y) std::memmove(d.Row(y), s.Row(y), d.bytes);
+      return;
+    }
+    WalkRows(blocks, &s, &s, 0, d, [&](int y, std::size_t lo, std::size_t hi) {
+      std::memcpy(d.Row(y) + lo, s.Row(y) + lo, hi - lo);
+    });
+    return;
+  }
+  WalkRows(blocks, &s, &s, 0, d, [&](int y, std::size_t lo, std::size_t hi) {
     const u8* ps = s.Row(y);
     u8* pd = d.Row(y);
-    if (op == 0) {
-      if (blocks == nullptr || (ps < pd + d.bytes && pd < ps + d.bytes)) std::memmove(pd, ps, d.bytes);
-      else
-        WalkRow(blocks, ps, ps, 0, pd, d.bytes,
-                [&](std::size_t lo, std::size_t hi) { std::memcpy(pd + lo, ps + lo, hi - lo); });
-      continue;
-    }
-    WalkRow(blocks, ps, ps, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
-      for (std::size_t i = lo; i < hi; ++i) pd[i] = static_cast<u8>(~ps[i]);
-    });
-  }
+    for (std::size_t i = lo; i < hi; ++i) pd[i] = static_cast<u8>(~ps[i]);
+  });
 }
 
 // Byte binary: both sources and the destination read as rows of bytes.
@@ -334,22 +353,20 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
   // The shifts are refused before this worker; they are not known here.
   const bool known = op != ALO_SHIFT_LEFT && op != ALO_SHIFT_RIGHT && WithPixelOp(op, [&](auto tag) {
     constexpr int OP = decltype(tag)::value;
-    for (int y = 0; y < d.height; ++y) {
+    WalkRows(blocks, &a, &b, 0, d, [&](int y, std::size_t lo, std::size_t hi) {
       const u8* pa = a.Row(y);
       const u8* pb = b.Row(y);
       u8* pd = d.Row(y);
-      WalkRow(blocks, pa, pb, 0, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
-        for (std::size_t i = lo; i < hi; ++i) {
-          if constexpr (OP == 21) {
-            if (pa[i] == 0) pd[i] = pb[i];
-          } else if constexpr (OP == 22) {
-            if (pa[i] != 0) pd[i] = pb[i];
-          } else {
-            pd[i] = static_cast<u8>(Formula8(OP, pa[i], pb[i]));
-          }
+      for (std::size_t i = lo; i < hi; ++i) {
+        if constexpr (OP == 21) {
+          if (pa[i] == 0) pd[i] = pb[i];
+        } else if constexpr (OP == 22) {
+          if (pa[i] != 0) pd[i] = pb[i];
+        } else {
+          pd[i] = static_cast<u8>(Formula8(OP, pa[i], pb[i]));
         }
-      });
-    }
+      }
+    });
   });
   if (!known) ESetError(E_ERROR_INTERNAL);
 }
@@ -358,15 +375,13 @@ void ByteBinary(int op, const ByteRows& a, const ByteRows& b, const ByteRows& d)
 // operations that have them. `form` says which operand is the constant.
 void TableWalk(int op, int form, u8 c, const u8* table, const ByteRows& s, const ByteRows& d) {
   const BlockRun blocks = PickBlocks(op, form);
-  for (int y = 0; y < d.height; ++y) {
+  const ByteRows* a = form == kConstImage ? nullptr : &s;
+  const ByteRows* b = form == kConstImage ? &s : nullptr;
+  WalkRows(blocks, a, b, c, d, [&](int y, std::size_t lo, std::size_t hi) {
     const u8* ps = s.Row(y);
     u8* pd = d.Row(y);
-    const u8* a = form == kConstImage ? nullptr : ps;
-    const u8* b = form == kConstImage ? ps : nullptr;
-    WalkRow(blocks, a, b, c, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
-      for (std::size_t i = lo; i < hi; ++i) pd[i] = table[ps[i]];
-    });
-  }
+    for (std::size_t i = lo; i < hi; ++i) pd[i] = table[ps[i]];
+  });
 }
 
 // BW8 constant table: dst = op(c, src) through a 256-entry table.
@@ -400,14 +415,12 @@ void ImageConstBW8(int op, u8 c, const ByteRows& s, const ByteRows& d) {
   if (op == ALO_SET_WHERE_ZERO || op == ALO_SET_WHERE_NONZERO) {
     const BlockRun blocks = PickBlocks(op, kImageConst);
     const bool where_zero = op == ALO_SET_WHERE_ZERO;
-    for (int y = 0; y < d.height; ++y) {
+    WalkRows(blocks, &s, nullptr, c, d, [&](int y, std::size_t lo, std::size_t hi) {
       const u8* ps = s.Row(y);
       u8* pd = d.Row(y);
-      WalkRow(blocks, ps, nullptr, c, pd, d.bytes, [&](std::size_t lo, std::size_t hi) {
-        for (std::size_t i = lo; i < hi; ++i)
-          if ((ps[i] == 0) == where_zero) pd[i] = c;
-      });
-    }
+      for (std::size_t i = lo; i < hi; ++i)
+        if ((ps[i] == 0) == where_zero) pd[i] = c;
+    });
     return;
   }
   u8 table[256];

@@ -20,15 +20,29 @@ enum BlockForm : int {
   kImageConst = 2,  // a is a row, b is the constant c
 };
 
-// Processes n bytes (a multiple of 8) of one operation in one operand
-// form. The operand that is the constant is not read, but its pointer must
-// still be one to n readable bytes (callers pass the destination).
-using BlockRun = void (*)(const unsigned char* a, const unsigned char* b, unsigned char c,
-                          unsigned char* d, std::size_t n);
+// `rows` rows of n bytes each (n a multiple of 8), every operand `pitch`
+// bytes from one row to the next. The operand that is the constant is not
+// read, but its pointer and pitch must still be those of readable rows
+// (callers pass the destination's).
+struct BlockRows {
+  const unsigned char* a;
+  std::ptrdiff_t a_pitch;
+  const unsigned char* b;
+  std::ptrdiff_t b_pitch;
+  unsigned char c;
+  unsigned char* d;
+  std::ptrdiff_t d_pitch;
+  std::size_t n;
+  int rows;
+};
+
+// Processes the rows of one operation in one operand form, top row first.
+// The row walk lives in the routine, so a frame costs one call.
+using BlockRun = void (*)(const BlockRows& r);
 
 #if defined(MIREL_X86_SIMD)
 // The block routine of `op` in `form` (16-byte vectors), or null when the
-// operation has no block form. Picked once per call, run once per row.
+// operation has no block form. Picked once per call.
 BlockRun PickSse2(int op, int form);
 #endif
 

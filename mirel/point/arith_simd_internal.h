@@ -205,16 +205,20 @@ inline void Run(const A& a, const B& b, u8* d, std::size_t n) {
 }
 
 template <class W, int OP, int FORM>
-void RunEntry(const u8* a, const u8* b, u8 c, u8* d, std::size_t n) {
-  if constexpr (FORM == kConstImage) {
-    (void)a;
-    Run<W, OP>(ConstOperand{c}, RowOperand{b}, d, n);
-  } else if constexpr (FORM == kImageConst) {
-    (void)b;
-    Run<W, OP>(RowOperand{a}, ConstOperand{c}, d, n);
-  } else {
-    (void)c;
-    Run<W, OP>(RowOperand{a}, RowOperand{b}, d, n);
+void RunEntry(const BlockRows& r) {
+  for (int y = 0; y < r.rows; ++y) {
+    const u8* a = r.a + r.a_pitch * y;
+    const u8* b = r.b + r.b_pitch * y;
+    u8* d = r.d + r.d_pitch * y;
+    if constexpr (FORM == kConstImage) {
+      (void)a;
+      Run<W, OP>(ConstOperand{r.c}, RowOperand{b}, d, r.n);
+    } else if constexpr (FORM == kImageConst) {
+      (void)b;
+      Run<W, OP>(RowOperand{a}, ConstOperand{r.c}, d, r.n);
+    } else {
+      Run<W, OP>(RowOperand{a}, RowOperand{b}, d, r.n);
+    }
   }
 }
 

@@ -350,6 +350,39 @@ TEST(Copy, OverlappingRowsMoveAsAWhole) {
   }
 }
 
+// An operation whose destination is a ROI of its first source's image, a
+// row up or down and a few pixels aside, reads each source row as the rows
+// written before it left it: the row walk, on every path. Rows from 9 to
+// 40 pixels give block stretches and scalar rests.
+TEST(Oper, SourceSharingRowsWithTheDestination) {
+  Rng rng(31);
+  for (int path : testsupport::AllPaths()) {
+    testsupport::PathGuard guard(path);
+    for (int t = 0; t < 60; ++t) {
+      const int w = 9 + static_cast<int>(rng() % 32), dy = rng() % 2 ? 1 : -1, dx = static_cast<int>(rng() % 11) - 5;
+      EImage<EBW8> image(56, 12), other(w, 8);
+      for (int y = 0; y < 12; ++y)
+        for (int x = 0; x < 56; ++x) image.SetPixel(EBW8(static_cast<u8>(rng())), x, y);
+      for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < w; ++x) other.SetPixel(EBW8(static_cast<u8>(rng())), x, y);
+      std::vector<std::vector<u8>> model(12, std::vector<u8>(56));
+      for (int y = 0; y < 12; ++y)
+        for (int x = 0; x < 56; ++x) model[y][x] = image.GetPixel(x, y).value;
+      for (int y = 0; y < 8; ++y) {
+        const std::vector<u8> row = model[2 + y];
+        for (int x = 0; x < w; ++x)
+          model[2 + dy + y][8 + dx + x] = static_cast<u8>(std::min(row[8 + x] + other.GetPixel(x, y).value, 255));
+      }
+      EROI<EBW8> src(&image, 8, 2, w, 8), dst(&image, 8 + dx, 2 + dy, w, 8);
+      ImgOper(ALO_ADD, &src, &other, &dst);
+      for (int y = 0; y < 12; ++y)
+        for (int x = 0; x < 56; ++x)
+          ASSERT_EQ(image.GetPixel(x, y).value, model[y][x])
+              << "path " << path << " w " << w << " dx " << dx << " dy " << dy << " at " << x << "," << y;
+    }
+  }
+}
+
 // ------------------------------------------------------------ worked numbers
 
 // One worked value: `a op b` on every pixel of a 16-pixel row, so that
