@@ -10,9 +10,9 @@
 //   mixed               BW8 with C24, per pixel
 //
 // plus the 16-bit and mixed-depth walks. The byte workers and the BW8
-// constant workers take each row as a scalar head up to an 8-byte aligned
-// destination, a block stretch given to the vector routines of
-// arith_internal.h, and a scalar tail; both give the same bytes.
+// constant workers hand the whole 8-byte blocks of every row to the vector
+// routines of arith_internal.h and run the rest of each row as scalar
+// code; both give the same bytes.
 #include "mirel/point/arith.h"
 
 #include <algorithm>

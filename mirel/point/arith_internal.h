@@ -1,10 +1,10 @@
 // Block stretches of the byte workers of ImgOper and ImgCopy.
 //
-// A worker walks a row as a scalar head up to an 8-byte aligned destination,
-// a stretch of whole 8-byte blocks and a scalar tail. The block stretch is
-// handed to one of the routines below, picked once per call by instruction
-// set. Within the stretch they process the widest vectors they can, then
-// 16 and 8 bytes; each byte of the result is the same as the scalar formula.
+// A worker hands the whole 8-byte blocks of its rows to one of the routines
+// below, picked once per call by instruction set, and runs the last bytes
+// of each row as scalar code. Within a row the routines process the widest
+// vectors they can, then 16 and 8 bytes; each byte of the result is the
+// same as the scalar formula.
 #ifndef MIREL_POINT_ARITH_INTERNAL_H_
 #define MIREL_POINT_ARITH_INTERNAL_H_
 
