@@ -6,7 +6,9 @@ operation, MirelImage time, OpenCV time, and the ratio OpenCV / MirelImage
 Usage: tools/bench_table.py [mirel_bench | results.json] [benchmark flags...]
 Each row is run --benchmark_repetitions times (default 9, in random order
 among the other rows) and the median is reported, which keeps the table steady on
-a machine that is doing other work."""
+a machine that is doing other work. Rows that also have a "paired" twin (the
+streaming rows) get a last column: the same ratio from calls made in turns,
+our call then OpenCV's, which both meet the same load of the machine."""
 import json
 import subprocess
 import sys
@@ -28,21 +30,26 @@ def main():
     for b in data["benchmarks"]:
         if b.get("run_type") == "aggregate" and b.get("aggregate_name") != "median":
             continue
-        name = b.get("run_name", b["name"]).replace("/real_time", "")
+        name = b.get("run_name", b["name"]).replace("/real_time", "").replace("/manual_time", "")
         row, _, side = name.rpartition("/")
         side = side.split("/")[0]
         if row not in rows:
             rows[row] = {}
             order.append(row)
         rows[row][side] = b["real_time"]
-    print(f"{'operation':44} {'mirel (us)':>12} {'opencv (us)':>12} {'ratio':>7}")
+        if side == "paired" and b.get("mirel_us"):
+            rows[row]["paired_ratio"] = b["opencv_us"] / b["mirel_us"]
+    paired = any("paired_ratio" in r for r in rows.values())
+    print(f"{'operation':44} {'mirel (us)':>12} {'opencv (us)':>12} {'ratio':>7}" + (f" {'paired':>7}" if paired else ""))
     for row in order:
         m = rows[row].get("mirel")
         o = rows[row].get("opencv")
         ms = f"{m:12.1f}" if m is not None else f"{'-':>12}"
         os_ = f"{o:12.1f}" if o is not None else f"{'-':>12}"
         ratio = f"{o / m:7.2f}" if m and o else f"{'-':>7}"
-        print(f"{row:44} {ms} {os_} {ratio}")
+        p = rows[row].get("paired_ratio")
+        extra = (f" {p:7.2f}" if p is not None else f" {'-':>7}") if paired else ""
+        print(f"{row:44} {ms} {os_} {ratio}{extra}")
 
 
 if __name__ == "__main__":
