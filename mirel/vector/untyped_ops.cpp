@@ -382,7 +382,8 @@ short ImgConvolVect(const EVector* src, EVector* dst, const EKernel* kernel, int
   const int itemBytes = KnownSize(src->GetDataSize()) ? src->GetItemBytes() : 1;
   MIREL_ARMED_CHECK(frame, E_ERROR_VECTOR_CONVOLUTION,
                     first >= 0 && first < groups && first <= last &&
-                        (static_cast<long long>(last) + 1) * length * itemBytes <= src->GetAllocatedSize());
+                        (static_cast<long long>(last) + 1) * length * itemBytes <= src->GetAllocatedSize() &&
+                        static_cast<long long>(last) - first < INT_MAX);  // a group count dst can hold
   MIREL_ARMED_CHECK(frame, E_ERROR_VECTOR_GROUP, KnownSize(src->GetDataSize()));
   MIREL_ARMED_CHECK(frame, E_ERROR_VECTOR_DATA_TYPE, KnownType(src->GetDataType()));
   const int dataSize = src->GetDataSize(), dataType = src->GetDataType();

@@ -200,6 +200,11 @@ TEST(UntypedConvolution, ThreeTapsWithTheOutsideValueOnTheRight) {
 
   EXPECT_EQ(ImgConvolVect(&src, &dst, &d, 1, -1), E_ERROR_VECTOR_CONVOLUTION);
   EXPECT_STREQ(EGetErrorTrace(), "ImgConvolVect");
+  // Groups of no items pass the room check for any `last`; a range of more
+  // groups than a count can hold is refused, and dst keeps its groups.
+  Fill(src, E_VECTOR_DATA_8BIT, E_VECTOR_DATA_UNSIGNED, 1, 0, {});
+  EXPECT_EQ(ImgConvolVect(&src, &dst, &d, 0, 2147483647), E_ERROR_VECTOR_CONVOLUTION);
+  EXPECT_EQ(Groups(dst), (Items{10, 6, 10}));
   EKernel big(5, 5, 1.0f, 0, 0, 0);
   EXPECT_EQ(ImgConvolVect(&src, &dst, &big, 0, 0), E_ERROR_KERNEL_SIZE);
   EKernel none;
