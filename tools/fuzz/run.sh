@@ -71,5 +71,6 @@ mkdir -p "$seeds"
 MIREL_FUZZ_OPS_SEEDS="$seeds" "$ops"
 fuzz "operation fuzz run" "$ops" -max_total_time="${FUZZ_OPS_SECONDS:-80}" "$seeds" tools/fuzz/corpus/ops
 # Once more on images of one or two rows or columns up to 70000 pixels
-# long, past 16-bit positions and 16.16 coordinates.
-MIREL_FUZZ_OPS_WIDE=1 fuzz "wide-image operation fuzz run" "$ops" -max_total_time="${FUZZ_WIDE_SECONDS:-30}" "$seeds"
+# long, past 16-bit positions and 16.16 coordinates, the kept inputs too.
+MIREL_FUZZ_OPS_WIDE=1 fuzz "wide-image operation fuzz run" "$ops" -max_total_time="${FUZZ_WIDE_SECONDS:-30}" "$seeds" \
+  tools/fuzz/corpus/ops

@@ -3,6 +3,7 @@
 #ifndef MIREL_VECTOR_DRAW_DRAW_INTERNAL_H_
 #define MIREL_VECTOR_DRAW_DRAW_INTERNAL_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -69,6 +70,28 @@ void WalkLine(int x0, int y0, int x1, int y1, int width, int height, Plot&& plot
   if (kLo < 0) kLo = 0;
   if (kHi > static_cast<long long>(major)) kHi = static_cast<long long>(major);
   if (kLo > kHi) return;
+  // Steps k whose minor coordinate n0 + q(k) * sMinor lies inside 0 ..
+  // minorLen - 1 as well, q(k) = floor((major / 2 + k * minor) / major)
+  // growing with k: a line that runs beside the image is not walked step by
+  // step. q never exceeds minor + 1, and minor <= major < 2^32, so the
+  // products stay below 2^64.
+  {
+    const long long qLo = std::max(0LL, sMinor > 0 ? -n0 : n0 - (minorLen - 1));
+    const long long qHi = sMinor > 0 ? minorLen - 1 - n0 : n0;
+    if (qHi < 0 || qLo > static_cast<long long>(minor) + 1) return;
+    if (minor == 0) {
+      if (qLo > 0) return;  // q stays 0: n0 is outside
+    } else {
+      const std::uint64_t half = major >> 1;
+      const std::uint64_t lo = static_cast<std::uint64_t>(qLo) * major;
+      const std::uint64_t first = lo <= half ? 0 : (lo - half + minor - 1) / minor;
+      const std::uint64_t top = std::min<std::uint64_t>(static_cast<std::uint64_t>(qHi), minor + 1);
+      const std::uint64_t last = ((top + 1) * major - 1 - half) / minor;
+      if (first > static_cast<std::uint64_t>(kLo)) kLo = static_cast<long long>(std::min<std::uint64_t>(first, major + 1));
+      if (last < static_cast<std::uint64_t>(kHi)) kHi = static_cast<long long>(last);
+      if (kLo > kHi) return;
+    }
+  }
   // Diagonal steps taken after kLo steps, and the error term left; the sum
   // stays below 2^64 since kLo and minor are below 2^32.
   std::uint64_t q = 0, r = 0;
