@@ -1,4 +1,4 @@
-// MirelImage export macro.
+// MirelImage export and inlining macros.
 //
 // The library is built with hidden visibility; only declarations marked
 // MIREL_API are part of the binary interface. Static builds define
@@ -26,6 +26,16 @@
 #define MIREL_TEMPLATE_API
 #else
 #define MIREL_TEMPLATE_API MIREL_API
+#endif
+
+// Keeps a rarely taken path out of line, so that the common path around it
+// stays small enough for the compiler to inline into a caller's loop.
+#if defined(_MSC_VER)
+#define MIREL_NOINLINE __declspec(noinline)
+#elif defined(__GNUC__)
+#define MIREL_NOINLINE __attribute__((noinline))
+#else
+#define MIREL_NOINLINE
 #endif
 
 #endif  // MIREL_FOUNDATION_EXPORT_H_

@@ -63,6 +63,18 @@ TEST(TypedVector, GrowthAndCapacityRules) {
   EXPECT_EQ(Shape(v), "0/25");
   v.SetMaxElements(0, 1);
   EXPECT_EQ(Shape(v), "0/0 no data");
+  // A record of the vector itself, added when the vector is full: growing
+  // frees the old storage, so the record must be read before.
+  v.SetMaxElements(2, 0);
+  v.AddElement(31);
+  v.AddElement(32);
+  v.AddElementByRef(v[0]);
+  v.AddElementByRef(v[1]);
+  EXPECT_EQ(Shape(v), "4/4");
+  EXPECT_EQ(std::vector<unsigned int>(v.GetDataPtr(), v.GetDataPtr() + 4),
+            (std::vector<unsigned int>{31, 32, 31, 32}));
+  v.AddElementByRef(v[3]);
+  EXPECT_EQ(v[4], 32u);
   UVec z(5);  // the counted constructor zeroes
   EXPECT_EQ(Shape(z), "5/5");
   EXPECT_EQ(std::count(z.GetDataPtr(), z.GetDataPtr() + 5, 0u), 5);
@@ -151,6 +163,12 @@ TEST(TypedVector, SiftKeepsAHeap) {
   v[2] = 4;
   v.Sift(1, above);
   EXPECT_EQ(std::vector<unsigned int>(v.GetDataPtr(), v.GetDataPtr() + 3), (std::vector<unsigned int>{4, 1, 4}));
+  // The item may be the vector's own top.
+  v[0] = 1;
+  v[1] = 5;
+  v[2] = 3;
+  v.Sift(v[0], above);
+  EXPECT_EQ(std::vector<unsigned int>(v.GetDataPtr(), v.GetDataPtr() + 3), (std::vector<unsigned int>{5, 1, 3}));
   // Random heaps: replacing the top keeps the heap property.
   testsupport::Rng rng(11);
   for (int trial = 0; trial < 50; ++trial) {
