@@ -101,22 +101,31 @@ __attribute__((target("ssse3"))) int GetBlocksSsse3(const unsigned char* src, un
   return x;
 }
 
+// Bytes of `plane` placed by `set` into the 16 bytes at `at`, the bytes that
+// `keep` marks kept.
+__attribute__((target("ssse3"))) inline void MergeSsse3(unsigned char* at, __m128i plane, __m128i set,
+                                                        __m128i keep) {
+  __m128i* q = reinterpret_cast<__m128i*>(at);
+  _mm_storeu_si128(q, _mm_or_si128(_mm_and_si128(_mm_loadu_si128(q), keep), _mm_shuffle_epi8(plane, set)));
+}
+
 __attribute__((target("ssse3"))) int SetBlocksSsse3(const unsigned char* src, unsigned char* dst, int width,
                                                      const Masks& m) {
-  __m128i s[3], k[3];
-  for (int j = 0; j < 3; ++j) {
-    s[j] = _mm_load_si128(reinterpret_cast<const __m128i*>(m.set[j]));
-    k[j] = _mm_load_si128(reinterpret_cast<const __m128i*>(m.keep[j]));
-  }
+  // Masks are named values, not an array: at -O2 an array indexed in a
+  // loop stays in memory, a load more per vector.
+  const __m128i s0 = _mm_load_si128(reinterpret_cast<const __m128i*>(m.set[0]));
+  const __m128i s1 = _mm_load_si128(reinterpret_cast<const __m128i*>(m.set[1]));
+  const __m128i s2 = _mm_load_si128(reinterpret_cast<const __m128i*>(m.set[2]));
+  const __m128i k0 = _mm_load_si128(reinterpret_cast<const __m128i*>(m.keep[0]));
+  const __m128i k1 = _mm_load_si128(reinterpret_cast<const __m128i*>(m.keep[1]));
+  const __m128i k2 = _mm_load_si128(reinterpret_cast<const __m128i*>(m.keep[2]));
   int x = 0;
   for (; x + 16 <= width; x += 16) {
     const __m128i plane = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + x));
     unsigned char* p = dst + 3 * x;
-    for (int j = 0; j < 3; ++j) {
-      __m128i* q = reinterpret_cast<__m128i*>(p + 16 * j);
-      const __m128i old = _mm_loadu_si128(q);
-      _mm_storeu_si128(q, _mm_or_si128(_mm_and_si128(old, k[j]), _mm_shuffle_epi8(plane, s[j])));
-    }
+    MergeSsse3(p, plane, s0, k0);
+    MergeSsse3(p + 16, plane, s1, k1);
+    MergeSsse3(p + 32, plane, s2, k2);
   }
   return x;
 }

@@ -183,18 +183,19 @@ void Median(const T* a, const T* b, const T* c, T* out, int w) {
       using V = typename Isa::V;
       auto mn = [](V p, V q) { return Isa::template Apply<T, kMin>(p, q); };
       auto mx = [](V p, V q) { return Isa::template Apply<T, kMax>(p, q); };
-      V lo[3], md[3], hi[3];
-      for (int k = 0; k < 3; ++k) {
-        const V p = Isa::Load(a + i - 1 + k), q = Isa::Load(b + i - 1 + k), r = Isa::Load(c + i - 1 + k);
+      struct Column {
+        V lo, mid, hi;
+      };
+      auto column = [&](int j) {
+        const V p = Isa::Load(a + j), q = Isa::Load(b + j), r = Isa::Load(c + j);
         const V l1 = mn(p, q), h1 = mx(p, q);
         const V t = mn(h1, r);
-        hi[k] = mx(h1, r);
-        lo[k] = mn(l1, t);
-        md[k] = mx(l1, t);
-      }
-      const V maxLo = mx(mx(lo[0], lo[1]), lo[2]);
-      const V minHi = mn(mn(hi[0], hi[1]), hi[2]);
-      const V midMid = mx(mn(md[0], md[1]), mn(mx(md[0], md[1]), md[2]));
+        return Column{mn(l1, t), mx(l1, t), mx(h1, r)};
+      };
+      const Column l = column(i - 1), m = column(i), r = column(i + 1);
+      const V maxLo = mx(mx(l.lo, m.lo), r.lo);
+      const V minHi = mn(mn(l.hi, m.hi), r.hi);
+      const V midMid = mx(mn(l.mid, m.mid), mn(mx(l.mid, m.mid), r.mid));
       Isa::Store(out + i, mx(mn(maxLo, midMid), mn(mx(maxLo, midMid), minHi)));
     });
     if (x < w - 1) {
@@ -228,24 +229,30 @@ void Median2(const T* a, const T* b, const T* c, const T* d, T* out0, T* out1, i
     auto mn = [](V p, V q) { return Isa::template Apply<T, kMin>(p, q); };
     auto mx = [](V p, V q) { return Isa::template Apply<T, kMax>(p, q); };
     auto med3 = [&](V p, V q, V r) { return mx(mn(p, q), mn(mx(p, q), r)); };
+    // Sorted columns are named values, not arrays indexed in a loop: at -O2
+    // GCC kept such arrays in memory, and the median took twice as long.
+    struct Column {
+      V lo, mid, hi;
+    };
+    // Each column of b and c sorted once, then completed with a (first
+    // window) and with d (second window).
+    auto columns = [&](int j, Column& c0, Column& c1) {
+      const V q = Isa::Load(b + j), r = Isa::Load(c + j);
+      const V s0 = mn(q, r), s1 = mx(q, r);
+      const V p = Isa::Load(a + j), t = Isa::Load(d + j);
+      c0 = Column{mn(p, s0), mx(s0, mn(p, s1)), mx(p, s1)};
+      c1 = Column{mn(t, s0), mx(s0, mn(t, s1)), mx(t, s1)};
+    };
+    auto median = [&](const Column& l, const Column& m, const Column& r) {
+      return med3(mx(mx(l.lo, m.lo), r.lo), med3(l.mid, m.mid, r.mid), mn(mn(l.hi, m.hi), r.hi));
+    };
     Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
-      V lo0[3], md0[3], hi0[3], lo1[3], md1[3], hi1[3];
-      for (int k = 0; k < 3; ++k) {
-        const int j = i - 1 + k;
-        const V q = Isa::Load(b + j), r = Isa::Load(c + j);
-        const V s0 = mn(q, r), s1 = mx(q, r);
-        const V p = Isa::Load(a + j), t = Isa::Load(d + j);
-        lo0[k] = mn(p, s0);
-        hi0[k] = mx(p, s1);
-        md0[k] = mx(s0, mn(p, s1));
-        lo1[k] = mn(t, s0);
-        hi1[k] = mx(t, s1);
-        md1[k] = mx(s0, mn(t, s1));
-      }
-      Isa::Store(out0 + i, med3(mx(mx(lo0[0], lo0[1]), lo0[2]), med3(md0[0], md0[1], md0[2]),
-                                mn(mn(hi0[0], hi0[1]), hi0[2])));
-      Isa::Store(out1 + i, med3(mx(mx(lo1[0], lo1[1]), lo1[2]), med3(md1[0], md1[1], md1[2]),
-                                mn(mn(hi1[0], hi1[1]), hi1[2])));
+      Column l0, l1, m0, m1, r0, r1;
+      columns(i - 1, l0, l1);
+      columns(i, m0, m1);
+      columns(i + 1, r0, r1);
+      Isa::Store(out0 + i, median(l0, m0, r0));
+      Isa::Store(out1 + i, median(l1, m1, r1));
     });
     // The end columns, with the edge column repeated.
     for (int x : {0, w - 1}) {
