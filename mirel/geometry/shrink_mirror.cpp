@@ -30,19 +30,24 @@ std::vector<int> Bounds(int size, int n) {
 template <class P, class Acc>
 void ShrinkRows(const mirel::Rows<const P>& s, const mirel::Rows<P>& d, const std::vector<int>& cols,
                 const std::vector<int>& rows, std::vector<Acc>& acc, int y0, int y1) {
+  // The width and the sums' storage are held in locals: read through the
+  // row view inside the loop, the compiler must assume that a sum's store
+  // changes them, and leaves the loop scalar.
+  const int w = s.width;
+  Acc* const sums = acc.data();
   for (int j = y0; j < y1; ++j) {
     const int r0 = rows[static_cast<std::size_t>(j)], r1 = rows[static_cast<std::size_t>(j) + 1];
     std::fill(acc.begin(), acc.end(), Acc{0});
     for (int r = r0; r < r1; ++r) {
       const P* in = s.Row(r);
-      for (int x = 0; x < s.width; ++x) acc[static_cast<std::size_t>(x)] += in[x];
+      for (int x = 0; x < w; ++x) sums[x] += in[x];
     }
     P* out = d.Row(j);
     const std::uint64_t blockRows = static_cast<std::uint64_t>(r1 - r0);
     for (int i = 0; i < d.width; ++i) {
       const int c0 = cols[static_cast<std::size_t>(i)], c1 = cols[static_cast<std::size_t>(i) + 1];
       std::uint64_t sum = 0;
-      for (int x = c0; x < c1; ++x) sum += acc[static_cast<std::size_t>(x)];
+      for (int x = c0; x < c1; ++x) sum += sums[x];
       out[i] = static_cast<P>(sum / (blockRows * static_cast<std::uint64_t>(c1 - c0)));
     }
   }
