@@ -168,6 +168,31 @@ inline T Median9(const SortedColumn<T>& l, const SortedColumn<T>& m, const Sorte
   return Mid3(Op3<T, kMax>(l.lo, m.lo, r.lo), Mid3(l.mid, m.mid, r.mid), Op3<T, kMin>(l.hi, m.hi, r.hi));
 }
 
+// The same on blocks of lanes. The columns are named values, not arrays
+// indexed in a loop: at -O2 GCC kept such arrays in memory, and the median
+// took twice as long. (Templated on Isa rather than on its vector type,
+// whose attributes a template argument would drop.)
+template <class Isa>
+struct VColumn {
+  typename Isa::V lo, mid, hi;
+};
+// Column p, q, r sorted, given q and r already sorted into s0 <= s1.
+template <class Isa, class T>
+inline VColumn<Isa> VInsert(typename Isa::V p, typename Isa::V s0, typename Isa::V s1) {
+  using V = typename Isa::V;
+  auto mn = [](V x, V y) { return Isa::template Apply<T, kMin>(x, y); };
+  auto mx = [](V x, V y) { return Isa::template Apply<T, kMax>(x, y); };
+  return {mn(p, s0), mx(s0, mn(p, s1)), mx(p, s1)};
+}
+template <class Isa, class T>
+inline typename Isa::V VMedian9(const VColumn<Isa>& l, const VColumn<Isa>& m, const VColumn<Isa>& r) {
+  using V = typename Isa::V;
+  auto mn = [](V x, V y) { return Isa::template Apply<T, kMin>(x, y); };
+  auto mx = [](V x, V y) { return Isa::template Apply<T, kMax>(x, y); };
+  auto mid3 = [&](V x, V y, V z) { return mx(mn(x, y), mn(mx(x, y), z)); };
+  return mid3(mx(mx(l.lo, m.lo), r.lo), mid3(l.mid, m.mid, r.mid), mn(mn(l.hi, m.hi), r.hi));
+}
+
 // The 3x3 median of a row, with the row's end columns standing in for the
 // ones outside it.
 template <class Isa, class T>
@@ -180,23 +205,12 @@ void Median(const T* a, const T* b, const T* c, T* out, int w) {
   int x = 1;
   if constexpr (Isa::kBytes > 0) {
     x = Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
-      using V = typename Isa::V;
-      auto mn = [](V p, V q) { return Isa::template Apply<T, kMin>(p, q); };
-      auto mx = [](V p, V q) { return Isa::template Apply<T, kMax>(p, q); };
-      struct Column {
-        V lo, mid, hi;
-      };
       auto column = [&](int j) {
-        const V p = Isa::Load(a + j), q = Isa::Load(b + j), r = Isa::Load(c + j);
-        const V l1 = mn(p, q), h1 = mx(p, q);
-        const V t = mn(h1, r);
-        return Column{mn(l1, t), mx(l1, t), mx(h1, r)};
+        const auto q = Isa::Load(b + j), r = Isa::Load(c + j);
+        return VInsert<Isa, T>(Isa::Load(a + j), Isa::template Apply<T, kMin>(q, r),
+                               Isa::template Apply<T, kMax>(q, r));
       };
-      const Column l = column(i - 1), m = column(i), r = column(i + 1);
-      const V maxLo = mx(mx(l.lo, m.lo), r.lo);
-      const V minHi = mn(mn(l.hi, m.hi), r.hi);
-      const V midMid = mx(mn(l.mid, m.mid), mn(mx(l.mid, m.mid), r.mid));
-      Isa::Store(out + i, mx(mn(maxLo, midMid), mn(mx(maxLo, midMid), minHi)));
+      Isa::Store(out + i, VMedian9<Isa, T>(column(i - 1), column(i), column(i + 1)));
     });
     if (x < w - 1) {
       mid = col(x - 1);
@@ -225,34 +239,21 @@ void Median2(const T* a, const T* b, const T* c, const T* d, T* out0, T* out1, i
       Median<Isa, T>(b, c, d, out1, w);
       return;
     }
-    using V = typename Isa::V;
-    auto mn = [](V p, V q) { return Isa::template Apply<T, kMin>(p, q); };
-    auto mx = [](V p, V q) { return Isa::template Apply<T, kMax>(p, q); };
-    auto med3 = [&](V p, V q, V r) { return mx(mn(p, q), mn(mx(p, q), r)); };
-    // Sorted columns are named values, not arrays indexed in a loop: at -O2
-    // GCC kept such arrays in memory, and the median took twice as long.
-    struct Column {
-      V lo, mid, hi;
-    };
     // Each column of b and c sorted once, then completed with a (first
     // window) and with d (second window).
-    auto columns = [&](int j, Column& c0, Column& c1) {
-      const V q = Isa::Load(b + j), r = Isa::Load(c + j);
-      const V s0 = mn(q, r), s1 = mx(q, r);
-      const V p = Isa::Load(a + j), t = Isa::Load(d + j);
-      c0 = Column{mn(p, s0), mx(s0, mn(p, s1)), mx(p, s1)};
-      c1 = Column{mn(t, s0), mx(s0, mn(t, s1)), mx(t, s1)};
-    };
-    auto median = [&](const Column& l, const Column& m, const Column& r) {
-      return med3(mx(mx(l.lo, m.lo), r.lo), med3(l.mid, m.mid, r.mid), mn(mn(l.hi, m.hi), r.hi));
+    auto columns = [&](int j, VColumn<Isa>& c0, VColumn<Isa>& c1) {
+      const auto q = Isa::Load(b + j), r = Isa::Load(c + j);
+      const auto s0 = Isa::template Apply<T, kMin>(q, r), s1 = Isa::template Apply<T, kMax>(q, r);
+      c0 = VInsert<Isa, T>(Isa::Load(a + j), s0, s1);
+      c1 = VInsert<Isa, T>(Isa::Load(d + j), s0, s1);
     };
     Blocks<Lanes<Isa, T>()>(1, w - 1, [&](int i) {
-      Column l0, l1, m0, m1, r0, r1;
+      VColumn<Isa> l0, l1, m0, m1, r0, r1;
       columns(i - 1, l0, l1);
       columns(i, m0, m1);
       columns(i + 1, r0, r1);
-      Isa::Store(out0 + i, median(l0, m0, r0));
-      Isa::Store(out1 + i, median(l1, m1, r1));
+      Isa::Store(out0 + i, VMedian9<Isa, T>(l0, m0, r0));
+      Isa::Store(out1 + i, VMedian9<Isa, T>(l1, m1, r1));
     });
     // The end columns, with the edge column repeated.
     for (int x : {0, w - 1}) {
