@@ -177,6 +177,8 @@ void HighRowScalar(const P* p, int width, const float ys[4], bool fourth, float 
 template <class P>
 mirel::measure::HighRowFn<P> PickHighRow(int mmx) {
 #if defined(MIREL_X86_SIMD)
+  if (mmx != 0 && mirel::cpu::ActiveSimdLevel() >= mirel::cpu::kAVX2)
+    return static_cast<mirel::measure::HighRowFn<P>>(mirel::measure::HighRowAVX2);
   if (mmx != 0 && mirel::cpu::ActiveSimdLevel() >= mirel::cpu::kSSE2)
     return static_cast<mirel::measure::HighRowFn<P>>(mirel::measure::HighRowSSE2);
 #else

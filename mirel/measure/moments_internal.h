@@ -36,14 +36,16 @@ const MomentKernels& MomentKernelsAVX512();
 // single-precision accumulators acc[12]: M20, M11, M02, M30, M21, M12, M03,
 // then (fourth order) M40, M31, M22, M13, M04. A term is p * x^a * y^b with
 // p * x * x ... multiplied left to right and then by ys[b - 1] (ys holds y,
-// y^2, y^3, y^4 of the row, formed once). The fast form adds the same
-// products in the same order lane by lane, so it gives the same bits.
+// y^2, y^3, y^4 of the row, formed once). The fast forms add the same
+// products in the same order, so they give the same bits.
 template <class P>
 using HighRowFn = void (*)(const P* p, int width, const float ys[4], bool fourth, float acc[12]);
 
 #if defined(MIREL_X86_SIMD)
 void HighRowSSE2(const EBW8* p, int width, const float ys[4], bool fourth, float acc[12]);
 void HighRowSSE2(const EBW16* p, int width, const float ys[4], bool fourth, float acc[12]);
+void HighRowAVX2(const EBW8* p, int width, const float ys[4], bool fourth, float acc[12]);
+void HighRowAVX2(const EBW16* p, int width, const float ys[4], bool fourth, float acc[12]);
 #endif
 
 // Adds the sums of a span whose first pixel sits at offset x0 (mod 2^32).

@@ -144,6 +144,20 @@ TEST(Moments, DiagonalLineAndWideRowsWrapLikeTheDirectSums) {
     ImgWeightedMoments(&wide, m[0], m[1], m[2], m[3], m[4], m[5]);
     EXPECT_EQ(std::vector<float>(m, m + 6), want) << path;
   }
+  // The higher orders count columns in a float, which stops at 2^24: a pixel
+  // of 1 at column 2^24 + 10 has M20 = 2^48 on every path.
+  EImage<EBW8> huge((1 << 24) + 13, 1);
+  std::memset(huge.GetImagePtr(0, 0), 0, static_cast<size_t>(huge.GetRowPitch()));
+  huge.SetPixel(1, (1 << 24) + 10, 0);
+  const std::vector<float> scalar = ScalarFourth(huge);
+  EXPECT_EQ(scalar[3], 281474976710656.0f);
+  for (int path : testsupport::AllPaths()) {
+    testsupport::PathGuard guard(path);
+    float n[15];
+    ImgWeightedMoments(&huge, n[0], n[1], n[2], n[3], n[4], n[5], n[6], n[7], n[8], n[9], n[10], n[11], n[12], n[13],
+                       n[14]);
+    EXPECT_EQ(std::vector<float>(n, n + 15), scalar) << path;
+  }
 }
 
 // ---------------------------------------------------------------- centres and inertia
