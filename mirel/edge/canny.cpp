@@ -179,23 +179,33 @@ inline int ClassIndex(unsigned cls) {
   }
 }
 
-// The three images a follower works on, and its visited flags. The classes
-// are the values 0, 45, 90, 135 of an EBW32 image, or (inside the detector)
-// their indices 0 to 3 in an EBW8 image.
-template <class D>
-struct Follow {
+// The magnitudes a follower reads and the destination it marks.
+struct FollowImages {
   Rows<const EBW8> mag;
   Rows<EBW8> dst;
-  Rows<const D> dir;
-  Rows<EBW8> flags;
   bool Inside(int x, int y) const { return x >= 0 && y >= 0 && x < mag.width && y < mag.height; }
   int Mag(int x, int y) const { return mag.Row(y)[x].value; }
-  Byte& Flag(int x, int y) const { return flags.Row(y)[x].value; }
   void Set(int x, int y, Byte v) const { dst.Row(y)[x] = EBW8(v); }
-  int Class(int x, int y) const {
-    if constexpr (std::is_same<D, EBW32>::value) return ClassIndex(dir.Row(y)[x].value);
-    else return dir.Row(y)[x].value;
-  }
+};
+
+// A follower of the standalone steps: the classes are the values 0, 45, 90,
+// 135 of an EBW32 image, the visited marks a cleared image of their own.
+struct Follow : FollowImages {
+  Rows<const EBW32> dir;
+  Rows<EBW8> flags;
+  bool Visited(int x, int y) const { return flags.Row(y)[x].value != 0; }
+  void Visit(int x, int y) const { flags.Row(y)[x].value = 255; }
+  int Class(int x, int y) const { return ClassIndex(dir.Row(y)[x].value); }
+};
+
+// The detector's follower: the class index (0 to 3) and the visited mark
+// (bit 7) share a byte of one image, which spares a frame-sized image of
+// marks and its clearing.
+struct PackedFollow : FollowImages {
+  Rows<EBW8> state;
+  bool Visited(int x, int y) const { return (state.Row(y)[x].value & 0x80) != 0; }
+  void Visit(int x, int y) const { state.Row(y)[x].value |= 0x80; }
+  int Class(int x, int y) const { return state.Row(y)[x].value & 0x7F; }
 };
 
 constexpr Offset kWalk[2][4][3] = {
@@ -215,13 +225,13 @@ void Walk(const F& f, int x, int y, int scan, int low) {
     int best = 0, bx = 0, by = 0;
     for (const Offset& o : kWalk[scan][c]) {
       const int nx = x + o.dx, ny = y + o.dy;
-      if (!f.Inside(nx, ny) || f.Flag(nx, ny) != 0) continue;
+      if (!f.Inside(nx, ny) || f.Visited(nx, ny)) continue;
       const int m = f.Mag(nx, ny);
       if (!found || m > best) found = true, best = m, bx = nx, by = ny;
     }
     if (!found || best < low) return;
     f.Set(bx, by, 255);
-    f.Flag(bx, by) = 255;
+    f.Visit(bx, by);
     x = bx;
     y = by;
   }
@@ -233,9 +243,9 @@ void HysteresisScans(const F& f, int low, int high) {
     for (int y = 0; y < f.mag.height; ++y) {
       const EBW8* m = f.mag.Row(y);
       for (int x = 0; x < f.mag.width; ++x) {
-        if (m[x].value < high || (scan == 0 && f.Flag(x, y) != 0)) continue;
+        if (m[x].value < high || (scan == 0 && f.Visited(x, y))) continue;
         f.Set(x, y, scan == 0 ? 128 : 80);
-        f.Flag(x, y) = 255;
+        f.Visit(x, y);
         Walk(f, x, y, scan, low);
       }
     }
@@ -268,9 +278,9 @@ struct Step {
 template <class F>
 void Grow(const F& f, int x0, int y0, int seed, std::vector<Step>& stack) {
   auto arrive = [&](int x, int y, int previous) {
-    if (!f.Inside(x, y) || f.Flag(x, y) == 255) return;
+    if (!f.Inside(x, y) || f.Visited(x, y)) return;
     const int s = f.Mag(x, y);
-    f.Flag(x, y) = 255;
+    f.Visit(x, y);
     if (0.5 * seed > s || 0.8 * previous > s) {
       f.Set(x, y, 0);
       return;
@@ -292,7 +302,7 @@ void Grow(const F& f, int x0, int y0, int seed, std::vector<Step>& stack) {
     const int nx = x + kGrow[c][k].dx, ny = y + kGrow[c][k].dy;
     if (!f.Inside(nx, ny)) continue;
     const bool oddPretest = c == 3 && k == 0 && f.Inside(x - 1, y + 1);
-    if ((oddPretest ? f.Flag(x - 1, y + 1) : f.Flag(nx, ny)) != 0) continue;
+    if (oddPretest ? f.Visited(x - 1, y + 1) : f.Visited(nx, ny)) continue;
     arrive(nx, ny, f.Mag(x, y));
   }
 }
@@ -320,7 +330,7 @@ bool GrowAll(const F& f, int low) {
 // at all when the sizes differ, and the cleared flags.
 template <class D>
 bool StartFollow(Frame& frame, const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const D* direction,
-                 EImage<EBW8>& flags, Follow<EBW32>& f) {
+                 EImage<EBW8>& flags, Follow& f) {
   if (!frame.NotVoid(magnitude, dst, direction)) return false;
   const int w = magnitude->GetWidth(), h = magnitude->GetHeight();
   if (dst->GetWidth() != w || dst->GetHeight() != h || direction->GetWidth() != w || direction->GetHeight() != h)
@@ -328,8 +338,7 @@ bool StartFollow(Frame& frame, const EROI<EBW8>* magnitude, EROI<EBW8>* dst, con
   flags.SetSize(w, h);
   if (!frame.Ok()) return false;
   ImgCopy(EBW8(0), &flags);
-  f = Follow<EBW32>{RowsOf(magnitude), RowsOf(dst), RowsOf(static_cast<const EROI<EBW32>*>(direction)),
-                    RowsOf(&flags)};
+  f = Follow{{RowsOf(magnitude), RowsOf(dst)}, RowsOf(static_cast<const EROI<EBW32>*>(direction)), RowsOf(&flags)};
   return true;
 }
 
@@ -364,7 +373,7 @@ void Hysteresis(const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const EImage<EBW32
                 unsigned char high) {
   Frame frame("Hysteresis");
   EImage<EBW8> flags;
-  edge::Follow<EBW32> f;
+  edge::Follow f;
   if (!edge::StartFollow(frame, magnitude, dst, direction, flags, f)) return;
   edge::HysteresisScans(f, low, high);
 }
@@ -372,7 +381,7 @@ void Hysteresis(const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const EImage<EBW32
 void ContourGrowing(const EROI<EBW8>* magnitude, EROI<EBW8>* dst, const EROI<EBW32>* direction, unsigned char low) {
   Frame frame("ContourGrowing");
   EImage<EBW8> flags;
-  edge::Follow<EBW32> f;
+  edge::Follow f;
   if (!edge::StartFollow(frame, magnitude, dst, direction, flags, f)) return;
   if (!edge::GrowAll(f, low)) frame.Fail(E_ERROR_OUT_OF_MEMORY);
 }
@@ -435,11 +444,7 @@ void ImgCannyDetector(const EROI<EBW8>* src, EROI<EBW8>* dst, SMOOTH_MODE smooth
   edge::Thresholds t = edge::SplitThreeClasses(histogram.GetDataPtr());
   if (t.low == 0) t.low = 1;
   if (following != EDGE_FOLLOWING_HYSTERESIS && following != EDGE_FOLLOWING_CONTOUR_GROWING) return;
-  EImage<EBW8> flags(w, h);
-  if (!frame.Ok()) return;
-  ImgCopy(EBW8(0), &flags);
-  const edge::Follow<EBW8> f{RowsOf(static_cast<const EROI<EBW8>*>(&magnitude)), RowsOf(dst),
-                             RowsOf(static_cast<const EROI<EBW8>*>(&classes)), RowsOf(&flags)};
+  const edge::PackedFollow f{{RowsOf(static_cast<const EROI<EBW8>*>(&magnitude)), RowsOf(dst)}, RowsOf(&classes)};
   if (following == EDGE_FOLLOWING_HYSTERESIS) edge::HysteresisScans(f, t.low, t.high);
   else if (!edge::GrowAll(f, t.low)) frame.Fail(E_ERROR_OUT_OF_MEMORY);
 }
