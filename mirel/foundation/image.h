@@ -59,6 +59,8 @@ namespace detail {
 // Row-aligned pixel storage for EImage: 64-byte aligned, null on failure.
 MIREL_API unsigned char* AllocatePixels(std::size_t bytes);
 MIREL_API void FreePixels(unsigned char* block);
+// Bytes of freed blocks that the cache keeps (see ImgSetPixelCache).
+MIREL_API std::size_t KeptPixelBytes();
 }  // namespace detail
 }  // namespace mirel
 

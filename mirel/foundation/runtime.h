@@ -21,6 +21,15 @@ MIREL_API MirelTLSStruct* EGetTLSPtr();
 MIREL_API void* Talmeer_Malloc(std::size_t bytes);
 MIREL_API void Talmeer_Free(void* block);
 
+// Pixel blocks of 1 MiB or more that images give back are kept, up to four
+// blocks and `bytes` together (32 MiB at the start), for the next image of
+// about the same size: the temporaries of an operation called frame after
+// frame then reuse memory whose pages are already mapped. Kept blocks belong
+// to no image. ImgSetPixelCache(0) gives them all back to the system and
+// stops keeping; a smaller capacity gives back the oldest first. The
+// setting is the process's, for every thread.
+MIREL_API void ImgSetPixelCache(std::size_t bytes);
+
 // Angles cross the library's boundary in degrees.
 MIREL_API float EToRadians(float degrees);
 MIREL_API float EFromRadians(float radians);

@@ -220,6 +220,42 @@ TEST(Image, MovesTakeThePixelsWithoutCopying) {
   EXPECT_FALSE(b.Void());
 }
 
+// Freed blocks of 1 MiB or more serve the next image of their size to a
+// quarter below; the capacity and the four slots bound what is kept, and a
+// capacity of 0 gives everything back.
+TEST(Image, FreedLargeBlocksServeTheNextImageOfTheirSize) {
+  using mirel::detail::KeptPixelBytes;
+  ImgSetPixelCache(0);
+  ImgSetPixelCache(std::size_t(8) << 20);
+  const void* first;
+  {
+    EImage<EBW8> a(1500, 1000);
+    first = a.GetImagePtr(0, 0);
+  }
+  const std::size_t kept = KeptPixelBytes();
+  EXPECT_GE(kept, 1500u * 1000u);
+  {
+    EImage<EBW8> small(500, 500), lesser(1100, 1000);
+    EXPECT_EQ(KeptPixelBytes(), kept);
+    EXPECT_NE(lesser.GetImagePtr(0, 0), first);
+    EImage<EBW8> b(1400, 1000);
+    EXPECT_EQ(b.GetImagePtr(0, 0), first);
+    EXPECT_EQ(KeptPixelBytes(), 0u);
+    std::memset(b.GetImagePtr(0, 0), 9, static_cast<size_t>(b.GetRowPitch()) * 1000);
+  }
+  EXPECT_GE(KeptPixelBytes(), kept + 1100u * 1000u);
+  { std::vector<EImage<EBW8>> five(5, EImage<EBW8>(1800, 1000)); }
+  EXPECT_LE(KeptPixelBytes(), std::size_t(8) << 20);
+  EXPECT_GE(KeptPixelBytes(), 3u * 1800u * 1000u);
+  ImgSetPixelCache(std::size_t(4) << 20);
+  EXPECT_LE(KeptPixelBytes(), std::size_t(4) << 20);
+  ImgSetPixelCache(0);
+  EXPECT_EQ(KeptPixelBytes(), 0u);
+  { EImage<EBW8> c(1500, 1000); }
+  EXPECT_EQ(KeptPixelBytes(), 0u);
+  ImgSetPixelCache(std::size_t(32) << 20);  // the starting capacity
+}
+
 TEST(Image, BorrowedBufferIsUsedInPlaceAndNeverFreed) {
   // An odd pitch, and nothing behind the last row: ASan sees any read or
   // write outside the caller's buffer, and any attempt to free it.

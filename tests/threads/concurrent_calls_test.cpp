@@ -241,3 +241,23 @@ TEST(ConcurrentCalls, ConvolutionsWithDifferentKernelsDoNotMix) {
 }
 
 }  // namespace
+
+// Images of 1 MiB and more made and freed on several threads at once go
+// through the one cache of freed blocks; each thread's pixels stay its own.
+TEST(ConcurrentCalls, LargeImagesShareTheCacheOfFreedBlocks) {
+  constexpr int kThreads = 3;
+  std::vector<int> wrong(kThreads, 0);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 8 * kRounds; ++round) {
+        EImage<EBW8> image(1024 + 64 * ((round + t) % 3), 1024);
+        std::memset(image.GetImagePtr(0, 0), t + 1, static_cast<size_t>(image.GetRowPitch()) * 1024);
+        const EBW8 last = image.GetPixel(image.GetWidth() - 1, 1023);
+        if (last.value != t + 1) ++wrong[t];
+      }
+    });
+  }
+  for (std::thread& th : threads) th.join();
+  for (int t = 0; t < kThreads; ++t) EXPECT_EQ(wrong[t], 0) << "thread " << t;
+}
