@@ -24,6 +24,10 @@
 #include "mirel/foundation/prefetch_internal.h"
 #include "mirel/foundation/float_math_internal.h"
 
+#if defined(MIREL_X86_SIMD)
+#include <emmintrin.h>
+#endif
+
 namespace mirel {
 namespace edge {
 namespace {
@@ -121,30 +125,125 @@ bool MakePlan(int w, int h, FastPlan& plan) {
     BitReversal(h, plan.revH);
     Rotations(w, kRowStep, plan.rowWr, plan.rowWi);
     Rotations(h, kColumnStep, plan.colWr, plan.colWi);
-    const size_t points = static_cast<size_t>(std::max(w, h)) * kBatch;
-    plan.re.assign(points, 0.0f);
-    plan.im.assign(points, 0.0f);
+    const size_t span = static_cast<size_t>(PointAt(std::max(w, h)));
+    plan.re.assign(span, 0.0f);
+    plan.im.assign(span + kBatch, 0.0f);
   } catch (const std::bad_alloc&) {
     return false;
   }
   return true;
 }
 
+#if defined(MIREL_X86_SIMD)
+// A full batch of the row pass in natural column order: for each block of
+// 16 columns the 16 rows' bytes are transposed, so that column x gives one
+// vector of its 16 samples, which goes to point rev[x]. Each lane makes the
+// scalar sample: the grey level negated as an integer on odd x + y (never
+// -0), converted, then scaled.
+void GatherBatch(const std::uint8_t* const src[kBatch], int n, int y, float sc, const int* rev, float* re,
+                 float* im) {
+  static_assert(kBatch == 16, "one 16x16 byte transpose a block");
+  const __m128i zero = _mm_setzero_si128();
+  const __m128 scale = _mm_set1_ps(sc);
+  // Lane l of row y + l is negated where x + y + l is odd: odd lanes on an
+  // even x + y, even lanes on an odd one.
+  const __m128i oddLanes = _mm_setr_epi32(0, -1, 0, -1), evenLanes = _mm_setr_epi32(-1, 0, -1, 0);
+  for (int x0 = 0; x0 < n; x0 += 16) {
+    __m128i a[16], b[16];
+    for (int l = 0; l < 16; ++l) a[l] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src[l] + x0));
+    for (int i = 0; i < 8; ++i) {
+      b[i] = _mm_unpacklo_epi8(a[2 * i], a[2 * i + 1]);      // rows 2i, 2i+1; columns 0-7
+      b[i + 8] = _mm_unpackhi_epi8(a[2 * i], a[2 * i + 1]);  // columns 8-15
+    }
+    for (int h = 0; h < 2; ++h)
+      for (int i = 0; i < 4; ++i) {
+        a[h * 8 + i] = _mm_unpacklo_epi16(b[h * 8 + 2 * i], b[h * 8 + 2 * i + 1]);      // rows 4i..4i+3
+        a[h * 8 + i + 4] = _mm_unpackhi_epi16(b[h * 8 + 2 * i], b[h * 8 + 2 * i + 1]);  // two columns on
+      }
+    // a[h * 8 + q * 4 + i]: rows 4i..4i+3 of columns h * 8 + q * 4 + (0..3).
+    for (int g = 0; g < 4; ++g) {
+      const int base = (g / 2) * 8 + (g % 2) * 4;
+      const __m128i r01lo = _mm_unpacklo_epi32(a[base], a[base + 1]), r01hi = _mm_unpackhi_epi32(a[base], a[base + 1]);
+      const __m128i r23lo = _mm_unpacklo_epi32(a[base + 2], a[base + 3]),
+                    r23hi = _mm_unpackhi_epi32(a[base + 2], a[base + 3]);
+      b[g * 4 + 0] = _mm_unpacklo_epi64(r01lo, r23lo);
+      b[g * 4 + 1] = _mm_unpackhi_epi64(r01lo, r23lo);
+      b[g * 4 + 2] = _mm_unpacklo_epi64(r01hi, r23hi);
+      b[g * 4 + 3] = _mm_unpackhi_epi64(r01hi, r23hi);
+    }
+    // b[c]: the 16 rows of column x0 + c.
+    for (int c = 0; c < 16; ++c) {
+      const int x = x0 + c;
+      const __m128i neg = ((x + y) & 1) != 0 ? evenLanes : oddLanes;
+      float* r = re + PointAt(rev[x]);
+      float* i = im + PointAt(rev[x]);
+      const __m128i lo = _mm_unpacklo_epi8(b[c], zero), hi = _mm_unpackhi_epi8(b[c], zero);
+      const __m128i q[4] = {_mm_unpacklo_epi16(lo, zero), _mm_unpackhi_epi16(lo, zero), _mm_unpacklo_epi16(hi, zero),
+                            _mm_unpackhi_epi16(hi, zero)};
+      for (int k = 0; k < 4; ++k) {
+        const __m128i v = _mm_sub_epi32(_mm_xor_si128(q[k], neg), neg);
+        _mm_storeu_ps(r + 4 * k, _mm_mul_ps(_mm_cvtepi32_ps(v), scale));
+        _mm_storeu_ps(i + 4 * k, _mm_setzero_ps());
+      }
+    }
+  }
+}
+
+// Writes a full batch of the row pass back to its 16 rows, four points a
+// step, so that each row takes 32 contiguous bytes. n is a multiple of 4,
+// and four points from a multiple of 4 lie side by side.
+void ScatterBatch(const float* re, const float* im, EComplex64* const out[kBatch], int n) {
+  for (int x = 0; x < n; x += 4) {
+    const float* r = re + PointAt(x);
+    const float* i = im + PointAt(x);
+    for (int g = 0; g < 4; ++g) {
+      // Point x + c, rows 4g, 4g + 1 (lo) and 4g + 2, 4g + 3 (hi), as pairs.
+      auto pairs = [&](int c, __m128& lo, __m128& hi) {
+        const __m128 a = _mm_loadu_ps(r + c * kBatch + 4 * g), b = _mm_loadu_ps(i + c * kBatch + 4 * g);
+        lo = _mm_unpacklo_ps(a, b);
+        hi = _mm_unpackhi_ps(a, b);
+      };
+      __m128 lo0, hi0, lo1, hi1, lo2, hi2, lo3, hi3;
+      pairs(0, lo0, hi0);
+      pairs(1, lo1, hi1);
+      pairs(2, lo2, hi2);
+      pairs(3, lo3, hi3);
+      auto put = [&](int l, __m128 first, __m128 second) {
+        float* o = reinterpret_cast<float*>(out[4 * g + l] + x);
+        _mm_storeu_ps(o, first);
+        _mm_storeu_ps(o + 4, second);
+      };
+      put(0, _mm_movelh_ps(lo0, lo1), _mm_movelh_ps(lo2, lo3));
+      put(1, _mm_movehl_ps(lo1, lo0), _mm_movehl_ps(lo3, lo2));
+      put(2, _mm_movelh_ps(hi0, hi1), _mm_movelh_ps(hi2, hi3));
+      put(3, _mm_movehl_ps(hi1, hi0), _mm_movehl_ps(hi3, hi2));
+    }
+  }
+}
+#endif
+
 // Rows [y0, y1) of the row pass.
 void FastRows(const Rows<const EBW8>& s, const Rows<EComplex64>& d, float scale, FastPlan& p, ButterflyFn fly,
-              int y0, int y1) {
+              bool fast, int y0, int y1) {
   const int n = s.width;
   const float sc = SampleScale(scale, s.width, s.height);
   float* re = p.re.data();
-  float* im = p.im.data();
+  float* im = p.im.data() + kBatch;
   for (int y = y0; y < y1; y += kBatch) {
     const int rows = std::min(kBatch, y1 - y);
     const std::uint8_t* src[kBatch];
     for (int l = 0; l < rows; ++l) src[l] = reinterpret_cast<const std::uint8_t*>(s.Row(y + l));
-    for (int k = 0; k < n; ++k) {
+#if defined(MIREL_X86_SIMD)
+    const bool gathered = fast && rows == kBatch && n >= 16;
+    if (gathered) GatherBatch(src, n, y, sc, p.revW.data(), re, im);
+#else
+    (void)fast;
+    const bool gathered = false;
+#endif
+    for (int k = 0; k < n && !gathered; ++k) {
       const int x = p.revW[static_cast<size_t>(k)];
-      float* r = re + static_cast<long>(k) * kBatch;
-      float* i = im + static_cast<long>(k) * kBatch;
+      float* r = re + PointAt(k);
+      float* i = im + PointAt(k);
       for (int l = 0; l < rows; ++l) r[l] = Sample(src[l][x], x, y + l, sc);
       for (int l = rows; l < kBatch; ++l) r[l] = 0.0f;
       for (int l = 0; l < kBatch; ++l) i[l] = 0.0f;
@@ -152,16 +251,36 @@ void FastRows(const Rows<const EBW8>& s, const Rows<EComplex64>& d, float scale,
     fly(re, im, n, p.rowWr.data(), p.rowWi.data());
     EComplex64* out[kBatch];
     for (int l = 0; l < rows; ++l) out[l] = d.Row(y + l);
+#if defined(MIREL_X86_SIMD)
+    if (gathered) {
+      ScatterBatch(re, im, out, n);
+      continue;
+    }
+#endif
     for (int x = 0; x < n; ++x) {
-      const float* r = re + static_cast<long>(x) * kBatch;
-      const float* i = im + static_cast<long>(x) * kBatch;
+      const float* r = re + PointAt(x);
+      const float* i = im + PointAt(x);
       for (int l = 0; l < rows; ++l) out[l][x] = EComplex64(r[l], i[l]);
     }
   }
 }
 
-// Copies between kBatch (or `cols`) complex pixels and a batch point.
-inline void Split(const EComplex64* in, float* r, float* i, int cols) {
+// Copies between kBatch (or `cols`) complex pixels and a batch point; with
+// `fast`, a full point moves through SSE2 shuffles.
+inline void Split(const EComplex64* in, float* r, float* i, int cols, bool fast) {
+#if defined(MIREL_X86_SIMD)
+  if (fast && cols == kBatch) {
+    const float* f = reinterpret_cast<const float*>(in);
+    for (int k = 0; k < kBatch / 4; ++k) {
+      const __m128 a = _mm_loadu_ps(f + 8 * k), b = _mm_loadu_ps(f + 8 * k + 4);
+      _mm_storeu_ps(r + 4 * k, _mm_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0)));
+      _mm_storeu_ps(i + 4 * k, _mm_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1)));
+    }
+    return;
+  }
+#else
+  (void)fast;
+#endif
   if (cols == kBatch) {
     for (int l = 0; l < kBatch; ++l) r[l] = in[l].re, i[l] = in[l].im;
     return;
@@ -169,7 +288,20 @@ inline void Split(const EComplex64* in, float* r, float* i, int cols) {
   for (int l = 0; l < cols; ++l) r[l] = in[l].re, i[l] = in[l].im;
   for (int l = cols; l < kBatch; ++l) r[l] = i[l] = 0.0f;
 }
-inline void Join(const float* r, const float* i, EComplex64* out, int cols) {
+inline void Join(const float* r, const float* i, EComplex64* out, int cols, bool fast) {
+#if defined(MIREL_X86_SIMD)
+  if (fast && cols == kBatch) {
+    float* f = reinterpret_cast<float*>(out);
+    for (int k = 0; k < kBatch / 4; ++k) {
+      const __m128 a = _mm_loadu_ps(r + 4 * k), b = _mm_loadu_ps(i + 4 * k);
+      _mm_storeu_ps(f + 8 * k, _mm_unpacklo_ps(a, b));
+      _mm_storeu_ps(f + 8 * k + 4, _mm_unpackhi_ps(a, b));
+    }
+    return;
+  }
+#else
+  (void)fast;
+#endif
   if (cols == kBatch) {
     for (int l = 0; l < kBatch; ++l) out[l] = EComplex64(r[l], i[l]);
     return;
@@ -181,22 +313,22 @@ inline void Join(const float* r, const float* i, EComplex64* out, int cols) {
 constexpr int kAhead = 8;
 
 // Columns [x0, x1) of the column pass, in place in dst.
-void FastColumns(const Rows<EComplex64>& d, FastPlan& p, ButterflyFn fly, int x0, int x1) {
+void FastColumns(const Rows<EComplex64>& d, FastPlan& p, ButterflyFn fly, bool fast, int x0, int x1) {
   const int n = d.height;
   float* re = p.re.data();
-  float* im = p.im.data();
+  float* im = p.im.data() + kBatch;
   for (int x = x0; x < x1; x += kBatch) {
     const int cols = std::min(kBatch, x1 - x);
     // Rows are read in order, a few ahead asked for, and put in bit-reversed
     // order in the batch, which lies in the cache.
     for (int k = 0; k < n; ++k) {
       if (k + kAhead < n) PrefetchForWrite(d.Row(k + kAhead) + x, sizeof(EComplex64) * cols);
-      const long at = static_cast<long>(p.revH[static_cast<size_t>(k)]) * kBatch;
-      Split(d.Row(k) + x, re + at, im + at, cols);
+      const long at = PointAt(p.revH[static_cast<size_t>(k)]);
+      Split(d.Row(k) + x, re + at, im + at, cols, fast);
     }
     fly(re, im, n, p.colWr.data(), p.colWi.data());
     for (int k = 0; k < n; ++k)
-      Join(re + static_cast<long>(k) * kBatch, im + static_cast<long>(k) * kBatch, d.Row(k) + x, cols);
+      Join(re + PointAt(k), im + PointAt(k), d.Row(k) + x, cols, fast);
   }
 }
 
@@ -370,8 +502,8 @@ void ImgFastDFT(const EROI<EBW8>* src, EROI<EComplex64>* dst, float scale) {
   edge::FastPlan plan;
   if (!edge::MakePlan(s.width, s.height, plan)) return frame.Fail(E_ERROR_OUT_OF_MEMORY);
   const edge::ButterflyFn fly = edge::ActiveButterflies(mmx != 0);
-  edge::FastRows(s, d, scale, plan, fly, 0, s.height);
-  if (s.height >= 2) edge::FastColumns(d, plan, fly, 0, d.width);
+  edge::FastRows(s, d, scale, plan, fly, mmx != 0, 0, s.height);
+  if (s.height >= 2) edge::FastColumns(d, plan, fly, mmx != 0, 0, d.width);
 }
 
 void ImgComplexModulus(const EROI<EComplex64>* src, EROI<EBW8>* dst, float scale, int logarithmic,

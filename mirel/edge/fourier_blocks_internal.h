@@ -42,7 +42,7 @@ void Butterflies(float* re, float* im, int n, const float* wr, const float* wi) 
   using F = Fly<Isa>;
   constexpr int B = kBatch;
   constexpr int L = Isa::kLanes;
-  auto at = [](float* p, long point) { return p + point * B; };
+  auto at = [](float* p, long point) { return p + PointAt(point); };
   int m = 1;
   for (; 4 * m <= n; m *= 4) {
     for (int j = 0; j < m; ++j) {
