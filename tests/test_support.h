@@ -129,29 +129,38 @@ void PlaceRandom(EImage<T>& image, EROI<T>& roi, int width, int height, Rng& rng
   roi.SetPlacement(ox, oy, width, height);
 }
 
-// Runs the scope with the fast paths off (level < 0 means scalar) or capped
-// at an instruction-set level, and restores the defaults on leaving.
+// The path of the detected level with the streaming loops' Intel form
+// forced on, whatever the processor (see mirel::testing::SetIntelStreaming);
+// the other paths have it off.
+constexpr int kIntelStreamingPath = 100;
+
+// Runs the scope with the fast paths off (level < 0 means scalar), capped
+// at an instruction-set level, or on kIntelStreamingPath, and restores the
+// defaults on leaving.
 class PathGuard {
  public:
   explicit PathGuard(int level) {
+    mirel::testing::SetIntelStreaming(level == kIntelStreamingPath ? 1 : 0);
     if (level < 0) {
       mirel::testing::SetFastPaths(0);
     } else {
       mirel::testing::SetFastPaths(1);
-      mirel::testing::SetSimdLimit(level);
+      mirel::testing::SetSimdLimit(level == kIntelStreamingPath ? -1 : level);
     }
   }
   ~PathGuard() {
     mirel::testing::SetFastPaths(1);
     mirel::testing::SetSimdLimit(-1);
+    mirel::testing::SetIntelStreaming(-1);
   }
 };
 
 // Every path this processor offers: -1 (scalar), then each instruction-set
-// level up to the detected one.
+// level up to the detected one, then kIntelStreamingPath.
 inline std::vector<int> AllPaths() {
   std::vector<int> paths{-1};
   for (int l = 1; l <= mirel::testing::DetectedSimdLevel(); ++l) paths.push_back(l);
+  if (mirel::testing::DetectedSimdLevel() > 0) paths.push_back(kIntelStreamingPath);
   return paths;
 }
 

@@ -2,12 +2,17 @@
 #include "mirel/foundation/error.h"
 #include "mirel/foundation/testing_internal.h"
 
+#if defined(MIREL_X86_SIMD) && (defined(__GNUC__) || defined(__clang__))
+#include <cpuid.h>
+#endif
+
 namespace mirel {
 namespace cpu {
 namespace {
 
 thread_local int t_fast_paths = 1;
 thread_local int t_limit = -1;
+thread_local int t_intel = -1;
 
 SimdLevel Detect() {
 #if defined(MIREL_X86_SIMD) && (defined(__GNUC__) || defined(__clang__))
@@ -23,7 +28,24 @@ SimdLevel Detect() {
 #endif
 }
 
+bool DetectIntelStreaming() {
+#if defined(MIREL_X86_SIMD) && (defined(__GNUC__) || defined(__clang__))
+  __builtin_cpu_init();
+  unsigned a = 0, b = 0, c = 0, d = 0;
+  const bool erms = __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & (1u << 9)) != 0;
+  return erms && __builtin_cpu_is("intel");
+#else
+  return false;
+#endif
+}
+
 }  // namespace
+
+bool IntelStreaming() {
+  static const bool detected = DetectIntelStreaming();
+  if (t_fast_paths == 0) return false;
+  return t_intel >= 0 ? t_intel != 0 : detected;
+}
 
 SimdLevel DetectedSimdLevel() {
   static const SimdLevel level = Detect();
@@ -36,11 +58,12 @@ SimdLevel ActiveSimdLevel() {
   return level;
 }
 
-PathSwitches CurrentPathSwitches() { return PathSwitches{t_fast_paths, t_limit}; }
+PathSwitches CurrentPathSwitches() { return PathSwitches{t_fast_paths, t_limit, t_intel}; }
 
 void SetPathSwitches(const PathSwitches& switches) {
   t_fast_paths = switches.fastPaths;
   t_limit = switches.limit;
+  t_intel = switches.intelStreaming;
 }
 
 }  // namespace cpu
@@ -48,6 +71,7 @@ void SetPathSwitches(const PathSwitches& switches) {
 namespace testing {
 void SetFastPaths(int enabled) { cpu::t_fast_paths = enabled; }
 void SetSimdLimit(int level) { cpu::t_limit = level; }
+void SetIntelStreaming(int mode) { cpu::t_intel = mode < 0 ? -1 : (mode != 0 ? 1 : 0); }
 int ActiveSimdLevel() { return cpu::ActiveSimdLevel(); }
 int DetectedSimdLevel() { return cpu::DetectedSimdLevel(); }
 }  // namespace testing

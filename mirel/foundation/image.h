@@ -64,6 +64,19 @@ MIREL_API std::size_t KeptPixelBytes();
 }  // namespace detail
 }  // namespace mirel
 
+class EGenericROI;
+namespace mirel {
+namespace detail {
+// True when `roi` is not void and spans every column of an image that owns
+// its pixels. The bytes between the end of one of its rows and the start of
+// the next are then the padding of a block the library allocated, and any
+// run of its rows, padding included, is one stretch of memory that an
+// operation may write as a whole. Never true on a borrowed buffer, whose
+// padding is the caller's, nor on a ROI narrower than its image.
+MIREL_API bool SpansOwnedRows(const EGenericROI* roi);
+}  // namespace detail
+}  // namespace mirel
+
 class MIREL_API EGenericROI {
  public:
   EGenericROI() = default;
@@ -129,6 +142,10 @@ class MIREL_API EGenericROI {
   // Set on images only.
   unsigned char* data_ = nullptr;
   int pitch_ = 0;
+  bool borrowed_ = false;  // data_ is a caller's buffer
+
+ private:
+  friend bool mirel::detail::SpansOwnedRows(const EGenericROI* roi);
 };
 
 // A run of a run mask: the pixels from `start` up to, not including, `end`
@@ -331,13 +348,13 @@ class MIREL_TEMPLATE_API EImage : public EROI<T> {
     if (!empty) {
       this->data_ = reinterpret_cast<unsigned char*>(data);
       this->pitch_ = pitchBytes;
-      borrowed_ = true;
+      this->borrowed_ = true;
     }
     this->width_ = width;
     this->height_ = height;
   }
   // True while the pixels belong to a caller's buffer.
-  bool IsBorrowed() const { return borrowed_; }
+  bool IsBorrowed() const { return this->borrowed_; }
 
   using EROI<T>::SetSize;
   void SetSize(const EGenericROI* like) override { SetSize(like->GetWidth(), like->GetHeight()); }
@@ -380,24 +397,24 @@ class MIREL_TEMPLATE_API EImage : public EROI<T> {
 
  private:
   void Release() {
-    if (!borrowed_) mirel::detail::FreePixels(this->data_);
+    if (!this->borrowed_) mirel::detail::FreePixels(this->data_);
     this->data_ = nullptr;
     this->pitch_ = 0;
-    borrowed_ = false;
+    this->borrowed_ = false;
   }
   void TakeFrom(EImage& other) {
     this->data_ = other.data_;
     this->pitch_ = other.pitch_;
     this->width_ = other.width_;
     this->height_ = other.height_;
-    borrowed_ = other.borrowed_;
+    this->borrowed_ = other.borrowed_;
     other.data_ = nullptr;
     other.pitch_ = other.width_ = other.height_ = 0;
     other.borrowed_ = false;
   }
   // Row by row: the two pitches differ when either image is borrowed.
   void CopyFrom(const EImage& other) {
-    if (borrowed_ && (this->width_ != other.width_ || this->height_ != other.height_)) Release();
+    if (this->borrowed_ && (this->width_ != other.width_ || this->height_ != other.height_)) Release();
     SetSize(other.GetWidth(), other.GetHeight());
     if (this->data_ == nullptr || other.data_ == nullptr || this->width_ != other.width_ ||
         this->height_ != other.height_)
@@ -410,8 +427,6 @@ class MIREL_TEMPLATE_API EImage : public EROI<T> {
       std::memcpy(this->data_ + static_cast<std::size_t>(y) * this->pitch_,
                   other.data_ + static_cast<std::size_t>(y) * other.pitch_, row);
   }
-
-  bool borrowed_ = false;
 };
 
 #endif  // MIREL_FOUNDATION_IMAGE_H_

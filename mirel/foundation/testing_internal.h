@@ -1,6 +1,6 @@
 // Switches for the library's own tests and benchmarks; not installed.
 //
-// Both are per thread and stay until changed. They let a test run one
+// They are per thread and stay until changed. They let a test run one
 // operation on its scalar path and on each fast path and compare the bytes.
 #ifndef MIREL_FOUNDATION_TESTING_INTERNAL_H_
 #define MIREL_FOUNDATION_TESTING_INTERNAL_H_
@@ -15,6 +15,10 @@ MIREL_API void SetFastPaths(int enabled);
 // Caps the instruction-set level that fast paths may use on this thread
 // (0 scalar, 1 SSE2/SSSE3, 2 SSE4.1, 3 AVX2, 4 AVX-512). Negative lifts the cap.
 MIREL_API void SetSimdLimit(int level);
+// Whether streaming loops run in their Intel form on this thread (see
+// cpu::IntelStreaming): 0 never, 1 always (while fast paths are on), negative
+// as detected.
+MIREL_API void SetIntelStreaming(int mode);
 // The level fast paths use now on this thread.
 MIREL_API int ActiveSimdLevel();
 // The best level this processor offers.

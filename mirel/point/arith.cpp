@@ -25,6 +25,7 @@
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/runtime.h"
+#include "mirel/foundation/stream_internal.h"
 #include "mirel/point/arith_internal.h"
 
 namespace {
@@ -71,7 +72,11 @@ struct ByteRows {
   // One past the last byte of the image the rows lie in (set by BytesOf):
   // the byte-triple overlay must not read or write beyond it.
   const u8* end = nullptr;
+  // The rows, with the padding between them, are one stretch of memory the
+  // library owns (mirel::detail::SpansOwnedRows).
+  bool joined = false;
   u8* Row(int y) const { return base + pitch * y; }
+  std::size_t Stretch() const { return mirel::StretchBytes(pitch, height, bytes); }
   // Bytes from the start of row y to the end of the image.
   std::size_t Room(int y) const {
     return end == nullptr ? 0 : static_cast<std::size_t>(end - reinterpret_cast<const u8*>(Row(y)));
@@ -86,7 +91,7 @@ ByteRows BytesOf(const EGenericROI* roi) {
                       : static_cast<const u8*>(top->GetImagePtr(top->GetWidth(), top->GetHeight() - 1));
   return ByteRows{static_cast<u8*>(r->GetGenericImagePtr(0, 0)), r->GetRowPitch(),
                   static_cast<std::size_t>(r->GetWidth()) * static_cast<std::size_t>(r->GetPixelBytes()),
-                  r->GetHeight(), end};
+                  r->GetHeight(), end, mirel::detail::SpansOwnedRows(roi)};
 }
 
 // Rows [y0, y1) of a ROI as a view of their own.
@@ -130,13 +135,15 @@ void WalkRows(BlockRun blocks, const ByteRows* a, const ByteRows* b, u8 c, const
   const ByteRows& ra = a != nullptr ? *a : d;
   const ByteRows& rb = b != nullptr ? *b : d;
   if (!SharesBytes(ra, d) && !SharesBytes(rb, d)) {
-    blocks(BlockRows{ra.base, ra.pitch, rb.base, rb.pitch, c, d.base, d.pitch, mid, d.height});
+    blocks(BlockRows{ra.base, ra.pitch, rb.base, rb.pitch, c, d.base, d.pitch, mid, d.height,
+                     mirel::StoreAheadFor(d.base, d.pitch, d.height, mid)});
     if (mid < n)
       for (int y = 0; y < d.height; ++y) scalar(y, mid, n);
     return;
   }
   for (int y = 0; y < d.height; ++y) {
-    blocks(BlockRows{ra.Row(y), 0, rb.Row(y), 0, c, d.Row(y), 0, mid, 1});
+    blocks(BlockRows{ra.Row(y), 0, rb.Row(y), 0, c, d.Row(y), 0, mid, 1,
+                     mirel::StoreAheadFor(d.Row(y), 0, 1, mid)});
     scalar(y, mid, n);
   }
 }
@@ -271,13 +278,18 @@ bool WithPixelOp(int op, F&& f) {
 // ------------------------------------------------------------ byte workers
 
 // Byte fill: every byte of the rows takes `value`.
-// The C library's memset is the fastest block stretch there is for a fill,
-// and its bytes are those of every other path, so it serves the whole row.
-// No write hint for the next row: the hardware's stream prefetch keeps up
-// with a row walk, and the hint cost up to a quarter of the time on a frame
-// already in the cache while gaining nothing measurable on a fresh one.
+// Rows that join into one stretch are filled as one in the Intel form;
+// otherwise the C library's memset serves each row (the fastest fill of a
+// row, and its bytes are those of every other path). No write hint for the
+// next row: the hardware's stream prefetch keeps up with a row walk, and
+// the hint cost up to a quarter of the time on a frame already in the cache
+// while gaining nothing measurable on a fresh one.
 void ByteFill(u8 value, const ByteRows& d) {
-  if (d.bytes == 0) return;
+  if (d.bytes == 0 || d.height == 0) return;
+  if (d.joined && mirel::cpu::IntelStreaming()) {
+    mirel::StringFill(d.base, value, d.Stretch());
+    return;
+  }
   for (int y = 0; y < d.height; ++y) std::memset(d.Row(y), value, d.bytes);
 }
 
@@ -294,13 +306,20 @@ void TripleFill(EC24 value, const ByteRows& d) {
 }
 
 // Byte unary, operations 0 and 1, same pixel type on both sides.
-// A copy runs the 16-byte block stretch where the two rows share no byte
-// (it streamed a frame from memory faster than the C library's wider
-// copy); rows that overlap, and the scalar path, move with memmove.
+// A copy between two stretches that join, at one pitch and apart, moves as
+// one stretch in the Intel form. Otherwise it runs the 16-byte block
+// stretch where the two rows share no byte (it streamed a frame from memory
+// faster than the C library's wider copy); rows that overlap, and the
+// scalar path, move with memmove.
 void ByteUnary(int op, const ByteRows& s, const ByteRows& d) {
-  if (d.bytes == 0) return;
+  if (d.bytes == 0 || d.height == 0) return;
   const BlockRun blocks = PickBlocks(op, kImageImage);
   if (op == 0) {
+    if (s.joined && d.joined && s.pitch == d.pitch && s.base != d.base && !SharesBytes(s, d) &&
+        mirel::cpu::IntelStreaming()) {
+      mirel::StringCopy(d.base, s.base, d.Stretch());
+      return;
+    }
     if (blocks == nullptr || SharesBytes(s, d)) {
       for (int y = 0; y < d.height; ++y) std::memmove(d.Row(y), s.Row(y), d.bytes);
       return;

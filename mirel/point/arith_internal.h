@@ -10,6 +10,8 @@
 
 #include <cstddef>
 
+#include "mirel/foundation/stream_internal.h"
+
 namespace mirel {
 namespace arith {
 
@@ -34,6 +36,7 @@ struct BlockRows {
   std::ptrdiff_t d_pitch;
   std::size_t n;
   int rows;
+  StoreAhead ahead;  // write hints over the destination's rows
 };
 
 // Processes the rows of one operation in one operand form, top row first.

@@ -6,6 +6,8 @@
 #include "mirel/foundation/bands_internal.h"
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
+#include "mirel/foundation/stream_internal.h"
+#include "mirel/point/convert_internal.h"
 
 #if defined(MIREL_X86_SIMD)
 #include <emmintrin.h>
@@ -20,13 +22,16 @@ bool CheckSizeThenVoid(mirel::Frame& frame, const EGenericROI* src, const EGener
 
 // A vector stretch of a conversion row: converts the first pixels of a row
 // of n with the shift, and returns how many it did (the rest is the scalar
-// formula's).
+// formula's). `ahead` gives the write hints over the destination's rows.
 template <class SV, class DV>
-using VectorRun = std::size_t (*)(const SV* s, DV* d, std::size_t n, unsigned int shift);
+using VectorRun = std::size_t (*)(const SV* s, DV* d, std::size_t n, unsigned int shift,
+                                  const mirel::StoreAhead& ahead);
 
 #if defined(MIREL_X86_SIMD)
 // x << shift into 16 bits; a count above 15 gives 0, as the formula does.
-std::size_t WidenSSE2(const unsigned char* s, unsigned short* d, std::size_t n, unsigned int shift) {
+// The hints are the AVX2 stretch's (the Intel form); this one gives none.
+std::size_t WidenSSE2(const unsigned char* s, unsigned short* d, std::size_t n, unsigned int shift,
+                      const mirel::StoreAhead&) {
   const __m128i count = _mm_cvtsi32_si128(static_cast<int>(shift));
   const __m128i zero = _mm_setzero_si128();
   std::size_t i = 0;
@@ -39,7 +44,8 @@ std::size_t WidenSSE2(const unsigned char* s, unsigned short* d, std::size_t n, 
 }
 
 // The low byte of x >> shift; a count above 15 gives 0.
-std::size_t NarrowSSE2(const unsigned short* s, unsigned char* d, std::size_t n, unsigned int shift) {
+std::size_t NarrowSSE2(const unsigned short* s, unsigned char* d, std::size_t n, unsigned int shift,
+                       const mirel::StoreAhead&) {
   const __m128i count = _mm_cvtsi32_si128(static_cast<int>(shift));
   const __m128i low = _mm_set1_epi16(0xFF);
   std::size_t i = 0;
@@ -52,21 +58,28 @@ std::size_t NarrowSSE2(const unsigned short* s, unsigned char* d, std::size_t n,
   return i;
 }
 constexpr VectorRun<unsigned char, unsigned short> kWiden = &WidenSSE2;
+constexpr VectorRun<unsigned char, unsigned short> kWidenWide = &mirel::point::WidenAVX2;
 constexpr VectorRun<unsigned short, unsigned char> kNarrow = &NarrowSSE2;
 #else
 constexpr VectorRun<unsigned char, unsigned short> kWiden = nullptr;
+constexpr VectorRun<unsigned char, unsigned short> kWidenWide = nullptr;
 constexpr VectorRun<unsigned short, unsigned char> kNarrow = nullptr;
 #endif
 
 // The vector stretch of a conversion on this call's path, or null. The
-// stretches stream rows from and to memory; 16-byte vectors ran faster
-// than 32-byte ones on a frame from memory, so every vector level runs them.
+// stretches stream rows from and to memory; 16-byte vectors ran as fast as
+// 32-byte ones or faster on a frame from memory, so every vector level runs
+// them, except in the Intel form, which runs `wide` (an AVX2 stretch), if given.
 template <class SV, class DV>
-VectorRun<SV, DV> PickVector(VectorRun<SV, DV> sse2) {
+VectorRun<SV, DV> PickVector(VectorRun<SV, DV> sse2, VectorRun<SV, DV> wide = nullptr) {
 #if defined(MIREL_X86_SIMD)
-  if (EGetMMX() != 0 && mirel::cpu::ActiveSimdLevel() >= mirel::cpu::kSSE2) return sse2;
+  if (EGetMMX() == 0) return nullptr;
+  const mirel::cpu::SimdLevel level = mirel::cpu::ActiveSimdLevel();
+  if (wide != nullptr && level >= mirel::cpu::kAVX2 && mirel::cpu::IntelStreaming()) return wide;
+  if (level >= mirel::cpu::kSSE2) return sse2;
 #endif
   (void)sse2;
+  (void)wide;
   return nullptr;
 }
 
@@ -84,10 +97,12 @@ void Convert(const char* label, const EROI<S>* src, EROI<D>* dst, F f,
   const mirel::Rows<D> d = mirel::RowsOf(dst);
   const std::size_t w = static_cast<std::size_t>(s.width);
   mirel::RowwiseBands(dst, {src}, static_cast<double>(sizeof(S) + sizeof(D)), [&, f](int y0, int y1) {
+    const mirel::StoreAhead ahead =
+        vector != nullptr ? mirel::StoreAheadFor(d.Row(y0), d.pitch, y1 - y0, w * sizeof(D)) : mirel::StoreAhead{};
     for (int y = y0; y < y1; ++y) {
       const SV* sp = &s.Row(y)->value;
       DV* dp = &d.Row(y)->value;
-      std::size_t x = vector != nullptr ? vector(sp, dp, w, shift) : 0;
+      std::size_t x = vector != nullptr ? vector(sp, dp, w, shift, ahead) : 0;
       for (; x < w; ++x) dp[x] = f(sp[x]);
     }
   });
@@ -118,7 +133,7 @@ void ImgConvert(const EROI<EBW8>* src, EROI<EBW16>* dst, unsigned int shift) {
   const unsigned int n = shift & 31u;
   Convert("ImgConvert ( BW8 to BW16)", src, dst,
           [n](unsigned char p) { return static_cast<unsigned short>(static_cast<std::uint32_t>(p) << n); },
-          PickVector<unsigned char, unsigned short>(kWiden), n);
+          PickVector<unsigned char, unsigned short>(kWiden, kWidenWide), n);
 }
 
 void ImgConvert(const EROI<EBW8>* src, EROI<EBW32>* dst, unsigned int shift) {

@@ -7,6 +7,7 @@
 #include "mirel/foundation/cpu_internal.h"
 #include "mirel/foundation/frame_internal.h"
 #include "mirel/foundation/prefetch_internal.h"
+#include "mirel/foundation/stream_internal.h"
 #include "mirel/histogram/histogram.h"
 #include "mirel/histogram/threshold_selection.h"
 #include "mirel/point/threshold_internal.h"
@@ -57,12 +58,15 @@ void ClassifySSE2Impl(const Rows<const EBW8>& src, const Rows<EBW8>& dst, const 
   };
   // No write hint for the next row, as on every path of the 8-bit
   // threshold: it measured slower than none on warm and on fresh frames.
+  // The Intel form hints a kilobyte ahead instead.
   const int w = src.width;
+  const StoreAhead ahead = StoreAheadFor(dst.Row(0), dst.pitch, dst.height, static_cast<std::size_t>(w));
   for (int y = 0; y < src.height; ++y) {
     const unsigned char* s = reinterpret_cast<const unsigned char*>(src.Row(y));
     unsigned char* d = reinterpret_cast<unsigned char*>(dst.Row(y));
     int x = 0;
     for (; x + 64 <= w; x += 64) {
+      ahead.At(d + x);
       const __m128i r0 = one(s + x), r1 = one(s + x + 16), r2 = one(s + x + 32), r3 = one(s + x + 48);
       _mm_storeu_si128(reinterpret_cast<__m128i*>(d + x), r0);
       _mm_storeu_si128(reinterpret_cast<__m128i*>(d + x + 16), r1);

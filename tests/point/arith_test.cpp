@@ -5,6 +5,7 @@
 #include <functional>
 #include <initializer_list>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "point_support.h"
@@ -347,6 +348,75 @@ TEST(Copy, OverlappingRowsMoveAsAWhole) {
           ASSERT_EQ(image.GetPixel(40 + shift + x, y).value, static_cast<unsigned char>((40 + x) * 7 + y))
               << "path " << path << " shift " << shift << " x " << x;
     }
+  }
+}
+
+// A fill or copy of a ROI that spans every column of an image owning its
+// pixels may run its rows and the padding between them as one stretch.
+// With the Intel form forced on and off, on owned images (the ROI full width
+// or narrower) and on borrowed buffers: the pixels are the row walk's, and
+// no byte changes outside the ROI's pixels except the padding between its
+// rows on an owned image. Full-width copies within one image, apart and
+// overlapping, give the row walk's bytes too.
+template <class T>
+void CheckJoinedRows(int intel, int kind, Rng& rng) {
+  const int w = 1 + static_cast<int>(rng() % 150), h = 1 + static_cast<int>(rng() % 4);
+  const int iw = kind == 1 ? w + 3 : w, ox = kind == 1 ? 2 : 0, oy = static_cast<int>(rng() % 3);
+  EImage<T> a, d;
+  for (EImage<T>* im : {&a, &d}) {
+    if (kind == 2) testsupport::BorrowedBuffers::Make(*im, iw, h + 2, rng);
+    else im->SetSize(iw, h + 2);
+    testsupport::FillRandom(*im, rng);
+  }
+  EROI<T> ra(&a, ox, 2 - oy, w, h), rd(&d, ox, oy, w, h);
+  const Bytes before = testsupport::Snapshot(d);
+  const u8 value = static_cast<u8>(rng());
+  const bool fill = std::is_same<T, EBW8>::value && rng() % 2 == 0;
+  mirel::testing::SetIntelStreaming(intel);
+  if constexpr (std::is_same<T, EBW8>::value) {
+    if (fill) ImgCopy(EBW8(value), &rd);
+    else ImgCopy(&ra, &rd);
+  } else {
+    ImgCopy(&ra, &rd);
+  }
+  mirel::testing::SetIntelStreaming(-1);
+  const Bytes after = testsupport::Snapshot(d);
+  const size_t pitch = static_cast<size_t>(d.GetRowPitch()), px = sizeof(T);
+  for (size_t o = 0; o < after.size(); ++o) {
+    const int y = static_cast<int>(o / pitch), x = static_cast<int>(o % pitch / px);
+    const int k = static_cast<int>(o % pitch % px);
+    const bool pixel = y >= oy && y < oy + h && x >= ox && x < ox + w && o % pitch < static_cast<size_t>(iw) * px;
+    if (pixel) {
+      const u8 want = fill ? value : reinterpret_cast<const u8*>(ra.GetImagePtr(x - ox, y - oy))[k];
+      ASSERT_EQ(after[o], want) << "intel " << intel << " kind " << kind << " x " << x << " y " << y;
+    } else if (kind != 0 || y < oy || y >= oy + h - 1 || o % pitch < static_cast<size_t>(iw) * px) {
+      ASSERT_EQ(after[o], before[o]) << "intel " << intel << " kind " << kind << " byte " << o;
+    }
+  }
+}
+
+TEST(Copy, RowsJoinOnlyOverTheLibrarysOwnPadding) {
+  Rng rng(57);
+  for (int intel : {0, 1})
+    for (int round = 0; round < 90; ++round) {
+      CheckJoinedRows<EBW8>(intel, round % 3, rng);
+      CheckJoinedRows<EC24>(intel, round % 3, rng);
+      CheckJoinedRows<EBW16>(intel, round % 3, rng);
+    }
+  // Within one owned image, full width: rows 0-2 to rows 4-6 (apart), then
+  // rows 0-2 to rows 1-3, which overlap: the row walk copies row 0 down.
+  for (int intel : {0, 1}) {
+    EImage<EBW8> im(77, 7);
+    for (int y = 0; y < 7; ++y)
+      for (int x = 0; x < 77; ++x) im.SetPixel(EBW8(static_cast<u8>(x + 31 * y)), x, y);
+    EROI<EBW8> top(&im, 0, 0, 77, 3), apart(&im, 0, 4, 77, 3), below(&im, 0, 1, 77, 3);
+    mirel::testing::SetIntelStreaming(intel);
+    ImgCopy(&top, &apart);
+    ImgCopy(&top, &below);
+    mirel::testing::SetIntelStreaming(-1);
+    for (int x = 0; x < 77; ++x)
+      for (int y = 0; y < 7; ++y)
+        ASSERT_EQ(im.GetPixel(x, y).value, static_cast<u8>(x + 31 * (y < 4 ? 0 : y - 4))) << x << "," << y;
   }
 }
 

@@ -64,11 +64,15 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   fuzzops::Input in(data, size);
   const fuzzops::Entry& entry = Pick(in.U32());
-  // Scalar, or the fast paths capped at one of the levels this processor has.
+  // Scalar, or the fast paths capped at one of the levels this processor
+  // has; the byte's top bit forces the streaming loops' Intel form on, on
+  // any processor.
   const int levels = mirel::testing::DetectedSimdLevel();
-  const int path = in.Byte() % (levels + 2);
+  const int pathByte = in.Byte();
+  const int path = pathByte % (levels + 2);
   mirel::testing::SetFastPaths(path == 0 ? 0 : 1);
   mirel::testing::SetSimdLimit(path <= 1 ? -1 : path - 1);
+  mirel::testing::SetIntelStreaming((pathByte & 0x80) != 0 ? 1 : -1);
   ImgSetOverlayColor(EC24(in.Byte(), in.Byte(), in.Byte()));
   {
     fuzzops::Ctx ctx(in, entry);
@@ -76,6 +80,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   mirel::testing::SetFastPaths(1);
   mirel::testing::SetSimdLimit(-1);
+  mirel::testing::SetIntelStreaming(-1);
   EOk();
   return 0;
 }
