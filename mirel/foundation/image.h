@@ -17,7 +17,10 @@
 //
 // Rows of an image the library allocates start on 64-byte boundaries. A bit
 // image's pitch always leaves room for one more byte behind a row whose
-// width is a multiple of 8. A borrowed buffer has the caller's pitch and
+// width is a multiple of 8. The bytes between the rows of such an image are
+// the library's own: an operation whose destination spans every column may
+// write those between the destination's rows (a fill or a copy may run the
+// rows as one stretch). A borrowed buffer has the caller's pitch and
 // alignment, and operations read and write nothing outside its rows.
 //
 // Placement. SetPlacement and the placing constructor accept a rectangle only

@@ -158,6 +158,7 @@ struct Tracked {
   virtual std::size_t Span() const = 0;  // bytes of the buffer from the first pixel
   virtual bool Bits() const = 0;
   virtual int PixelBytes() const = 0;
+  virtual bool Borrowed() const = 0;
   std::string label;
 
   // Taken just before the call.
@@ -179,12 +180,17 @@ struct Tracked {
     allowed.assign(n, 0);
   }
   // Lets the call change pixels [x0, x0 + w) of rows [y0, y0 + h), and
-  // `spill` bytes behind each row.
+  // `spill` bytes behind each row. Where the rows span every column of an
+  // image the library allocated, the padding between them is the library's
+  // own and may change too (a fill or copy may run such rows as one stretch).
   void Allow(int x0, int y0, int w, int h, int spill) {
     written = true;
     if (before.empty() || w < 0 || h < 0) return;
+    const bool joined = !Bits() && !Borrowed() && x0 == 0 && w == width;
     for (int y = y0; y < y0 + h; ++y) {
       const std::size_t row = static_cast<std::size_t>(y) * static_cast<std::size_t>(pitch);
+      if (joined && y + 1 < y0 + h)
+        for (std::size_t i = row + static_cast<std::size_t>(w) * PixelBytes(); i < row + pitch; ++i) Mark(i, 0xffu);
       if (Bits()) {
         for (int x = x0; x < x0 + w; ++x) Mark(row + static_cast<std::size_t>(x >> 3), 0x80u >> (x & 7));
         if (spill > 0)
@@ -238,6 +244,7 @@ struct Image : Tracked {
   EGenericROI* Top() override { return &image; }
   bool Bits() const override { return kBits; }
   int PixelBytes() const override { return kBits ? 0 : static_cast<int>(sizeof(P)); }
+  bool Borrowed() const override { return image.IsBorrowed(); }
   static std::size_t RowBytes(int w) {
     return kBits ? (static_cast<std::size_t>(w) + 7) / 8 + 1 : static_cast<std::size_t>(w) * sizeof(P);
   }
