@@ -142,12 +142,6 @@ void FreePixels(unsigned char* block) {
   std::free(h.raw);
 }
 
-bool SpansOwnedRows(const EGenericROI* roi) {
-  if (roi == nullptr || roi->Void()) return false;
-  const EGenericROI* top = roi->Top();
-  return top->data_ != nullptr && !top->borrowed_ && roi->width_ == top->width_;
-}
-
 }  // namespace detail
 }  // namespace mirel
 

@@ -67,16 +67,9 @@ MIREL_API std::size_t KeptPixelBytes();
 }  // namespace detail
 }  // namespace mirel
 
-class EGenericROI;
 namespace mirel {
 namespace detail {
-// True when `roi` is not void and spans every column of an image that owns
-// its pixels. The bytes between the end of one of its rows and the start of
-// the next are then the padding of a block the library allocated, and any
-// run of its rows, padding included, is one stretch of memory that an
-// operation may write as a whole. Never true on a borrowed buffer, whose
-// padding is the caller's, nor on a ROI narrower than its image.
-MIREL_API bool SpansOwnedRows(const EGenericROI* roi);
+struct RowsAccess;
 }  // namespace detail
 }  // namespace mirel
 
@@ -148,8 +141,28 @@ class MIREL_API EGenericROI {
   bool borrowed_ = false;  // data_ is a caller's buffer
 
  private:
-  friend bool mirel::detail::SpansOwnedRows(const EGenericROI* roi);
+  friend struct mirel::detail::RowsAccess;
 };
+
+namespace mirel {
+namespace detail {
+struct RowsAccess {
+  static bool SpansOwnedRows(const EGenericROI* roi) {
+    if (roi == nullptr || roi->Void()) return false;
+    const EGenericROI* top = roi->Top();
+    return top->data_ != nullptr && !top->borrowed_ && roi->width_ == top->width_;
+  }
+};
+
+// True when `roi` is not void and spans every column of an image that owns
+// its pixels. The bytes between the end of one of its rows and the start of
+// the next are then the padding of a block the library allocated, and any
+// run of its rows, padding included, is one stretch of memory that an
+// operation may write as a whole. Never true on a borrowed buffer, whose
+// padding is the caller's, nor on a ROI narrower than its image.
+inline bool SpansOwnedRows(const EGenericROI* roi) { return RowsAccess::SpansOwnedRows(roi); }
+}  // namespace detail
+}  // namespace mirel
 
 // A run of a run mask: the pixels from `start` up to, not including, `end`
 // on one row, and the position (x, y) of its first pixel in the ROI. With
